@@ -1,0 +1,111 @@
+#include "app/commands.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "i18n/strings.h"
+#include "pin/candidates.h"
+#include "pin/enforcement.h"
+#include "pin/engine.h"
+#include "pin/engine_binding.h"
+#include "pin/pin_operations.h"
+#include "shell/settings_editor.h"
+#include "shell/startup_shortcut.h"
+#include "ui/tray_icon.h"
+
+namespace morvane {
+
+namespace {
+
+void ApplyNow(HWND /*controlWindow*/) {
+    RefreshEngineBinding();
+    ApplyAll();
+}
+
+void ToggleAlwaysOnTop(HWND /*controlWindow*/) {
+    RefreshEngineBinding();
+    SetPinning(!Engine().pinList.pinning);
+}
+
+void OpenSettingsFile(HWND /*controlWindow*/) {
+    OpenSettings();
+}
+
+void Exit(HWND controlWindow) {
+    DestroyWindow(controlWindow);
+}
+
+void PinActiveWindowAtItsSize(HWND /*controlWindow*/) {
+    PinWindowAtCurrentSize(ActiveWindow());
+}
+
+void ToggleStartWithWindows(HWND /*controlWindow*/) {
+    if (IsStartupEnabled()) {
+        RemoveStartupShortcut();
+        // Announced also when the removal has failed: deliberate. The check mark of the next menu
+        // shows what is true.
+        ShowBalloon(GetText(StrAppName), GetText(StrStartupDisabled), BalloonKind::BalloonInfo);
+    } else if (InstallStartupShortcut()) {
+        ShowBalloon(GetText(StrAppName), GetText(StrStartupEnabled), BalloonKind::BalloonInfo);
+    } else {
+        ShowBalloon(GetText(StrAppName), GetText(StrStartupFailed), BalloonKind::BalloonWarning);
+    }
+}
+
+struct Command {
+    UINT id;
+    void (*action)(HWND controlWindow);
+};
+
+constexpr std::array Commands = {
+    Command{CmdApplyNow, ApplyNow},
+    Command{CmdAlwaysOnTop, ToggleAlwaysOnTop},
+    Command{CmdOpenSettings, OpenSettingsFile},
+    Command{CmdExit, Exit},
+    Command{CmdMinSizeActive, PinActiveWindowAtItsSize},
+    Command{CmdStartWithWindows, ToggleStartWithWindows},
+};
+
+// The windows are enumerated again before the row is looked up; a "(min size)" command uses the
+// list that its menu was built from. The difference is deliberate.
+void ToggleRow(std::size_t row) {
+    RebuildCandidates();
+    const std::vector<CandidateWindow>& candidates = CandidateList();
+    if (row < candidates.size()) {
+        RefreshEngineBinding();
+        ToggleWindow(candidates[row].title);
+    }
+}
+
+void PinRowAtItsSize(std::size_t row) {
+    const std::vector<CandidateWindow>& candidates = CandidateList();
+    if (row < candidates.size()) {
+        PinWindowAtCurrentSize(candidates[row].window);
+    }
+}
+
+}  // namespace
+
+void RunCommand(HWND controlWindow, UINT command) {
+    // Unsigned on purpose: an identifier below the base becomes a large row and fails the test.
+    const UINT toggleRow = command - CmdTogglePinBase;
+    const UINT minSizeRow = command - CmdMinSizeBase;
+    if (toggleRow <= LastMenuRow) {
+        ToggleRow(toggleRow);
+        return;
+    }
+    if (minSizeRow <= LastMenuRow) {
+        PinRowAtItsSize(minSizeRow);
+        return;
+    }
+    const auto* const known = std::find_if(Commands.begin(), Commands.end(),
+                                           [&](const Command& c) { return c.id == command; });
+    if (known != Commands.end()) {
+        known->action(controlWindow);
+    }
+}
+
+}  // namespace morvane

@@ -1,0 +1,14 @@
+#pragma once
+
+namespace morvane {
+
+// What the process returns.
+enum ExitCode : int {
+    ExitSuccess = 0,  // also: another instance runs, or the mutex could not be created
+    ExitComFailed = 1,
+    ExitSwitchFailed = 2,
+    ExitClassFailed = 3,
+    ExitWindowFailed = 4,
+};
+
+}  // namespace morvane

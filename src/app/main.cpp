@@ -1,0 +1,90 @@
+#include <string>
+
+#include "app/command_line.h"
+#include "app/control_window.h"
+#include "app/exit_codes.h"
+#include "app/process.h"
+#include "base/owners.h"
+#include "base/win.h"
+#include "i18n/language.h"
+#include "shell/data_removal.h"
+#include "shell/startup_shortcut.h"
+
+namespace morvane {
+
+namespace {
+
+// "Local\" keeps to the sign-in session: another session may run an instance of its own.
+constexpr wchar_t SingleInstanceMutex[] = L"Local\\Morvane_SingleInstance";
+
+ExitCode ExitCodeOf(bool succeeded) {
+    return succeeded ? ExitSuccess : ExitSwitchFailed;
+}
+
+// The switches take no mutex and show nothing: they may run beside an instance.
+ExitCode RunSwitch(StartMode mode) {
+    switch (mode) {
+        case StartMode::InstallStartup:
+            return ExitCodeOf(InstallStartupShortcut());
+        case StartMode::RemoveData:
+            return ExitCodeOf(RemoveAllData());
+        default:
+            RemoveStartupShortcut();
+            return ExitSuccess;
+    }
+}
+
+void RunMessageLoop() {
+    MSG message{};
+    while (GetMessageW(&message, nullptr, 0, 0) > 0) {
+        TranslateMessage(&message);
+        DispatchMessageW(&message);
+    }
+}
+
+ExitCode RunInstance() {
+    ProcessState& process = Process();
+    if (!RegisterControlWindowClass(process.instance)) {
+        return ExitClassFailed;
+    }
+    // Stored only now, although the window has lived through its creation handling already.
+    process.controlWindow = CreateControlWindow(process.instance);
+    if (process.controlWindow == nullptr) {
+        return ExitWindowFailed;
+    }
+    RunMessageLoop();
+    return ExitSuccess;
+}
+
+ExitCode Main(HINSTANCE instance, const wchar_t* arguments) {
+    Process().instance = instance;
+    InitLanguage();
+    const std::wstring commandLine = arguments != nullptr ? arguments : L"";
+
+    // Before COM, so that it is closed after COM has been left.
+    KernelHandle mutex;
+    const ComApartment com;
+    if (!com) {
+        return ExitComFailed;
+    }
+    const StartMode mode = ParseCommandLine(commandLine);
+    if (mode != StartMode::Run) {
+        return RunSwitch(mode);
+    }
+    mutex.reset(CreateMutexW(nullptr, TRUE, SingleInstanceMutex));
+    const bool alreadyRunning = mutex && GetLastError() == ERROR_ALREADY_EXISTS;
+    if (alreadyRunning || !mutex) {
+        // Deliberate: without its mutex the program does not run, and it says nothing about it.
+        mutex.reset();
+        return ExitSuccess;
+    }
+    return RunInstance();
+}
+
+}  // namespace
+
+}  // namespace morvane
+
+int WINAPI wWinMain(HINSTANCE instance, HINSTANCE /*previous*/, PWSTR commandLine, int /*show*/) {
+    return morvane::Main(instance, commandLine);
+}

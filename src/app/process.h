@@ -1,0 +1,18 @@
+#pragma once
+
+// What the process knows of itself. Written by the entry function, read by everybody; one thread.
+
+#include "base/win.h"
+
+namespace morvane {
+
+inline constexpr wchar_t ControlWindowClass[] = L"MorvaneHiddenWindow";
+
+struct ProcessState {
+    HINSTANCE instance = nullptr;
+    HWND controlWindow = nullptr;  // null until its creation has returned
+};
+
+[[nodiscard]] ProcessState& Process();
+
+}  // namespace morvane

@@ -1,0 +1,65 @@
+#include "pin/discovery.h"
+
+#include <algorithm>
+#include <array>
+
+#include "pin/engine.h"
+#include "pin/identity.h"
+#include "pin/window_query.h"
+#include "settings/text.h"
+
+namespace morvane {
+
+namespace {
+
+constexpr std::wstring_view StandardDialogClass = L"#32770";
+
+// English and Japanese forms.
+constexpr std::array<std::wstring_view, 6> ProtectedTitleList = {
+    L"User Account Control", L"Windows Security", L"Windows セキュリティ",
+    L"Credential",           L"資格情報",         L"Consent UI",
+};
+
+}  // namespace
+
+bool IsOwnWindow(HWND window) {
+    const PinEngine& engine = Engine();
+    return ReadClassName(window).View() == engine.ownClassName || window == engine.ownWindow;
+}
+
+bool IsProtectedSystemDialog(std::wstring_view title, std::wstring_view className) {
+    return EqualsIgnoreCase(className, StandardDialogClass) &&
+           std::any_of(ProtectedTitleList.begin(), ProtectedTitleList.end(),
+                       [&](std::wstring_view text) { return PatternMatches(title, text); });
+}
+
+bool IsEligibleWindow(HWND window) {
+    if (IsWindowVisible(window) == FALSE || HasOwner(window) || IsOwnWindow(window)) {
+        return false;
+    }
+    const WindowTitle title = ReadTitle(window);
+    return title.length > 0 &&
+           !IsProtectedSystemDialog(title.View(), ReadClassName(window).View()) &&
+           FindBestEntry(Engine().pinList, title.View()) != nullptr;
+}
+
+std::vector<MatchedWindow> CollectMatchedWindows() {
+    std::vector<MatchedWindow> matched;
+    ForEachTopLevelWindow([&](HWND window) {
+        if (!IsEligibleWindow(window)) {
+            return;
+        }
+        // Read again: a title that has changed since the test is judged by what it is now.
+        const WindowTitle title = ReadTitle(window);
+        if (title.length == 0) {
+            return;
+        }
+        const std::int32_t index = FindBestEntryIndex(Engine().pinList, title.View());
+        if (index != NoEntry) {
+            matched.push_back({window, index});
+        }
+    });
+    return matched;
+}
+
+}  // namespace morvane

@@ -1,0 +1,31 @@
+#pragma once
+
+// Which windows of other programs a pass works on.
+
+#include <cstdint>
+#include <string_view>
+#include <vector>
+
+#include "base/win.h"
+
+namespace morvane {
+
+struct MatchedWindow {
+    HWND window = nullptr;
+    std::int32_t entryIndex = 0;
+};
+
+// The control window, or any window of the engine's own class.
+[[nodiscard]] bool IsOwnWindow(HWND window);
+
+// The system's own security dialogs are never pinned, whatever the patterns say.
+[[nodiscard]] bool IsProtectedSystemDialog(std::wstring_view title, std::wstring_view className);
+
+// Whether a pass may touch the window: visible, without owner, not ours, titled, not protected,
+// identified by an entry.
+[[nodiscard]] bool IsEligibleWindow(HWND window);
+
+// The eligible windows of the desktop, in enumeration order (topmost first).
+[[nodiscard]] std::vector<MatchedWindow> CollectMatchedWindows();
+
+}  // namespace morvane

@@ -1,0 +1,37 @@
+#include "pin/window_query.h"
+
+namespace morvane {
+
+namespace {
+
+template <typename Text, typename Read>
+Text ReadInto(Read read, HWND window) {
+    Text text;
+    const int length = read(window, text.units.data(), static_cast<int>(text.units.size()));
+    text.length = length > 0 ? static_cast<std::size_t>(length) : 0;
+    return text;
+}
+
+}  // namespace
+
+WindowTitle ReadTitle(HWND window) {
+    return ReadInto<WindowTitle>(GetWindowTextW, window);
+}
+
+WindowClassName ReadClassName(HWND window) {
+    return ReadInto<WindowClassName>(GetClassNameW, window);
+}
+
+bool HasOwner(HWND window) {
+    return GetWindow(window, GW_OWNER) != nullptr;
+}
+
+std::optional<RECT> ReadFrame(HWND window) {
+    RECT frame{};
+    if (GetWindowRect(window, &frame) == FALSE) {
+        return std::nullopt;
+    }
+    return frame;
+}
+
+}  // namespace morvane

@@ -1,0 +1,50 @@
+#pragma once
+
+// What the program reads of other programs' windows. A window that has died meanwhile gives the
+// empty answer.
+
+#include <array>
+#include <cstddef>
+#include <optional>
+#include <string_view>
+#include <type_traits>
+
+#include "base/win.h"
+
+namespace morvane {
+
+// Text of a window in a fixed buffer; Capacity counts the terminator, so that one unit less is
+// seen of a longer text.
+template <std::size_t Capacity>
+struct WindowText {
+    std::array<wchar_t, Capacity> units;
+    std::size_t length = 0;
+
+    [[nodiscard]] std::wstring_view View() const { return {units.data(), length}; }
+};
+
+using WindowTitle = WindowText<512>;
+using WindowClassName = WindowText<256>;
+
+[[nodiscard]] WindowTitle ReadTitle(HWND window);
+[[nodiscard]] WindowClassName ReadClassName(HWND window);
+
+[[nodiscard]] bool HasOwner(HWND window);
+
+// Outer frame in screen coordinates, pixels of a DPI-unaware program.
+[[nodiscard]] std::optional<RECT> ReadFrame(HWND window);
+[[nodiscard]] inline LONG Width(const RECT& frame) { return frame.right - frame.left; }
+[[nodiscard]] inline LONG Height(const RECT& frame) { return frame.bottom - frame.top; }
+
+// Calls visit(window) for every top-level window, from the top of the Z-order downwards.
+template <typename Visit>
+void ForEachTopLevelWindow(Visit&& visit) {
+    using Visitor = std::remove_reference_t<Visit>;
+    const auto callback = [](HWND window, LPARAM parameter) -> BOOL {
+        (*reinterpret_cast<Visitor*>(parameter))(window);
+        return TRUE;
+    };
+    EnumWindows(callback, reinterpret_cast<LPARAM>(&visit));
+}
+
+}  // namespace morvane

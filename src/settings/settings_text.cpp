@@ -1,0 +1,201 @@
+#include "settings/settings_text.h"
+
+#include <algorithm>
+#include <charconv>
+#include <limits>
+
+#include "settings/text.h"
+
+namespace morvane {
+
+namespace {
+
+constexpr std::wstring_view PinningPrefix = L"@pinning=";
+constexpr std::wstring_view Blanks = L" \t";
+
+// Written unchanged on every save; comments that a person typed are lost then.
+constexpr std::string_view Header =
+    "# Morvane config (UTF-8)\n"
+    "# One entry per line: pattern [min_width min_height]\n"
+    "# pattern = title substring (case-insensitive). 0 = no resize.\n"
+    "# Example: Visual Studio Code\t1280\t720\n";
+
+struct SizeSuffix {
+    std::wstring_view pattern;
+    std::wstring_view width;
+    std::wstring_view height;
+};
+
+bool IsNumber(std::wstring_view text) {
+    return !text.empty() &&
+           std::all_of(text.begin(), text.end(), [](wchar_t c) { return c >= L'0' && c <= L'9'; });
+}
+
+// The value of a text of ASCII digits, however many, capped at MaxMinSize.
+std::int32_t ToCappedSize(std::wstring_view digits) {
+    std::int32_t value = 0;
+    for (const wchar_t digit : digits) {
+        value = std::min(value * 10 + (digit - L'0'), MaxMinSize);
+    }
+    return value;
+}
+
+std::optional<SizeSuffix> FindTabForm(std::wstring_view text) {
+    const std::size_t first = text.find(L'\t');
+    if (first == std::wstring_view::npos) {
+        return std::nullopt;
+    }
+    const std::size_t second = text.find(L'\t', first + 1);
+    if (second == std::wstring_view::npos) {
+        return std::nullopt;
+    }
+    const SizeSuffix suffix{TrimmedView(text.substr(0, first)),
+                            TrimmedView(text.substr(first + 1, second - first - 1)),
+                            TrimmedView(text.substr(second + 1))};
+    if (!IsNumber(suffix.width) || !IsNumber(suffix.height)) {
+        return std::nullopt;
+    }
+    return suffix;
+}
+
+std::optional<SizeSuffix> FindBlankForm(std::wstring_view text) {
+    constexpr std::size_t None = std::wstring_view::npos;
+    const std::size_t last = text.find_last_not_of(Blanks);
+    if (last == None) {
+        return std::nullopt;
+    }
+    const std::size_t heightBlank = text.find_last_of(Blanks, last);
+    if (heightBlank == None) {
+        return std::nullopt;
+    }
+    const std::wstring_view height =
+        TrimmedView(text.substr(heightBlank + 1, last - heightBlank));
+    if (!IsNumber(height)) {
+        return std::nullopt;
+    }
+
+    // A run of several blanks counts as one separator.
+    std::size_t widthEnd = heightBlank;
+    while (widthEnd > 0 && IsWhiteSpace(text[widthEnd - 1])) {
+        --widthEnd;
+    }
+    const std::size_t widthBlank = text.substr(0, widthEnd).find_last_of(Blanks);
+    if (widthBlank == None) {
+        return std::nullopt;  // two numbers alone are a pattern
+    }
+    const std::wstring_view width =
+        TrimmedView(text.substr(widthBlank + 1, widthEnd - widthBlank - 1));
+    const std::wstring_view pattern = TrimmedView(text.substr(0, widthBlank));
+    if (!IsNumber(width) || pattern.empty()) {
+        return std::nullopt;
+    }
+    return SizeSuffix{pattern, width, height};
+}
+
+std::optional<SizeSuffix> FindSizeSuffix(std::wstring_view text) {
+    const std::optional<SizeSuffix> tabForm = FindTabForm(text);
+    return tabForm ? tabForm : FindBlankForm(text);
+}
+
+// Only raw bytes decide: a line of blanks and then "#" is not a comment.
+bool IsCommentOrEmpty(std::string_view line) {
+    return line.empty() || line.front() == '#';
+}
+
+void ParseLine(std::string_view bytes, PinList& list) {
+    if (!bytes.empty() && bytes.back() == '\r') {
+        bytes.remove_suffix(1);
+    }
+    // A byte-order mark is not taken off: the format has none, and the first line of a file that
+    // begins with one is read as whatever it then says.
+    if (IsCommentOrEmpty(bytes)) {
+        return;
+    }
+    const std::wstring line = Utf8ToWide(bytes);
+    // A switch line counts wherever it stands, also after the last entry that is taken.
+    if (ParsePinningLine(line, list) || list.entries.size() >= MaxPinEntries) {
+        return;
+    }
+    if (std::optional<PinEntry> entry = ParseEntryLine(line)) {
+        list.entries.push_back(std::move(*entry));
+    }
+}
+
+void AppendInteger(std::string& text, std::int32_t value) {
+    char digits[std::numeric_limits<std::int32_t>::digits10 + 2];
+    text.append(digits, std::to_chars(std::begin(digits), std::end(digits), value).ptr);
+}
+
+}  // namespace
+
+bool SplitSizeSuffix(std::wstring& text, std::int32_t& width, std::int32_t& height) {
+    const std::optional<SizeSuffix> suffix = FindSizeSuffix(text);
+    if (!suffix) {
+        return false;
+    }
+    width = ToCappedSize(suffix->width);
+    height = ToCappedSize(suffix->height);
+    text = std::wstring(suffix->pattern);
+    return true;
+}
+
+bool ParsePinningLine(std::wstring_view line, PinList& list) {
+    const std::wstring_view trimmed = TrimmedView(line);
+    // The bare prefix without a value is not a switch line but an entry like any other text; so
+    // is a prefix with blanks in it. Both are deliberate: the format has one spelling.
+    if (trimmed.size() <= PinningPrefix.size() ||
+        !EqualsIgnoreCase(trimmed.substr(0, PinningPrefix.size()), PinningPrefix)) {
+        return false;
+    }
+    const std::wstring_view value = TrimmedView(trimmed.substr(PinningPrefix.size()));
+    list.pinning =
+        value != L"0" && !EqualsIgnoreCase(value, L"false") && !EqualsIgnoreCase(value, L"off");
+    return true;
+}
+
+std::optional<PinEntry> ParseEntryLine(std::wstring_view line) {
+    PinEntry entry;
+    entry.pattern = TrimWhitespace(line);
+    // Without a well-formed size the whole line is the pattern; nothing is ever reported.
+    static_cast<void>(SplitSizeSuffix(entry.pattern, entry.minWidth, entry.minHeight));
+    if (entry.pattern.size() > MaxPatternLength) {
+        entry.pattern.resize(MaxPatternLength);
+    }
+    if (entry.pattern.empty()) {
+        return std::nullopt;
+    }
+    return entry;
+}
+
+PinList ParseSettingsText(std::string_view bytes) {
+    PinList list;
+    std::size_t start = 0;
+    while (true) {
+        const std::size_t end = bytes.find('\n', start);
+        ParseLine(bytes.substr(start, end - start), list);
+        if (end == std::string_view::npos) {
+            return list;
+        }
+        start = end + 1;
+    }
+}
+
+std::string FormatSettingsText(const PinList& list) {
+    std::string text(Header);
+    text += list.pinning ? "@pinning=1\n" : "@pinning=0\n";
+    for (const PinEntry& entry : list.entries) {
+        // Written as it is: the format has no escape, so a pattern that begins with "#" reads
+        // back as a comment and one that ends in two numbers as a size. Kept.
+        text += WideToUtf8(entry.pattern);
+        if (entry.minWidth > 0 || entry.minHeight > 0) {
+            text += '\t';
+            AppendInteger(text, entry.minWidth);
+            text += '\t';
+            AppendInteger(text, entry.minHeight);
+        }
+        text += '\n';
+    }
+    return text;
+}
+
+}  // namespace morvane

@@ -1,0 +1,111 @@
+#include "settings/text.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <limits>
+
+#include "base/win.h"
+
+namespace morvane {
+
+namespace {
+
+constexpr std::wstring_view Ellipsis = L"...";
+
+// The platform's conversions count in int; a longer input is one that they cannot convert.
+bool FitsInt(std::size_t length) {
+    return length <= static_cast<std::size_t>(std::numeric_limits<int>::max());
+}
+
+}  // namespace
+
+std::wstring Utf8ToWide(std::string_view bytes) {
+    if (bytes.empty() || !FitsInt(bytes.size())) {
+        return {};
+    }
+    const int byteCount = static_cast<int>(bytes.size());
+    const int length = MultiByteToWideChar(CP_UTF8, 0, bytes.data(), byteCount, nullptr, 0);
+    if (length <= 0) {
+        return {};
+    }
+    std::wstring text(static_cast<std::size_t>(length), L'\0');
+    MultiByteToWideChar(CP_UTF8, 0, bytes.data(), byteCount, text.data(), length);
+    return text;
+}
+
+std::string WideToUtf8(std::wstring_view text) {
+    if (text.empty() || !FitsInt(text.size())) {
+        return {};
+    }
+    const int unitCount = static_cast<int>(text.size());
+    const int length =
+        WideCharToMultiByte(CP_UTF8, 0, text.data(), unitCount, nullptr, 0, nullptr, nullptr);
+    if (length <= 0) {
+        return {};
+    }
+    std::string bytes(static_cast<std::size_t>(length), '\0');
+    WideCharToMultiByte(CP_UTF8, 0, text.data(), unitCount, bytes.data(), length, nullptr,
+                        nullptr);
+    return bytes;
+}
+
+bool IsWhiteSpace(wchar_t unit) {
+    constexpr wchar_t LastLatin1 = 0xFF;
+    if (unit <= LastLatin1) {
+        // Not the platform's table here: it also calls U+0085 and U+00A0 white space.
+        return (unit >= L'\t' && unit <= L'\r') || unit == L' ';
+    }
+    WORD type = 0;
+    return GetStringTypeW(CT_CTYPE1, &unit, 1, &type) != FALSE && (type & C1_SPACE) != 0;
+}
+
+std::wstring_view TrimmedView(std::wstring_view text) {
+    while (!text.empty() && IsWhiteSpace(text.front())) {
+        text.remove_prefix(1);
+    }
+    while (!text.empty() && IsWhiteSpace(text.back())) {
+        text.remove_suffix(1);
+    }
+    return text;
+}
+
+std::wstring TrimWhitespace(std::wstring_view text) {
+    return std::wstring(TrimmedView(text));
+}
+
+std::wstring ToLowerCopy(std::wstring_view text) {
+    std::wstring folded(text);
+    std::transform(folded.begin(), folded.end(), folded.begin(), FoldCase);
+    return folded;
+}
+
+bool EqualsIgnoreCase(std::wstring_view a, std::wstring_view b) {
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                      [](wchar_t x, wchar_t y) { return FoldCase(x) == FoldCase(y); });
+}
+
+std::wstring FormatInteger(std::int32_t value) {
+    // Formatted by the header-only conversion: the string streams and std::to_wstring would
+    // bring the runtime's whole number formatting into a program this small.
+    std::array<char, std::numeric_limits<std::int32_t>::digits10 + 2> digits{};
+    const auto result = std::to_chars(digits.data(), digits.data() + digits.size(), value);
+    return {digits.data(), result.ptr};
+}
+
+std::wstring FormatSize(std::int32_t width, std::int32_t height) {
+    return FormatInteger(width) + L" x " + FormatInteger(height);
+}
+
+std::wstring TruncateWithEllipsis(std::wstring_view text, std::size_t maxLength) {
+    if (text.size() <= maxLength) {
+        return std::wstring(text);
+    }
+    // Counted in units, so that the cut may split a surrogate pair: the limit is one of space in
+    // a menu row, where half a pair costs one odd character.
+    const std::size_t dots = std::min(maxLength, Ellipsis.size());
+    std::wstring cut(text.substr(0, maxLength - dots));
+    return cut.append(Ellipsis.substr(0, dots));
+}
+
+}  // namespace morvane

@@ -1,0 +1,29 @@
+#pragma once
+
+// The icon in the notification area, and the balloons that it anchors: the one way in which the
+// program talks to the user.
+
+#include <string>
+
+#include "base/win.h"
+
+namespace morvane {
+
+// The icon's callback message: lParam is the mouse message itself.
+constexpr UINT WM_TRAYICON = WM_APP + 1;
+
+enum class BalloonKind {
+    BalloonInfo,
+    BalloonWarning,
+};
+
+// Adds the icon for the control window; with the system's application icon when the program's own
+// is missing or refused. Without success the program runs on without an icon.
+void AddTrayIcon(HWND controlWindow, HINSTANCE instance);
+
+void RemoveTrayIcon();
+
+// Shows one balloon. The title is cut to 63 units, the text to 255; refusal is not reported.
+void ShowBalloon(const std::wstring& title, const std::wstring& text, BalloonKind kind);
+
+}  // namespace morvane
