@@ -1,0 +1,343 @@
+#!/usr/bin/python3
+"""Checks facts about the finished program file that no test of a running program shows.
+
+Prints a line per fact and a closing count. Exit code: 0 when every fact holds, 1 otherwise.
+Needs pefile (Debian: python3-pefile).
+"""
+
+import argparse
+import struct
+import sys
+from collections import namedtuple
+from pathlib import Path
+from xml.etree import ElementTree
+
+import pefile
+import pe_resources
+
+PROJECT_ROOT = Path(__file__).resolve().parents[2]
+
+# Windows maps these from its own list of known libraries, so a planted file of the same name in
+# the program's folder is never loaded in their place.
+KNOWN_LIBRARIES = {
+    "kernel32.dll", "user32.dll", "gdi32.dll", "shell32.dll", "ole32.dll", "advapi32.dll",
+    "msvcrt.dll",
+}
+
+# The thread library under the C++ runtime imports these; no text of the program reaches them.
+ALLOWED_ANSI = {
+    ("kernel32.dll", "CreateEventA"),
+    ("kernel32.dll", "CreateSemaphoreA"),
+    ("kernel32.dll", "OutputDebugStringA"),
+}
+
+ICON_ID = 101
+PNG_SIGNATURE = b"\x89PNG\r\n\x1a\n"
+
+ASM_V1 = "{urn:schemas-microsoft-com:asm.v1}"
+ASM_V3 = "{urn:schemas-microsoft-com:asm.v3}"
+COMPATIBILITY = "{urn:schemas-microsoft-com:compatibility.v1}"
+SUPPORTED_SYSTEMS = {
+    "{35138b9a-5d96-4fbd-8e2d-a2440225f93a}": "Windows 7",
+    "{4a2f28e3-53b9-4441-ba9c-d69d4a4a6e38}": "Windows 8",
+    "{1f676c76-80e1-4239-95bb-83d0f6d0da78}": "Windows 8.1",
+    "{8e0f7a12-bfb3-4fe8-b9a5-48fd50a15a9a}": "Windows 10 and 11",
+}
+
+COMMON_TEXTS = {
+    "CompanyName": "the Morvane authors",
+    "InternalName": "Morvane",
+    "LegalCopyright": "Copyright © 2026 the Morvane authors",
+    "OriginalFilename": "Morvane.exe",
+    "ProductName": "Morvane",
+}
+DESCRIPTIONS = {
+    "040904b0": "Keep selected windows always on top",
+    "041104b0": "選んだウィンドウを、ほかより手前に固定",
+}
+
+Program = namedtuple("Program", "pe data version max_bytes")
+
+
+class Failed(Exception):
+    """A fact that does not hold; the text says what was found."""
+
+
+def require(condition, message):
+    if not condition:
+        raise Failed(message)
+
+
+def named(constants, value):
+    return constants.get(value, hex(value))
+
+
+def check_size(program):
+    size = len(program.data)
+    require(size <= program.max_bytes, f"{size} bytes, allowed are {program.max_bytes}")
+    return f"{size} bytes, allowed are {program.max_bytes}"
+
+
+def check_machine(program):
+    machine = program.pe.FILE_HEADER.Machine
+    name = named(pefile.MACHINE_TYPE, machine)
+    require(name == "IMAGE_FILE_MACHINE_AMD64", f"built for {name}")
+    return "x64"
+
+
+def check_subsystem(program):
+    subsystem = program.pe.OPTIONAL_HEADER.Subsystem
+    name = named(pefile.SUBSYSTEM_TYPE, subsystem)
+    require(name == "IMAGE_SUBSYSTEM_WINDOWS_GUI", f"the subsystem is {name}")
+    return "windowed"
+
+
+def imported_libraries(program):
+    return [(entry.dll.decode("ascii", "replace"), entry.imports)
+            for entry in getattr(program.pe, "DIRECTORY_ENTRY_IMPORT", [])]
+
+
+def check_imports(program):
+    libraries = sorted(library for library, _ in imported_libraries(program))
+    require(libraries, "no import table was found")
+    foreign = [library for library in libraries if library.lower() not in KNOWN_LIBRARIES]
+    require(not foreign, "loaded at start: " + ", ".join(foreign))
+    return ", ".join(libraries)
+
+
+def check_wide_functions(program):
+    ansi = []
+    for library, functions in imported_libraries(program):
+        # The C runtime has no pairs of an ANSI and a wide function told apart by a last letter.
+        if library.lower() == "msvcrt.dll":
+            continue
+        names = ((function.name or b"").decode("ascii", "replace") for function in functions)
+        ansi += [(library.lower(), name) for name in names if name.endswith("A")]
+    unexpected = sorted(pair for pair in ansi if pair not in ALLOWED_ANSI)
+    require(not unexpected, "imported: " + ", ".join(f"{name} of {dll}" for dll, name in unexpected))
+    if not ansi:
+        return "no ANSI function is imported"
+    return "ANSI only in the runtime's own " + ", ".join(sorted(name for _, name in ansi))
+
+
+def check_dll_characteristic(name):
+    bit = pefile.DLL_CHARACTERISTICS["IMAGE_DLLCHARACTERISTICS_" + name]
+
+    def check(program):
+        flags = program.pe.OPTIONAL_HEADER.DllCharacteristics
+        require(flags & bit, f"{name} is not set in {flags:#06x}")
+        return f"set in {flags:#06x}"
+
+    return check
+
+
+def check_relocations(program):
+    stripped = pefile.IMAGE_CHARACTERISTICS["IMAGE_FILE_RELOCS_STRIPPED"]
+    require(not program.pe.FILE_HEADER.Characteristics & stripped, "marked as stripped")
+    blocks = getattr(program.pe, "DIRECTORY_ENTRY_BASERELOC", [])
+    count = sum(len(block.entries) for block in blocks)
+    require(count > 0, "the relocation table is missing or empty")
+    return f"{count} entries"
+
+
+def check_sections(program):
+    both = []
+    for section in program.pe.sections:
+        if section.IMAGE_SCN_MEM_WRITE and section.IMAGE_SCN_MEM_EXECUTE:
+            both.append(section.Name.rstrip(b"\0").decode("ascii", "replace"))
+    require(not both, "writable and executable: " + ", ".join(both))
+    return f"{len(program.pe.sections)} sections, none writable and executable"
+
+
+def check_stripped(program):
+    header = program.pe.FILE_HEADER
+    require(header.PointerToSymbolTable == 0 and header.NumberOfSymbols == 0,
+            f"a symbol table of {header.NumberOfSymbols} symbols was left in")
+    directory = pefile.DIRECTORY_ENTRY["IMAGE_DIRECTORY_ENTRY_DEBUG"]
+    require(program.pe.OPTIONAL_HEADER.DATA_DIRECTORY[directory].Size == 0,
+            "a debug directory was left in")
+    return "no symbols, no debug directory"
+
+
+def check_build_traces(program):
+    # Builds do not only happen below a home folder, hence the top folder of this project as well.
+    traces = ["/home", "/root", "/tmp", f"/{PROJECT_ROOT.parts[1]}/", ".cpp"]
+    found = []
+    for trace in traces:
+        for encoding in ("ascii", "utf-16-le"):
+            position = program.data.find(trace.encode(encoding, "replace"))
+            if position >= 0:
+                found.append(f"{trace} ({encoding}) at {position:#x}")
+    require(not found, "found " + ", ".join(found))
+    return "no paths and no source names"
+
+
+def check_icon(program):
+    groups = pe_resources.resources_of_type(program.pe, pe_resources.RT_GROUP_ICON)
+    require([group.identifier for group in groups] == [ICON_ID],
+            f"icon groups are {[group.identifier for group in groups]}, expected only {ICON_ID}")
+    images = pe_resources.icon_images(groups[0].data)
+    require(len(images) == 1, f"the group lists {len(images)} images, expected 1")
+    image = images[0]
+    shape = (image.width, image.height, image.bits)
+    require(shape == (16, 16, 32), "the group lists {}x{} at {} bits".format(*shape))
+    icons = pe_resources.resources_of_type(program.pe, pe_resources.RT_ICON)
+    require([icon.identifier for icon in icons] == [image.identifier],
+            f"the file holds the images {[icon.identifier for icon in icons]}, "
+            f"the group names {image.identifier}")
+    data = icons[0].data
+    require(len(data) == image.size, f"the image has {len(data)} bytes, listed are {image.size}")
+    require(data.startswith(PNG_SIGNATURE), "the image is not stored as PNG")
+    png = struct.unpack_from(">IIBB", data, 16)
+    require(png == (16, 16, 8, 6),
+            "the PNG is {}x{} with depth {} and colour type {}, expected RGBA".format(*png))
+    return f"{ICON_ID}, one image of 16x16 at 32 bits, PNG of {len(data)} bytes"
+
+
+def manifest_root(program):
+    manifests = pe_resources.resources_of_type(program.pe, pe_resources.RT_MANIFEST)
+    identifiers = [manifest.identifier for manifest in manifests]
+    require(identifiers == [1], f"manifests are {identifiers}, expected only 1")
+    return ElementTree.fromstring(manifests[0].data)
+
+
+def check_common_controls(program):
+    path = f"{ASM_V1}dependency/{ASM_V1}dependentAssembly/{ASM_V1}assemblyIdentity"
+    found = [(item.get("name"), item.get("version"), item.get("publicKeyToken"))
+             for item in manifest_root(program).findall(path)]
+    expected = ("Microsoft.Windows.Common-Controls", "6.0.0.0", "6595b64144ccf1df")
+    require(found == [expected], f"the manifest depends on {found}")
+    return "version 6"
+
+
+def check_execution_level(program):
+    path = "/".join(ASM_V3 + tag for tag in (
+        "trustInfo", "security", "requestedPrivileges", "requestedExecutionLevel"))
+    found = [(item.get("level"), item.get("uiAccess"))
+             for item in manifest_root(program).findall(path)]
+    require(found == [("asInvoker", "false")], f"the manifest asks for {found}")
+    return "asInvoker, no uiAccess"
+
+
+def check_supported_systems(program):
+    path = f"{COMPATIBILITY}compatibility/{COMPATIBILITY}application/{COMPATIBILITY}supportedOS"
+    found = {item.get("Id") for item in manifest_root(program).findall(path)}
+    missing = [name for key, name in SUPPORTED_SYSTEMS.items() if key not in found]
+    require(not missing, "the manifest does not name " + ", ".join(missing))
+    return ", ".join(SUPPORTED_SYSTEMS.values())
+
+
+def check_no_dpi_awareness(program):
+    found = [item.tag for item in manifest_root(program).iter()
+             if item.tag.rpartition("}")[2].lower().startswith("dpi")]
+    require(not found, "the manifest holds " + ", ".join(found))
+    return "none declared"
+
+
+def version_root(program):
+    versions = pe_resources.resources_of_type(program.pe, pe_resources.RT_VERSION)
+    require(len(versions) == 1, f"{len(versions)} version resources, expected 1")
+    return pe_resources.version_tree(versions[0].data)
+
+
+def check_fixed_version(program):
+    file_version, product_version = pe_resources.fixed_versions(version_root(program))
+    require(file_version == product_version == program.version,
+            f"file {file_version}, product {product_version}, expected {program.version}")
+    return file_version
+
+
+def check_string_table(name):
+    def check(program):
+        tables = pe_resources.string_tables(version_root(program))
+        require(name in tables, f"tables are {sorted(tables)}")
+        expected = dict(COMMON_TEXTS, FileDescription=DESCRIPTIONS[name],
+                        FileVersion=program.version, ProductVersion=program.version)
+        texts = tables[name]
+        wrong = [f"{key} is {texts.get(key)!r}, expected {value!r}"
+                 for key, value in expected.items() if texts.get(key) != value]
+        require(not wrong, "; ".join(wrong))
+        return f"{len(expected)} texts, version {program.version}"
+
+    return check
+
+
+def check_translations(program):
+    root = version_root(program)
+    found = [f"{language:04x}{page:04x}" for language, page in pe_resources.translations(root)]
+    # The program shows the version of the first pair, so the order counts.
+    require(found == list(DESCRIPTIONS), f"the translations are {found}")
+    tables = list(pe_resources.string_tables(root))
+    require(tables == found, f"the translations are {found}, the tables {tables}")
+    return ", ".join(found)
+
+
+CHECKS = (
+    ("size", check_size),
+    ("machine", check_machine),
+    ("subsystem", check_subsystem),
+    ("load-time libraries", check_imports),
+    ("wide functions", check_wide_functions),
+    ("DYNAMIC_BASE", check_dll_characteristic("DYNAMIC_BASE")),
+    ("HIGH_ENTROPY_VA", check_dll_characteristic("HIGH_ENTROPY_VA")),
+    ("NX_COMPAT", check_dll_characteristic("NX_COMPAT")),
+    ("relocations", check_relocations),
+    ("sections", check_sections),
+    ("stripped", check_stripped),
+    ("build traces", check_build_traces),
+    ("icon", check_icon),
+    ("common controls", check_common_controls),
+    ("execution level", check_execution_level),
+    ("supported systems", check_supported_systems),
+    ("DPI awareness", check_no_dpi_awareness),
+    ("fixed version", check_fixed_version),
+    ("texts 040904b0", check_string_table("040904b0")),
+    ("texts 041104b0", check_string_table("041104b0")),
+    ("translations", check_translations),
+)
+
+
+def parse(data):
+    """The parsed file; raises pefile.PEFormatError when it is no program file."""
+    pe = pefile.PE(data=data, fast_load=True)
+    # Without the rest, such as the unwinding tables of every function, this takes a fraction.
+    pe.parse_data_directories([pefile.DIRECTORY_ENTRY["IMAGE_DIRECTORY_ENTRY_" + name]
+                               for name in ("IMPORT", "RESOURCE", "BASERELOC")])
+    return pe
+
+
+def run_checks(data, version, max_bytes):
+    """Yields (fact, holds, detail) for the bytes of a program file."""
+    try:
+        pe = parse(data)
+    except pefile.PEFormatError as error:
+        yield "program file", False, f"not readable: {error.value}"
+        return
+    program = Program(pe, data, version, max_bytes)
+    for fact, check in CHECKS:
+        try:
+            yield fact, True, check(program)
+        except (Failed, ValueError, struct.error, ElementTree.ParseError) as error:
+            yield fact, False, str(error)
+
+
+def main():
+    parser = argparse.ArgumentParser(description="Checks facts about the finished program file.")
+    parser.add_argument("path", type=Path)
+    parser.add_argument("--version", required=True, help="the version the file must carry")
+    parser.add_argument("--max-bytes", type=int, default=250000, help="default: %(default)s")
+    arguments = parser.parse_args()
+
+    # A failure quotes texts that the terminal's character set may lack.
+    sys.stdout.reconfigure(errors="backslashreplace")
+    counts = {True: 0, False: 0}
+    data = arguments.path.read_bytes()
+    for fact, holds, detail in run_checks(data, arguments.version, arguments.max_bytes):
+        counts[holds] += 1
+        print(f"{'ok    ' if holds else 'FAILED'} {fact}: {detail}")
+    print(f"{counts[True]} passed, {counts[False]} failed")
+    return 0 if counts[False] == 0 else 1
+
+
+if __name__ == "__main__":
+    sys.exit(main())

@@ -1,0 +1,167 @@
+#!/usr/bin/python3
+"""Shows that every fact of check_executable.py can fail.
+
+Takes the finished program and its version, spoils one thing at a time in a copy held in memory, and
+expects exactly the facts that depend on it to fail. Needs pefile (Debian: python3-pefile).
+"""
+
+import argparse
+import struct
+import sys
+import unittest
+from pathlib import Path
+
+import check_executable
+from pe_resources import RT_GROUP_ICON, RT_ICON, RT_MANIFEST, RT_VERSION
+from spoiled_copy import (
+    DOS_TEXT, FIXED_VERSION_SIGNATURE, SpoiledCopy, ansi_variant_imported, code_made_writable,
+    directory, dll_flag_cleared, file_flag_set, file_header, fixed_version_byte, library_renamed,
+    manifest_element_added, manifest_text, optional_header, resource_byte, resource_renumbered,
+    resource_text, text_left_in, version_text, wide)
+
+IMPORTS, RESOURCES, RELOCATIONS, DEBUG = 1, 2, 5, 6
+
+MANIFEST_FACTS = {"common controls", "execution level", "supported systems", "DPI awareness"}
+TEXT_FACTS = {"texts 040904b0", "texts 041104b0"}
+VERSION_FACTS = {"fixed version", "translations"} | TEXT_FACTS
+
+TRANSLATIONS = (struct.pack("<4H", 0x409, 0x4B0, 0x411, 0x4B0),
+                struct.pack("<4H", 0x411, 0x4B0, 0x409, 0x4B0))
+SOURCE_FOLDER = f"{check_executable.PROJECT_ROOT}/"[: len(DOS_TEXT)].encode()
+
+# What is wrong with the copy, how it came about, and the facts that must then fail.
+CASES = (
+    ("another processor", file_header(Machine=0xAA64), {"machine"}),
+    ("a console program", optional_header(Subsystem=3), {"subsystem"}),
+    ("a library that can be planted", library_renamed(b"user32.dll", b"USER99.dll"),
+     {"load-time libraries"}),
+    ("no imports", directory(IMPORTS, VirtualAddress=0, Size=0), {"load-time libraries"}),
+    ("an ANSI function of user32", ansi_variant_imported(b"user32.dll"), {"wide functions"}),
+    ("an ANSI function of kernel32", ansi_variant_imported(b"kernel32.dll"), {"wide functions"}),
+    ("an ANSI function of shell32", ansi_variant_imported(b"shell32.dll"), {"wide functions"}),
+    ("no DYNAMIC_BASE", dll_flag_cleared(0x0040), {"DYNAMIC_BASE"}),
+    ("no HIGH_ENTROPY_VA", dll_flag_cleared(0x0020), {"HIGH_ENTROPY_VA"}),
+    ("no NX_COMPAT", dll_flag_cleared(0x0100), {"NX_COMPAT"}),
+    ("relocations marked as stripped", file_flag_set(0x0001), {"relocations"}),
+    ("no relocations", directory(RELOCATIONS, VirtualAddress=0, Size=0), {"relocations"}),
+    ("writable code", code_made_writable(), {"sections"}),
+    ("a number of symbols", file_header(NumberOfSymbols=7), {"stripped"}),
+    ("a symbol table", file_header(PointerToSymbolTable=0x400), {"stripped"}),
+    ("a debug directory", directory(DEBUG, Size=28), {"stripped"}),
+    ("a home folder", text_left_in(b"/home/me/a.c"), {"build traces"}),
+    ("a home folder in UTF-16", text_left_in(wide("/home/me/a.c")), {"build traces"}),
+    ("the folder of root", text_left_in(b"/root/a.c"), {"build traces"}),
+    ("a temporary folder", text_left_in(b"/tmp/a.c"), {"build traces"}),
+    ("the folder of this project", text_left_in(SOURCE_FOLDER), {"build traces"}),
+    ("the name of a source", text_left_in(b"main.cpp"), {"build traces"}),
+    ("no resources", directory(RESOURCES, VirtualAddress=0, Size=0),
+     VERSION_FACTS | MANIFEST_FACTS | {"icon"}),
+    ("another icon number", resource_renumbered(RT_GROUP_ICON, 102), {"icon"}),
+    ("another kind of group", resource_byte(RT_GROUP_ICON, 2, 2), {"icon"}),
+    ("a group of no image", resource_byte(RT_GROUP_ICON, 4, 0), {"icon"}),
+    ("a group of two images", resource_byte(RT_GROUP_ICON, 4, 2), {"icon"}),
+    ("a listed width of 32", resource_byte(RT_GROUP_ICON, 6, 32), {"icon"}),
+    ("a listed height of 32", resource_byte(RT_GROUP_ICON, 7, 32), {"icon"}),
+    ("a listed depth of 8", resource_byte(RT_GROUP_ICON, 12, 8), {"icon"}),
+    ("a wrong listed length", resource_byte(RT_GROUP_ICON, 14, 1), {"icon"}),
+    ("an image of another number", resource_renumbered(RT_ICON, 9), {"icon"}),
+    ("an image that is no PNG", resource_byte(RT_ICON, 1, 0), {"icon"}),
+    ("a PNG 32 wide", resource_byte(RT_ICON, 19, 32), {"icon"}),
+    ("a PNG 32 high", resource_byte(RT_ICON, 23, 32), {"icon"}),
+    ("a PNG of depth 16", resource_byte(RT_ICON, 24, 16), {"icon"}),
+    ("a PNG without transparency", resource_byte(RT_ICON, 25, 2), {"icon"}),
+    ("another manifest number", resource_renumbered(RT_MANIFEST, 2), MANIFEST_FACTS),
+    ("a manifest that is no XML", manifest_text(b"</assembly>", b"</assembli>"), MANIFEST_FACTS),
+    ("other controls", manifest_text(b"Common-Controls", b"Common-Contrals"), {"common controls"}),
+    ("older controls", manifest_text(b'"6.0.0.0"', b'"5.0.0.0"'), {"common controls"}),
+    ("another maker of the controls", manifest_text(b"6595b64144ccf1df", b"0" * 16),
+     {"common controls"}),
+    ("more rights", manifest_text(b'"asInvoker" uiAccess="false"', b'"highestAvailable"          '),
+     {"execution level"}),
+    ("access to the user interface", manifest_text(b'"false"', b'"true" '), {"execution level"}),
+    ("no Windows 7", manifest_text(b"35138b9a", b"00000000"), {"supported systems"}),
+    ("no Windows 8", manifest_text(b"4a2f28e3", b"00000000"), {"supported systems"}),
+    ("no Windows 8.1", manifest_text(b"1f676c76", b"00000000"), {"supported systems"}),
+    ("no Windows 10 and 11", manifest_text(b"8e0f7a12", b"00000000"), {"supported systems"}),
+    ("awareness of DPI", manifest_element_added(b'<dpiAware xmlns="urn:x">true</dpiAware>'),
+     {"DPI awareness"}),
+    ("a kind of awareness of DPI", manifest_element_added(b"<dpiAwareness>system</dpiAwareness>"),
+     {"DPI awareness"}),
+    ("a version block too long for the resource", resource_byte(RT_VERSION, 1, 0x7F), VERSION_FACTS),
+    ("no fixed version", resource_text(RT_VERSION, FIXED_VERSION_SIGNATURE, bytes(4)),
+     {"fixed version"}),
+    ("another fixed file version", fixed_version_byte(8), {"fixed version"}),
+    ("another fixed product version", fixed_version_byte(16), {"fixed version"}),
+    ("an English text", version_text("Keep selected", "Keep Selected"), {"texts 040904b0"}),
+    ("a Japanese text", version_text("手前", "手后"), {"texts 041104b0"}),
+    ("a renamed text", version_text("LegalCopyright", "LegalCopyleft!"), {"texts 040904b0"}),
+    ("another company", version_text("the Morvane", "two Morvane", "041104b0"), {"texts 041104b0"}),
+    ("another file name", version_text("Morvane.exe", "Morvane.com"), {"texts 040904b0"}),
+    ("a renamed table", version_text("041104b0", "040704b0"), {"texts 041104b0", "translations"}),
+    ("translations in the other order", resource_text(RT_VERSION, *TRANSLATIONS), {"translations"}),
+    ("no translations", version_text("Translation", "Transaction"), {"translations"}),
+)
+
+
+class CheckExecutable(unittest.TestCase):
+    data = b""
+    version = ""
+
+    @classmethod
+    def setUpClass(cls):
+        cls.pe = check_executable.parse(cls.data)
+
+    def failing(self, data, version=None, max_bytes=None):
+        results = check_executable.run_checks(
+            bytes(data), version or self.version, max_bytes or len(self.data))
+        return {fact for fact, holds, _ in results if not holds}
+
+    def expect_failing(self, spoil, expected):
+        spoiled = SpoiledCopy(self.pe, self.data)
+        spoil(spoiled)
+        self.assertNotEqual(self.data, bytes(spoiled.data))
+        self.assertEqual(expected, self.failing(spoiled.data))
+
+    def test_the_program_as_it_was_built_holds_every_fact(self):
+        self.assertEqual(set(), self.failing(self.data))
+
+    def test_a_spoiled_copy_fails_in_what_was_spoiled(self):
+        for name, spoil, expected in CASES:
+            with self.subTest(name):
+                self.expect_failing(spoil, expected)
+
+    def test_each_version_text_is_compared(self):
+        other = self.version[:-1] + "x"
+        for table in ("040904b0", "041104b0"):
+            for key in ("FileVersion", "ProductVersion"):
+                with self.subTest(table=table, key=key):
+                    spoil = version_text(self.version, other, table, key)
+                    self.expect_failing(spoil, {"texts " + table})
+
+    def test_another_expected_version_fails(self):
+        failing = self.failing(self.data, version=self.version + "0")
+        self.assertEqual({"fixed version"} | TEXT_FACTS, failing)
+
+    def test_one_byte_too_many_fails(self):
+        self.assertEqual({"size"}, self.failing(self.data, max_bytes=len(self.data) - 1))
+
+    def test_a_file_that_is_no_program_fails(self):
+        self.assertEqual({"program file"}, self.failing(b"#!/bin/sh\n" * 100))
+
+    def test_each_fact_has_a_case_that_fails(self):
+        seen = {"size"}.union(*(expected for _, _, expected in CASES))
+        self.assertEqual({fact for fact, _ in check_executable.CHECKS}, seen)
+
+
+def main():
+    parser = argparse.ArgumentParser(description="Shows that every fact of the check can fail.")
+    parser.add_argument("path", type=Path, help="the finished program")
+    parser.add_argument("--version", required=True, help="the version it carries")
+    arguments, rest = parser.parse_known_args()
+    CheckExecutable.data = arguments.path.read_bytes()
+    CheckExecutable.version = arguments.version
+    unittest.main(argv=[sys.argv[0], *rest])
+
+
+if __name__ == "__main__":
+    main()
