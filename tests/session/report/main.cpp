@@ -1,0 +1,161 @@
+// Shows and arranges the windows of other programs from a shell script.
+//
+//   window_report list                               prints the windows from top to bottom
+//   window_report wait SECONDS EXPECTATION...        waits until all of them hold at once
+//   window_report place TITLE X Y WIDTH HEIGHT       moves a window (pixels)
+//   window_report activate TITLE                     brings a window to the front, as a click does
+//   window_report close-hidden CLASS                 asks a message-only window to close
+//   window_report command-hidden CLASS NUMBER        sends it a command, as its menu would
+//
+// The exit status is 0 on success, 1 when something did not come about, 2 for a wrong call.
+
+#include <algorithm>
+#include <cstdio>
+#include <cwchar>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "session/report/expectation.h"
+#include "session/report/window_list.h"
+
+#include <fcntl.h>
+#include <io.h>
+
+namespace morvane::report {
+
+namespace {
+
+using Arguments = std::vector<std::wstring>;
+
+constexpr DWORD PollPeriod = 50;  // milliseconds
+
+enum ExitStatus : int { Done = 0, NotDone = 1, WrongCall = 2 };
+
+std::string Utf8(std::wstring_view text) {
+    const int units = static_cast<int>(text.size());
+    const int size =
+        WideCharToMultiByte(CP_UTF8, 0, text.data(), units, nullptr, 0, nullptr, nullptr);
+    std::string bytes(static_cast<std::size_t>(std::max(size, 0)), '\0');
+    WideCharToMultiByte(CP_UTF8, 0, text.data(), units, bytes.data(), size, nullptr, nullptr);
+    return bytes;
+}
+
+void PrintWindows(const std::vector<ShownWindow>& windows) {
+    for (const ShownWindow& shown : windows) {
+        std::printf("    %-10s %s%s\n", shown.topmost ? "ON TOP" : "ordinary",
+                    Utf8(shown.title).c_str(), shown.active ? "   (active)" : "");
+    }
+}
+
+int List() {
+    PrintWindows(ShownWindows());
+    return Done;
+}
+
+int Wait(const Arguments& arguments) {
+    const ULONGLONG timeout = std::wcstoul(arguments[0].c_str(), nullptr, 10) * 1000ULL;
+    std::vector<Expectation> expectations;
+    for (auto text = arguments.begin() + 1; text != arguments.end(); ++text) {
+        const std::optional<Expectation> expectation = ParseExpectation(*text);
+        if (!expectation) {
+            std::printf("window_report: no expectation: %s\n", Utf8(*text).c_str());
+            return WrongCall;
+        }
+        expectations.push_back(*expectation);
+    }
+    const ULONGLONG start = GetTickCount64();
+    for (;;) {
+        const std::vector<ShownWindow> windows = ShownWindows();
+        const auto holds = [&](const Expectation& e) { return Holds(e, windows); };
+        if (std::all_of(expectations.begin(), expectations.end(), holds)) {
+            return Done;
+        }
+        if (GetTickCount64() - start >= timeout) {
+            for (std::size_t i = 0; i < expectations.size(); ++i) {
+                if (!holds(expectations[i])) {
+                    std::printf("window_report: does not hold: %s\n",
+                                Utf8(arguments[i + 1]).c_str());
+                }
+            }
+            PrintWindows(windows);
+            return NotDone;
+        }
+        Sleep(PollPeriod);
+    }
+}
+
+// The window that an argument names, or null after a message.
+HWND NamedWindow(const std::wstring& title) {
+    const std::vector<ShownWindow> windows = ShownWindows();
+    const ShownWindow* const shown = FindShown(windows, title);
+    if (shown == nullptr) {
+        std::printf("window_report: no window: %s\n", Utf8(title).c_str());
+        return nullptr;
+    }
+    return shown->window;
+}
+
+int Place(const Arguments& arguments) {
+    const auto pixels = [&](std::size_t index) {
+        return static_cast<int>(std::wcstol(arguments[index].c_str(), nullptr, 10));
+    };
+    HWND window = NamedWindow(arguments[0]);
+    return window != nullptr && SetWindowPos(window, nullptr, pixels(1), pixels(2), pixels(3),
+                                             pixels(4), SWP_NOZORDER | SWP_NOACTIVATE) != FALSE
+               ? Done
+               : NotDone;
+}
+
+int Activate(const Arguments& arguments) {
+    HWND window = NamedWindow(arguments[0]);
+    return window != nullptr && SetForegroundWindow(window) != FALSE ? Done : NotDone;
+}
+
+int PostToHidden(const std::wstring& className, UINT message, WPARAM wParam) {
+    HWND window = FindWindowExW(HWND_MESSAGE, nullptr, className.c_str(), nullptr);
+    return window != nullptr && PostMessageW(window, message, wParam, 0) != FALSE ? Done : NotDone;
+}
+
+int Run(std::wstring_view verb, const Arguments& arguments) {
+    const std::size_t count = arguments.size();
+    if (verb == L"list" && count == 0) {
+        return List();
+    }
+    if (verb == L"wait" && count >= 2) {
+        return Wait(arguments);
+    }
+    if (verb == L"place" && count == 5) {
+        return Place(arguments);
+    }
+    if (verb == L"activate" && count == 1) {
+        return Activate(arguments);
+    }
+    if (verb == L"close-hidden" && count == 1) {
+        return PostToHidden(arguments[0], WM_CLOSE, 0);
+    }
+    if (verb == L"command-hidden" && count == 2) {
+        return PostToHidden(arguments[0], WM_COMMAND,
+                            std::wcstoul(arguments[1].c_str(), nullptr, 10));
+    }
+    std::puts("window_report: wrong call");
+    return WrongCall;
+}
+
+// Words are what was typed, with the name of this program first.
+int Start(const Arguments& words) {
+    // Plain LF, as the script that reads it expects.
+    static_cast<void>(_setmode(_fileno(stdout), _O_BINARY));
+    return words.size() < 2 ? WrongCall : Run(words[1], Arguments(words.begin() + 2, words.end()));
+}
+
+}  // namespace
+
+}  // namespace morvane::report
+
+// Called by the C runtime's start-up; no header declares it.
+int wmain(int count, wchar_t** values);
+
+int wmain(int count, wchar_t** values) {
+    return morvane::report::Start({values, values + count});
+}

@@ -1,0 +1,192 @@
+#!/usr/bin/env bash
+#
+# A private, disposable Windows session: a fresh Wine profile on a virtual screen of its own, with a
+# desktop and a task bar. Several may be open side by side. Nothing of the user's own profile,
+# screen or home folder is read or written, and nothing is left when the session closes.
+#
+#   wine_session.sh run COMMAND [ARGUMENT...]   runs a command in a session, returns its status
+#
+# Sourced instead, it offers session_open and session_close to a script that steers the session
+# itself. While one is open the environment holds DISPLAY, WINEPREFIX, HOME, the Wine switches and
+# MORVANE_TEST_DISPOSABLE=1; SESSION_DIR is the session's own folder.
+
+SESSION_ROOT=$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)
+SESSION_TEMPLATE=$SESSION_ROOT/build/wine-template
+SESSION_SCREEN=1280x800
+SESSION_CJK_FONT=/usr/share/fonts/truetype/wqy/wqy-microhei.ttc
+
+session_fail() {
+    echo "session: $*" >&2
+    return 1
+}
+
+# Kills every process whose environment names the profile $1 and returns once none is left. Wine's
+# services detach themselves, so neither parents nor process groups lead to them.
+session_kill_strays() {
+    local profile=$1 round signal=TERM strays
+    for round in {1..100}; do
+        # Unset, or the search would find itself.
+        mapfile -t strays < <(unset WINEPREFIX
+            grep -lzxF "WINEPREFIX=$profile" /proc/[0-9]*/environ 2>/dev/null |
+            cut -d / -f 3 | grep -vxF -e "$$" -e "$BASHPID")
+        ((${#strays[@]})) || return 0
+        ((round < 20)) || signal=KILL
+        kill -"$signal" "${strays[@]}" 2>/dev/null
+        sleep 0.1
+    done
+    session_fail "processes of $profile survive: ${strays[*]}"
+}
+
+session_stop_server() {
+    WINEPREFIX=$1 timeout 20 wineserver -k 2>/dev/null
+    WINEPREFIX=$1 timeout 20 wineserver -w 2>/dev/null
+    session_kill_strays "$1"
+}
+
+# What the template depends on; another value means that it has to be made anew.
+session_template_stamp() {
+    {
+        WINEDEBUG=-all wine --version
+        id -un
+        ls -l /usr/share/wine/fonts "$SESSION_CJK_FONT"
+        cat "${BASH_SOURCE[0]}"
+    } 2>&1 | sha256sum
+}
+
+session_fill_template() {
+    local -x WINEPREFIX=$1 HOME=$1/home
+    local face
+    wineboot -i || return
+    # Wine does not look for fonts in its own package: without this there is no Tahoma for the
+    # interface and no Marlett for check marks.
+    cp /usr/share/wine/fonts/*.ttf "$WINEPREFIX/drive_c/windows/Fonts/" || return
+    # Glyphs that a font lacks are looked up only where the registry says so.
+    for face in "Tahoma" "Tahoma Bold" "MS Shell Dlg" "MS Sans Serif" "Liberation Sans"; do
+        wine reg add 'HKLM\Software\Microsoft\Windows NT\CurrentVersion\FontLink\SystemLink' \
+            /v "$face" /t REG_MULTI_SZ /d "${SESSION_CJK_FONT##*/},WenQuanYi Micro Hei" /f || return
+    done
+    # A desktop window with a task bar, as large as the screen.
+    wine reg add 'HKCU\Software\Wine\Explorer' /v Desktop /d session /f || return
+    wine reg add 'HKCU\Software\Wine\Explorer\Desktops' /v session /d "$SESSION_SCREEN" /f
+}
+
+# Makes the profile that every session starts as a copy of. Takes some ten seconds.
+session_make_template() {
+    local stamp=$1 new=$SESSION_TEMPLATE.new filled=0 link
+    echo "session: preparing the Wine profile template" >&2
+    rm -rf "$new" "$SESSION_TEMPLATE"
+    mkdir -p "$new/home" || return
+    session_fill_template "$new" </dev/null >"$SESSION_TEMPLATE.log" 2>&1 || filled=$?
+    session_stop_server "$new" || return
+    ((filled == 0)) || { session_fail "no profile template, see $SESSION_TEMPLATE.log"; return; }
+    # The profile's Documents, Desktop, ... are links into the home folder; real folders in their
+    # place keep a session inside its own profile.
+    find "$new/drive_c/users" -type l -print0 | while IFS= read -r -d '' link; do
+        rm "$link" && mkdir "$link"
+    done
+    rm -rf "${new:?}/home"
+    printf '%s\n' "$stamp" >"$new/stamp"
+    mv -T "$new" "$SESSION_TEMPLATE"
+}
+
+# Copies the template to the new profile $1. The Windows folder, never written to in place, is
+# shared by hard links; the registry must be copied, as the server rewrites it in place.
+session_copy_template() {
+    local profile=$1 stamp
+    mkdir -p "$(dirname "$SESSION_TEMPLATE")" "$profile/drive_c" || return
+    (
+        flock 9 || exit
+        stamp=$(session_template_stamp)
+        if [[ $(cat "$SESSION_TEMPLATE/stamp" 2>/dev/null) != "$stamp" ]]; then
+            # Without the lock in their hands: Wine's services may outlive this shell.
+            session_make_template "$stamp" 9>&- || exit
+        fi
+        cd "$SESSION_TEMPLATE" &&
+            { cp -al drive_c/windows "$profile/drive_c/" 2>/dev/null ||
+                cp -a drive_c/windows "$profile/drive_c/"; } &&
+            cp -a drive_c/[!w]* "$profile/drive_c/" &&
+            cp -a dosdevices ./*.reg .update-timestamp "$profile/"
+    ) 9>"$SESSION_TEMPLATE.lock"
+}
+
+# Starts a screen on the first free display and sets DISPLAY.
+session_start_screen() {
+    local pipe=$SESSION_DIR/display number='' attempt
+    mkfifo "$pipe" || return
+    for attempt in 1 2 3; do
+        Xvfb -displayfd 3 -screen 0 "${SESSION_SCREEN}x24" -nolisten tcp -noreset \
+            3<>"$pipe" </dev/null >"$SESSION_DIR/screen.log" 2>&1 &
+        SESSION_SCREEN_PID=$!
+        if read -r -t 20 number <>"$pipe" && [[ $number ]]; then
+            export DISPLAY=:$number
+            return 0
+        fi
+        # Two servers starting at once can want the same number; one of them gives up.
+        kill "$SESSION_SCREEN_PID" 2>/dev/null
+    done
+    session_fail "no virtual screen after $attempt attempts: $(tail -n 3 "$SESSION_DIR/screen.log")"
+}
+
+session_open() {
+    local variable
+    mkdir -p "$SESSION_ROOT/build/sessions" || return
+    # Beside the template, as hard links do not reach across file systems.
+    SESSION_DIR=$(mktemp -d "$SESSION_ROOT/build/sessions/XXXXXXXX") || return
+    mkdir "$SESSION_DIR/home" "$SESSION_DIR/profile" || return
+    for variable in $(compgen -e); do
+        case $variable in
+            LC_* | LANG | LANGUAGE | XDG_* | XAUTHORITY | WAYLAND_DISPLAY | MORVANE_LANG | WINE*)
+                unset "$variable"
+                ;;
+        esac
+    done
+    # Without a UTF-8 locale Wine could not name files beyond ASCII; C makes the session English.
+    export LC_ALL=C.UTF-8
+    export HOME=$SESSION_DIR/home
+    export WINEDEBUG=-all
+    # No offers to install add-ons, and no debugger window that hangs on a crash.
+    export WINEDLLOVERRIDES='mscoree=;mshtml=;winedbg.exe=d'
+    unset DISPLAY
+    session_copy_template "$SESSION_DIR/profile" || return
+    session_start_screen || return
+    export WINEPREFIX=$SESSION_DIR/profile
+    export MORVANE_TEST_DISPOSABLE=1
+    # A server that stays, and a first command that starts the services and the desktop: otherwise
+    # every single program pays for that again, and the first one's output pipe stays open.
+    { wineserver -p && wine cmd /c exit; } </dev/null >"$SESSION_DIR/start.log" 2>&1 && return
+    session_fail "Wine does not start: $(tail -n 3 "$SESSION_DIR/start.log")"
+}
+
+session_close() {
+    [[ ${SESSION_DIR:-} ]] || return 0
+    session_stop_server "$SESSION_DIR/profile"
+    if [[ ${SESSION_SCREEN_PID:-} ]]; then
+        kill "$SESSION_SCREEN_PID" 2>/dev/null
+        wait "$SESSION_SCREEN_PID" 2>/dev/null
+    fi
+    rm -rf "$SESSION_DIR"
+    SESSION_DIR='' SESSION_SCREEN_PID=''
+}
+
+session_run() {
+    local status=0 command
+    trap session_close EXIT
+    trap 'exit 129' HUP
+    trap 'exit 130' INT
+    trap 'exit 143' TERM
+    session_open || exit
+    # In the background, since a signal is not handled while a command runs in the foreground.
+    "$@" <&0 &
+    command=$!
+    wait "$command" || status=$?
+    exit "$status"
+}
+
+if [[ ${BASH_SOURCE[0]} == "$0" ]]; then
+    if [[ ${1:-} == run && $# -ge 2 ]]; then
+        shift
+        session_run "$@"
+    fi
+    echo "usage: ${0##*/} run COMMAND [ARGUMENT...]" >&2
+    exit 2
+fi
