@@ -1,0 +1,130 @@
+// A program whose windows are foreign to whoever starts it. It is steered over its standard input
+// (see support/actor_protocol.h) and ends when that closes, so that no test leaves one behind.
+
+#include <array>
+#include <deque>
+#include <mutex>
+#include <string>
+#include <thread>
+
+#include "actor/commands.h"
+#include "base/win.h"
+
+namespace {
+
+constexpr UINT WmCommandWaiting = WM_APP + 1;
+constexpr const wchar_t* CommandWindowClass = L"MorvaneTestActorCommands";
+
+struct CommandQueue {
+    std::mutex mutex;
+    std::deque<std::string> lines;
+};
+
+CommandQueue& Queue() {
+    static CommandQueue queue;
+    return queue;
+}
+
+void WriteLine(const std::string& line) {
+    // One write per line: the client never waits for the rest of one.
+    const std::string bytes = line + "\n";
+    DWORD written = 0;
+    WriteFile(GetStdHandle(STD_OUTPUT_HANDLE), bytes.data(), static_cast<DWORD>(bytes.size()),
+              &written, nullptr);
+}
+
+std::string TakeCommand() {
+    CommandQueue& queue = Queue();
+    const std::scoped_lock lock(queue.mutex);
+    if (queue.lines.empty()) {
+        return {};
+    }
+    std::string line = std::move(queue.lines.front());
+    queue.lines.pop_front();
+    return line;
+}
+
+void RunCommand() {
+    const morvane::test::WindowCommandResult result =
+        morvane::test::ExecuteWindowCommand(TakeCommand());
+    WriteLine(result.answer);
+    if (result.hangMilliseconds > 0) {
+        Sleep(result.hangMilliseconds);
+    }
+    if (result.quit) {
+        PostQuitMessage(0);
+    }
+}
+
+// Commands travel to a window and not to the bare thread, so that they are served inside the
+// modal loops of moving, sizing and menus too.
+LRESULT CALLBACK CommandProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+    if (message == WmCommandWaiting) {
+        RunCommand();
+        return 0;
+    }
+    return DefWindowProcW(window, message, wParam, lParam);
+}
+
+void HandleLine(HWND commandWindow, const std::string& line) {
+    if (const auto answer = morvane::test::AnswerRecordCommand(line)) {
+        WriteLine(*answer);
+        return;
+    }
+    {
+        CommandQueue& queue = Queue();
+        const std::scoped_lock lock(queue.mutex);
+        queue.lines.push_back(line);
+    }
+    PostMessageW(commandWindow, WmCommandWaiting, 0, 0);
+}
+
+void ReadCommands(HWND commandWindow) {
+    const HANDLE input = GetStdHandle(STD_INPUT_HANDLE);
+    std::string pending;
+    std::array<char, 4096> buffer{};
+    DWORD count = 0;
+    while (ReadFile(input, buffer.data(), static_cast<DWORD>(buffer.size()), &count, nullptr) !=
+               FALSE &&
+           count > 0) {
+        pending.append(buffer.data(), count);
+        std::size_t end = 0;
+        while ((end = pending.find('\n')) != std::string::npos) {
+            HandleLine(commandWindow, pending.substr(0, end));
+            pending.erase(0, end + 1);
+        }
+    }
+    // The client is gone. Asking the main thread to end would wait for as long as it hangs.
+    ExitProcess(0);
+}
+
+}  // namespace
+
+// Called by the C runtime's start-up; no header declares it.
+int wmain();
+
+int wmain() {
+    const HINSTANCE self = GetModuleHandleW(nullptr);
+    WNDCLASSW commandClass{};
+    commandClass.lpfnWndProc = CommandProc;
+    commandClass.hInstance = self;
+    commandClass.lpszClassName = CommandWindowClass;
+    if (RegisterClassW(&commandClass) == 0) {
+        return 1;
+    }
+    const HWND commandWindow = CreateWindowExW(0, CommandWindowClass, L"", 0, 0, 0, 0, 0,
+                                               HWND_MESSAGE, nullptr, self, nullptr);
+    if (commandWindow == nullptr) {
+        return 2;
+    }
+    std::thread(ReadCommands, commandWindow).detach();
+
+    MSG message{};
+    while (GetMessageW(&message, nullptr, 0, 0) > 0) {
+        TranslateMessage(&message);
+        DispatchMessageW(&message);
+    }
+    // The reader still waits for input; leaving through the C runtime would tear its state down
+    // under it.
+    ExitProcess(0);
+}

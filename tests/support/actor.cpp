@@ -1,0 +1,249 @@
+#include "support/actor.h"
+
+#include <algorithm>
+#include <array>
+#include <optional>
+#include <stdexcept>
+#include <utility>
+
+#include "support/child_process.h"
+
+namespace morvane::test {
+namespace {
+
+constexpr std::chrono::milliseconds AnswerTimeout{60'000};
+constexpr std::chrono::milliseconds EndTimeout{2'000};
+
+struct Pipe {
+    FileHandle readEnd;
+    FileHandle writeEnd;
+};
+
+// Only the end that the child keeps is inheritable; otherwise neither side sees the other close.
+Pipe MakePipe(bool childReads) {
+    SECURITY_ATTRIBUTES inheritable{sizeof(SECURITY_ATTRIBUTES), nullptr, TRUE};
+    HANDLE readEnd = nullptr;
+    HANDLE writeEnd = nullptr;
+    if (CreatePipe(&readEnd, &writeEnd, &inheritable, 0) == FALSE) {
+        throw std::runtime_error("no pipe to the window actor");
+    }
+    SetHandleInformation(childReads ? writeEnd : readEnd, HANDLE_FLAG_INHERIT, 0);
+    return {FileHandle(readEnd), FileHandle(writeEnd)};
+}
+
+std::string WindowCommand(const char* name, HWND window) {
+    return std::string(name) + " " + std::to_string(NumberFromWindow(window));
+}
+
+std::string CreationWords(const WindowSpec& spec) {
+    std::string words = HexFromText(spec.className) + " " + HexFromText(spec.title);
+    for (const long long number :
+         {static_cast<long long>(spec.style), static_cast<long long>(spec.exStyle),
+          static_cast<long long>(spec.x), static_cast<long long>(spec.y),
+          static_cast<long long>(spec.width), static_cast<long long>(spec.height),
+          NumberFromWindow(spec.owner), static_cast<long long>(spec.visible ? 1 : 0),
+          static_cast<long long>(spec.colour)}) {
+        words += " " + std::to_string(number);
+    }
+    return words;
+}
+
+// A number in an answer; throws when the word is none.
+long long AnsweredNumber(std::string_view word) {
+    const std::optional<long long> number = NumberFromWord(word);
+    if (!number) {
+        throw std::runtime_error("the window actor sent a malformed number");
+    }
+    return *number;
+}
+
+// The numbers of one comma-separated record of an answer; throws when there are not so many.
+std::vector<long long> RecordNumbers(std::string_view record, std::size_t count) {
+    std::vector<long long> numbers;
+    for (const std::string_view word : SplitWords(record, ',')) {
+        numbers.push_back(AnsweredNumber(word));
+    }
+    if (numbers.size() != count) {
+        throw std::runtime_error("the window actor sent a malformed record");
+    }
+    return numbers;
+}
+
+}  // namespace
+
+Actor::Actor() {
+    Pipe commands = MakePipe(true);
+    Pipe answers = MakePipe(false);
+    const std::wstring executable = RequiredPath(L"MORVANE_TEST_ACTOR");
+    ChildProcess child =
+        StartProcess(executable, L"", {}, {commands.readEnd.get(), answers.writeEnd.get()});
+    if (!child.process) {
+        throw std::runtime_error("the window actor does not start");
+    }
+    process_ = std::move(child.process);
+    processId_ = child.id;
+    toActor_ = std::move(commands.writeEnd);
+    fromActor_ = std::move(answers.readEnd);
+    Ask("ping");
+}
+
+Actor::~Actor() {
+    if (!process_) {
+        return;
+    }
+    toActor_.reset();
+    if (!WaitForObject(process_.get(), EndTimeout)) {
+        TerminateProcess(process_.get(), 1);
+        // Nothing is left to be done about one that cannot even be terminated.
+        static_cast<void>(WaitForObject(process_.get(), EndTimeout));
+    }
+}
+
+std::string Actor::Ask(const std::string& command) {
+    const std::string line = command + "\n";
+    DWORD written = 0;
+    if (WriteFile(toActor_.get(), line.data(), static_cast<DWORD>(line.size()), &written,
+                  nullptr) == FALSE) {
+        throw std::runtime_error("the window actor is gone: " + command);
+    }
+    const std::string answer = ReadAnswer();
+    if (!answer.starts_with("ok")) {
+        throw std::runtime_error("window actor: " + command + ": " + answer);
+    }
+    return answer.substr(2);
+}
+
+std::string Actor::ReadAnswer() {
+    bool closed = false;
+    const auto lineArrived = [&] {
+        DWORD waiting = 0;
+        closed = PeekNamedPipe(fromActor_.get(), nullptr, 0, nullptr, &waiting, nullptr) == FALSE;
+        while (waiting > 0) {
+            std::array<char, 4096> buffer{};
+            DWORD count = 0;
+            if (ReadFile(fromActor_.get(), buffer.data(),
+                         std::min(waiting, static_cast<DWORD>(buffer.size())), &count,
+                         nullptr) == FALSE) {
+                break;
+            }
+            received_.append(buffer.data(), count);
+            waiting -= count;
+        }
+        return closed || received_.find('\n') != std::string::npos;
+    };
+    const bool arrived = WaitUntil(lineArrived, AnswerTimeout);
+    const std::size_t end = received_.find('\n');
+    if (!arrived) {
+        return "no answer in time";
+    }
+    if (end == std::string::npos) {
+        return "ended without an answer";
+    }
+    std::string line = received_.substr(0, end);
+    received_.erase(0, end + 1);
+    return line;
+}
+
+HWND Actor::Create(const WindowSpec& spec) {
+    const std::string answer = Ask("create " + CreationWords(spec));
+    return WindowFromNumber(AnsweredNumber(SplitWords(answer, ' ').at(0)));
+}
+
+std::vector<HWND> Actor::CreateMany(int count, const WindowSpec& spec) {
+    const std::string answer = Ask("many " + std::to_string(count) + " " + CreationWords(spec));
+    std::vector<HWND> windows;
+    for (const std::string_view word : SplitWords(answer, ' ')) {
+        windows.push_back(WindowFromNumber(AnsweredNumber(word)));
+    }
+    return windows;
+}
+
+void Actor::SetTitle(HWND window, std::wstring_view title) {
+    Ask(WindowCommand("title", window) + " " + HexFromText(title));
+}
+
+void Actor::Place(HWND window, int x, int y, int width, int height) {
+    Ask(WindowCommand("place", window) + " " + std::to_string(x) + " " + std::to_string(y) + " " +
+        std::to_string(width) + " " + std::to_string(height));
+}
+
+void Actor::Show(HWND window, int showCommand) {
+    Ask(WindowCommand("show", window) + " " + std::to_string(showCommand));
+}
+
+void Actor::Minimise(HWND window) {
+    Show(window, SW_MINIMIZE);
+    if (!WaitUntil([window] { return IsIconic(window) != FALSE; })) {
+        throw std::runtime_error("the window did not minimise");
+    }
+}
+
+void Actor::Restore(HWND window) {
+    Show(window, SW_RESTORE);
+    if (!WaitUntil([window] { return IsIconic(window) == FALSE; })) {
+        throw std::runtime_error("the window did not restore");
+    }
+}
+
+void Actor::SetTopmost(HWND window, bool topmost) {
+    Ask(WindowCommand("order", window) + " " +
+        std::to_string(NumberFromWindow(topmost ? HWND_TOPMOST : HWND_NOTOPMOST)));
+}
+
+void Actor::Raise(HWND window) {
+    Ask(WindowCommand("order", window) + " " + std::to_string(NumberFromWindow(HWND_TOP)));
+}
+
+void Actor::Destroy(HWND window) {
+    Ask(WindowCommand("destroy", window));
+}
+
+bool Actor::BringToForeground(HWND window) {
+    Ask(WindowCommand("foreground", window));
+    return WaitUntil([window] { return GetForegroundWindow() == window; });
+}
+
+void Actor::Hang(std::chrono::milliseconds duration) {
+    Ask("hang " + std::to_string(duration.count()));
+}
+
+void Actor::Refuse(HWND window, bool refusing) {
+    Ask(WindowCommand("refuse", window) + (refusing ? " 1" : " 0"));
+}
+
+void Actor::DieOnRequest(HWND window, int n) {
+    Ask(WindowCommand("die", window) + " " + std::to_string(n));
+}
+
+std::vector<PositionRequest> Actor::Requests(HWND window) {
+    std::vector<PositionRequest> requests;
+    const std::string answer = Ask(WindowCommand("requests", window));
+    for (const std::string_view record : SplitWords(answer, ' ')) {
+        const std::vector<long long> n = RecordNumbers(record, 7);
+        requests.push_back({WindowFromNumber(n[0]), static_cast<int>(n[1]), static_cast<int>(n[2]),
+                            static_cast<int>(n[3]), static_cast<int>(n[4]), static_cast<UINT>(n[5]),
+                            static_cast<ULONGLONG>(n[6])});
+    }
+    return requests;
+}
+
+std::vector<InputEvent> Actor::Input(HWND window) {
+    std::vector<InputEvent> events;
+    const std::string answer = Ask(WindowCommand("input", window));
+    for (const std::string_view record : SplitWords(answer, ' ')) {
+        const std::vector<long long> n = RecordNumbers(record, 3);
+        events.push_back({static_cast<UINT>(n[0]), static_cast<int>(n[1]), static_cast<int>(n[2])});
+    }
+    return events;
+}
+
+void Actor::ForgetRecords(HWND window) {
+    Ask(WindowCommand("forget", window));
+}
+
+bool Actor::Quit(std::chrono::milliseconds timeout) {
+    Ask("quit");
+    return WaitForObject(process_.get(), timeout);
+}
+
+}  // namespace morvane::test

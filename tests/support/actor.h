@@ -1,0 +1,91 @@
+#pragma once
+
+#include <chrono>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "base/owners.h"
+#include "base/win.h"
+#include "support/actor_protocol.h"
+#include "support/wait.h"
+
+namespace morvane::test {
+
+struct WindowSpec {
+    // Registered on demand; the system's own classes such as "#32770" are taken as they are.
+    std::wstring className = L"MorvaneTestWindow";
+    std::wstring title = L"Actor window";
+    DWORD style = WS_OVERLAPPEDWINDOW;
+    DWORD exStyle = 0;
+    int x = 100;  // outer rectangle, screen pixels
+    int y = 100;
+    int width = 400;
+    int height = 300;
+    HWND owner = nullptr;                     // another window of the same actor
+    bool visible = true;                      // shown without being activated
+    COLORREF colour = RGB(0xE0, 0xE0, 0xE0);  // of the client area
+};
+
+// Owns a running window_actor.exe (MORVANE_TEST_ACTOR) and steers the windows of that other
+// process. Every call returns when the actor has carried it out; a call that the actor answers
+// with an error, or not at all within a minute, throws std::runtime_error with both lines. The
+// destructor ends the process, and all its windows with it.
+class Actor {
+public:
+    Actor();
+    Actor(Actor&&) noexcept = default;
+    Actor& operator=(Actor&&) = delete;
+    Actor(const Actor&) = delete;
+    Actor& operator=(const Actor&) = delete;
+    ~Actor();
+
+    [[nodiscard]] HWND Create(const WindowSpec& spec);
+
+    // The titles are spec.title followed by 0, 1, 2, ...
+    [[nodiscard]] std::vector<HWND> CreateMany(int count, const WindowSpec& spec);
+
+    void SetTitle(HWND window, std::wstring_view title);
+    void Place(HWND window, int x, int y, int width, int height);
+    void Show(HWND window, int showCommand);  // SW_...
+    void Hide(HWND window) { Show(window, SW_HIDE); }
+    void Minimise(HWND window);  // returns once the window is iconic
+    void Restore(HWND window);   // returns once it is not
+    void SetTopmost(HWND window, bool topmost);
+    void Raise(HWND window);  // to the top of its band, without activating it
+    void Destroy(HWND window);
+
+    // False when the window has not become the foreground window within a few seconds.
+    [[nodiscard]] bool BringToForeground(HWND window);
+
+    // Returns at once; the main thread then answers nothing for so long.
+    void Hang(std::chrono::milliseconds duration);
+
+    // The window strikes every change of its Z-order out of WM_WINDOWPOSCHANGING.
+    void Refuse(HWND window, bool refusing = true);
+
+    // The window destroys itself inside the n-th WM_WINDOWPOSCHANGING from now.
+    void DieOnRequest(HWND window, int n);
+
+    // Since the window was created or its records forgotten; readable for dead windows and while
+    // the actor hangs. Showing, minimising and ordering the window oneself is recorded as well.
+    [[nodiscard]] std::vector<PositionRequest> Requests(HWND window);
+    [[nodiscard]] std::vector<InputEvent> Input(HWND window);
+    void ForgetRecords(HWND window);
+
+    // Ends the actor politely; false when it is still running after the timeout.
+    [[nodiscard]] bool Quit(std::chrono::milliseconds timeout = DefaultTimeout);
+    [[nodiscard]] DWORD ProcessId() const { return processId_; }
+
+private:
+    std::string Ask(const std::string& command);
+    std::string ReadAnswer();
+
+    KernelHandle process_;
+    DWORD processId_ = 0;
+    FileHandle toActor_;
+    FileHandle fromActor_;
+    std::string received_;
+};
+
+}  // namespace morvane::test

@@ -1,0 +1,97 @@
+#include "support/child_process.h"
+
+#include <algorithm>
+#include <stdexcept>
+#include <string_view>
+
+namespace morvane::test {
+namespace {
+
+struct EnvironmentBlockTraits {
+    using Handle = wchar_t*;
+    static Handle Empty() noexcept { return nullptr; }
+    static void Close(Handle handle) noexcept { FreeEnvironmentStringsW(handle); }
+};
+
+bool SameVariable(std::wstring_view left, std::wstring_view right) {
+    return CompareStringOrdinal(left.data(), static_cast<int>(left.size()), right.data(),
+                                static_cast<int>(right.size()), TRUE) == CSTR_EQUAL;
+}
+
+// This process's variables with the changes applied, in the form CreateProcessW takes.
+std::wstring ChangedEnvironment(const Environment& changes) {
+    const Owner<EnvironmentBlockTraits> own(GetEnvironmentStringsW());
+    std::wstring block;
+    for (std::wstring_view entry(own.get()); !entry.empty();
+         entry = std::wstring_view(entry.data() + entry.size() + 1)) {
+        // The search starts behind the first unit: the hidden variables "=C:" begin with the sign.
+        const std::wstring_view name = entry.substr(0, entry.find(L'=', 1));
+        const bool changed = std::any_of(changes.begin(), changes.end(), [&](const auto& change) {
+            return SameVariable(change.first, name);
+        });
+        if (!changed) {
+            block.append(entry).push_back(L'\0');
+        }
+    }
+    for (const auto& [name, value] : changes) {
+        if (value) {
+            block.append(name).append(L"=").append(*value).push_back(L'\0');
+        }
+    }
+    block.push_back(L'\0');
+    return block;
+}
+
+}  // namespace
+
+ChildProcess StartProcess(const std::wstring& executable, const std::wstring& arguments,
+                          const Environment& changes, const ChildPipes& pipes) {
+    std::wstring commandLine = L"\"" + executable + L"\"";
+    if (!arguments.empty()) {
+        commandLine += L" " + arguments;
+    }
+    std::wstring environment = ChangedEnvironment(changes);
+    STARTUPINFOW start{};
+    start.cb = sizeof(start);
+    const bool redirected = pipes.input != nullptr;
+    if (redirected) {
+        start.dwFlags = STARTF_USESTDHANDLES;
+        start.hStdInput = pipes.input;
+        start.hStdOutput = pipes.output;
+        start.hStdError = GetStdHandle(STD_ERROR_HANDLE);
+    }
+    PROCESS_INFORMATION started{};
+    // Without a console of its own no console window appears among the windows under test.
+    const BOOL done =
+        CreateProcessW(executable.c_str(), commandLine.data(), nullptr, nullptr,
+                       redirected ? TRUE : FALSE, CREATE_UNICODE_ENVIRONMENT | DETACHED_PROCESS,
+                       environment.data(), nullptr, &start, &started);
+    if (done == FALSE) {
+        return {};
+    }
+    const KernelHandle thread(started.hThread);
+    return {KernelHandle(started.hProcess), started.dwProcessId};
+}
+
+std::optional<std::wstring> EnvironmentVariable(const std::wstring& name) {
+    const DWORD size = GetEnvironmentVariableW(name.c_str(), nullptr, 0);
+    if (size == 0) {
+        return std::nullopt;
+    }
+    std::wstring value(size, L'\0');
+    value.resize(GetEnvironmentVariableW(name.c_str(), value.data(), size));
+    return value;
+}
+
+std::wstring RequiredPath(const std::wstring& variable) {
+    std::optional<std::wstring> path = EnvironmentVariable(variable);
+    if (!path || path->empty()) {
+        std::string name;
+        std::transform(variable.begin(), variable.end(), std::back_inserter(name),
+                       [](wchar_t unit) { return static_cast<char>(unit); });
+        throw std::runtime_error("the environment variable " + name + " is not set");
+    }
+    return *path;
+}
+
+}  // namespace morvane::test

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "base/owners.h"
+#include "base/win.h"
+
+namespace morvane::test {
+
+// A variable without a value is taken out of the child's environment.
+using Environment = std::vector<std::pair<std::wstring, std::optional<std::wstring>>>;
+
+// The handles a child inherits as its standard input and output; both or neither.
+struct ChildPipes {
+    HANDLE input = nullptr;
+    HANDLE output = nullptr;
+};
+
+struct ChildProcess {
+    KernelHandle process;
+    DWORD id = 0;
+};
+
+// Starts an executable with the arguments as typed. The handle is empty on failure.
+[[nodiscard]] ChildProcess StartProcess(const std::wstring& executable,
+                                        const std::wstring& arguments,
+                                        const Environment& changes = {},
+                                        const ChildPipes& pipes = {});
+
+// The value of a variable of this process, or nothing.
+[[nodiscard]] std::optional<std::wstring> EnvironmentVariable(const std::wstring& name);
+
+// The path held by a variable that the test harness must set; throws std::runtime_error naming
+// the variable otherwise.
+[[nodiscard]] std::wstring RequiredPath(const std::wstring& variable);
+
+}  // namespace morvane::test

@@ -1,0 +1,165 @@
+#include "support/program.h"
+
+#include <stdexcept>
+#include <utility>
+
+#include "base/win_shell.h"
+#include "support/test_environment.h"
+#include "support/tray.h"
+#include "support/unix_command.h"
+#include "support/window_state.h"
+
+namespace morvane::test {
+namespace {
+
+constexpr const wchar_t* ControlWindowClass = L"MorvaneHiddenWindow";
+constexpr WORD ExitCommand = 1004;
+constexpr UINT TrayIconId = 1;
+constexpr std::chrono::milliseconds PoliteTimeout{3'000};
+constexpr std::chrono::milliseconds TaskbarTimeout{5'000};
+
+HWND FindControlWindow(DWORD process) {
+    HWND window = nullptr;
+    do {
+        window = FindWindowExW(HWND_MESSAGE, window, ControlWindowClass, nullptr);
+    } while (window != nullptr && ProcessOf(window) != process);
+    return window;
+}
+
+void PrepareSession() {
+    if (!DisposableProfile()) {
+        throw std::logic_error("refused: this profile is not disposable");
+    }
+    // The shell stays for as long as this process does; a session without one is asked only once.
+    static const bool taskbarReady = WaitForTaskbar(TaskbarTimeout);
+    static_cast<void>(taskbarReady);
+}
+
+void RemoveTrayIconOf(HWND window) {
+    NOTIFYICONDATAW icon{};
+    icon.cbSize = sizeof(icon);
+    icon.hWnd = window;
+    icon.uID = TrayIconId;
+    Shell_NotifyIconW(NIM_DELETE, &icon);
+}
+
+bool AnswersWithin(HWND window, UINT message, WPARAM wParam, std::chrono::milliseconds timeout) {
+    DWORD_PTR result = 0;
+    return SendMessageTimeoutW(window, message, wParam, 0, SMTO_NORMAL,
+                               static_cast<UINT>(timeout.count()), &result) != 0;
+}
+
+}  // namespace
+
+Program::Program(const std::wstring& arguments, const Environment& changes) {
+    PrepareSession();
+    ChildProcess child = StartProcess(RequiredPath(L"MORVANE_TEST_PROGRAM"), arguments, changes);
+    if (!child.process) {
+        throw std::runtime_error("the program does not start");
+    }
+    process_ = std::move(child.process);
+    processId_ = child.id;
+}
+
+Program::Program(KernelHandle process, DWORD processId)
+    : process_(std::move(process)), processId_(processId) {}
+
+Program Program::UnderLocale(const std::string& locale) {
+    PrepareSession();
+    if (FindWindowExW(HWND_MESSAGE, nullptr, ControlWindowClass, nullptr) != nullptr) {
+        throw std::runtime_error("the program runs already");
+    }
+    const std::string executable = UnixPath(RequiredPath(L"MORVANE_TEST_PROGRAM"));
+    static_cast<void>(RunUnix("LC_ALL=" + QuotedForShell(locale) + " wine " +
+                              QuotedForShell(executable) + " </dev/null >/dev/null 2>&1 &"));
+    // The host hands out no handle; the window leads to the process.
+    HWND control = nullptr;
+    static_cast<void>(WaitUntil([&control] {
+        control = FindWindowExW(HWND_MESSAGE, nullptr, ControlWindowClass, nullptr);
+        return control != nullptr;
+    }));
+    const DWORD processId = ProcessOf(control);
+    KernelHandle process(
+        OpenProcess(SYNCHRONIZE | PROCESS_TERMINATE | PROCESS_QUERY_INFORMATION, FALSE, processId));
+    if (!process) {
+        throw std::runtime_error("the program does not start under " + locale);
+    }
+    Program program(std::move(process), processId);
+    if (program.WaitForControlWindow() == nullptr) {
+        throw std::runtime_error("the program does not get ready under " + locale);
+    }
+    return program;
+}
+
+Program::~Program() {
+    if (!process_ || !IsRunning()) {
+        return;
+    }
+    const HWND control = ControlWindow();
+    if (control == nullptr || PostMessageW(control, WM_CLOSE, 0, 0) == FALSE ||
+        !WaitForExit(PoliteTimeout)) {
+        Kill();
+    }
+}
+
+std::optional<DWORD> Program::WaitForExit(std::chrono::milliseconds timeout) const {
+    DWORD exitCode = 0;
+    if (!WaitForObject(process_.get(), timeout) ||
+        GetExitCodeProcess(process_.get(), &exitCode) == FALSE) {
+        return std::nullopt;
+    }
+    return exitCode;
+}
+
+bool Program::IsRunning() const {
+    return WaitForSingleObject(process_.get(), 0) == WAIT_TIMEOUT;
+}
+
+HWND Program::ControlWindow() const {
+    return FindControlWindow(processId_);
+}
+
+HWND Program::WaitForControlWindow(std::chrono::milliseconds timeout) const {
+    HWND control = nullptr;
+    // A message sent meanwhile would be answered from inside the creation, whenever that waits for
+    // another program; the process counts as idle only once its message loop has nothing to do.
+    static_cast<void>(WaitUntil(
+        [&] {
+            control = ControlWindow();
+            return !IsRunning() || (control != nullptr && WaitForInputIdle(process_.get(), 0) == 0);
+        },
+        timeout));
+    return IsRunning() ? control : nullptr;
+}
+
+bool Program::PostCommand(WORD command) const {
+    return PostMessageW(ControlWindow(), WM_COMMAND, command, 0) != FALSE;
+}
+
+bool Program::SendCommand(WORD command, std::chrono::milliseconds timeout) const {
+    return AnswersWithin(ControlWindow(), WM_COMMAND, command, timeout);
+}
+
+std::optional<DWORD> Program::ExitByCommand() const {
+    return PostCommand(ExitCommand) ? WaitForExit() : std::nullopt;
+}
+
+std::optional<DWORD> Program::ExitByClose() const {
+    return PostMessageW(ControlWindow(), WM_CLOSE, 0, 0) != FALSE ? WaitForExit() : std::nullopt;
+}
+
+void Program::Kill() const {
+    const HWND control = ControlWindow();
+    TerminateProcess(process_.get(), 1);
+    static_cast<void>(WaitForExit(PoliteTimeout));
+    if (control != nullptr) {
+        RemoveTrayIconOf(control);
+    }
+}
+
+std::optional<DWORD> RunProgram(const std::wstring& arguments, const Environment& changes) {
+    const Program program(arguments, changes);
+    return program.WaitForExit();
+}
+
+}  // namespace morvane::test

@@ -1,0 +1,90 @@
+#include "support/screen.h"
+
+#include <algorithm>
+
+#include "base/owners.h"
+#include "support/unix_command.h"
+
+namespace morvane::test {
+namespace {
+
+struct ScreenContextTraits {
+    using Handle = HDC;
+    static Handle Empty() noexcept { return nullptr; }
+    static void Close(Handle handle) noexcept { ReleaseDC(nullptr, handle); }
+};
+using ScreenContext = Owner<ScreenContextTraits>;
+
+struct MemoryContextTraits {
+    using Handle = HDC;
+    static Handle Empty() noexcept { return nullptr; }
+    static void Close(Handle handle) noexcept { DeleteDC(handle); }
+};
+using MemoryContext = Owner<MemoryContextTraits>;
+
+struct BitmapTraits {
+    using Handle = HBITMAP;
+    static Handle Empty() noexcept { return nullptr; }
+    static void Close(Handle handle) noexcept { DeleteObject(handle); }
+};
+using Bitmap = Owner<BitmapTraits>;
+
+// A DIB stores blue, green, red, unused; a COLORREF has red in its lowest byte.
+COLORREF ColourFromDib(DWORD pixel) {
+    return RGB((pixel >> 16) & 0xFFU, (pixel >> 8) & 0xFFU, pixel & 0xFFU);
+}
+
+}  // namespace
+
+std::optional<COLORREF> PixelAt(POINT at) {
+    const ScreenContext screen(GetDC(nullptr));
+    const COLORREF colour = GetPixel(screen.get(), at.x, at.y);
+    return colour == CLR_INVALID ? std::nullopt : std::optional<COLORREF>(colour);
+}
+
+std::size_t Picture::Count(COLORREF colour) const {
+    return static_cast<std::size_t>(std::count(pixels.begin(), pixels.end(), colour));
+}
+
+Picture CaptureScreen(const RECT& part) {
+    Picture picture;
+    picture.width = part.right - part.left;
+    picture.height = part.bottom - part.top;
+    const ScreenContext screen(GetDC(nullptr));
+    const MemoryContext memory(CreateCompatibleDC(screen.get()));
+    BITMAPINFO format{};
+    format.bmiHeader.biSize = sizeof(format.bmiHeader);
+    format.bmiHeader.biWidth = picture.width;
+    // A negative height asks for the top row first.
+    format.bmiHeader.biHeight = -picture.height;
+    format.bmiHeader.biPlanes = 1;
+    format.bmiHeader.biBitCount = 32;
+    format.bmiHeader.biCompression = BI_RGB;
+    void* bits = nullptr;
+    const Bitmap bitmap(CreateDIBSection(screen.get(), &format, DIB_RGB_COLORS, &bits, nullptr, 0));
+    if (!bitmap || bits == nullptr) {
+        return {};
+    }
+    const HGDIOBJ previous = SelectObject(memory.get(), bitmap.get());
+    const BOOL copied = BitBlt(memory.get(), 0, 0, picture.width, picture.height, screen.get(),
+                               part.left, part.top, SRCCOPY);
+    GdiFlush();
+    SelectObject(memory.get(), previous);
+    if (copied == FALSE) {
+        return {};
+    }
+    const auto* first = static_cast<const DWORD*>(bits);
+    const std::size_t count =
+        static_cast<std::size_t>(picture.width) * static_cast<std::size_t>(picture.height);
+    picture.pixels.resize(count);
+    std::transform(first, first + count, picture.pixels.begin(), ColourFromDib);
+    return picture;
+}
+
+bool SaveScreenshot(const std::wstring& path) {
+    const std::string target = UnixPath(path);
+    return !target.empty() &&
+           RunUnix("import -window root png:" + QuotedForShell(target)).exitCode == 0;
+}
+
+}  // namespace morvane::test

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "base/win.h"
+
+namespace morvane::test {
+
+// One call of Shell_NotifyIconW as it reached the taskbar.
+struct TrayCall {
+    DWORD message = 0;  // NIM_ADD, NIM_MODIFY, NIM_DELETE, ...
+    HWND window = nullptr;
+    UINT id = 0;
+    UINT flags = 0;  // NIF_...
+    UINT callbackMessage = 0;
+    std::wstring tip;
+    DWORD state = 0;
+    DWORD stateMask = 0;
+    std::wstring info;
+    UINT timeout = 0;
+    std::wstring infoTitle;
+    DWORD infoFlags = 0;  // NIIF_...
+    int iconWidth = 0;    // 0 without an icon; pixels
+    int iconHeight = 0;
+};
+
+// Stands in for the taskbar of the session while it lives: programs that add, change or remove
+// tray icons talk to it instead of the shell, which sees none of it. Works from a thread of its
+// own, so that the test may block. Made for the form in which Wine 8 hands the calls on; cbSize,
+// the GUID and the picture's bits are not kept. One at a time; throws std::runtime_error when the
+// stand-in cannot be made.
+class TrayRecorder {
+public:
+    TrayRecorder();
+    TrayRecorder(const TrayRecorder&) = delete;
+    TrayRecorder& operator=(const TrayRecorder&) = delete;
+    TrayRecorder(TrayRecorder&&) = delete;
+    TrayRecorder& operator=(TrayRecorder&&) = delete;
+    ~TrayRecorder();
+
+    // All calls so far, oldest first.
+    [[nodiscard]] std::vector<TrayCall> Calls() const;
+    void Forget();
+
+    // The next calls fail: Shell_NotifyIconW returns FALSE. They are recorded all the same.
+    void RefuseNext(int count);
+
+    struct Shared;
+
+private:
+    std::unique_ptr<Shared> shared_;
+};
+
+}  // namespace morvane::test

@@ -1,0 +1,72 @@
+#include <gtest/gtest.h>
+#include <string>
+
+#include "shell/data_folder.h"
+#include "shell/remove_tree.h"
+#include "unit/printed.h"
+
+namespace morvane::test {
+
+namespace {
+
+TEST(VerbatimPath, PutsThePrefixBeforeAnAbsolutePath) {
+    struct Case {
+        std::wstring path;
+        std::wstring verbatim;
+    };
+    const Case cases[] = {
+        {L"C:\\", L"\\\\?\\C:\\"},
+        {L"C:\\a", L"\\\\?\\C:\\a"},
+        {L"C:\\a b\\c. ", L"\\\\?\\C:\\a b\\c. "},
+        {L"C:\\" + std::wstring(300, L'x'), L"\\\\?\\C:\\" + std::wstring(300, L'x')},
+        {L"C:\\\u7A93", L"\\\\?\\C:\\\u7A93"},
+        {L"\\\\server\\share\\a", L"\\\\?\\UNC\\server\\share\\a"},
+        {L"\\\\s", L"\\\\?\\UNC\\s"},
+        // What has the prefix keeps it as it is.
+        {L"\\\\?\\C:\\a", L"\\\\?\\C:\\a"},
+        {L"\\\\?\\UNC\\server\\share", L"\\\\?\\UNC\\server\\share"},
+        {L"\\\\?\\", L"\\\\?\\"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(Printed(c.path));
+        EXPECT_EQ(Printed(VerbatimPath(c.path)), Printed(c.verbatim));
+        EXPECT_EQ(Printed(VerbatimPath(VerbatimPath(c.path))), Printed(c.verbatim));
+    }
+}
+
+// Of folders that do not exist; that a link is refused takes a link.
+TEST(IsOwnDataFolder, AsksForTheNameOfTheLastFolder) {
+    struct Case {
+        std::wstring_view path;
+        bool own;
+    };
+    constexpr Case Cases[] = {
+        {L"", false},
+        {L"Morvane", true},
+        {L"C:\\missing\\Morvane", true},
+        {L"C:\\missing\\mORVANE", true},
+        {L"C:/missing/Morvane", true},
+        {L"C:\\missing/Morvane", true},
+        {L"C:/missing\\Morvane", true},
+        {L"\\Morvane", true},
+        {L"C:\\missing\\Morvane\\", false},
+        {L"C:\\missing\\Morvane/", false},
+        {L"C:\\missing\\Morvane\\x", false},
+        {L"C:\\missing\\Morvane ", false},
+        {L"C:\\missing\\Morvane2", false},
+        {L"C:\\missing\\xMorvane", false},
+        {L"C:\\missing\\Morvan", false},
+        {L"C:\\missing\\Morv\u00E4ne", false},
+        {L"C:\\missing", false},
+        {L"C:\\", false},
+        {L"C:Morvane", false},
+    };
+    for (const Case& c : Cases) {
+        SCOPED_TRACE(Printed(c.path));
+        EXPECT_EQ(IsOwnDataFolder(c.path), c.own);
+    }
+}
+
+}  // namespace
+
+}  // namespace morvane::test

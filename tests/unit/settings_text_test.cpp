@@ -1,0 +1,288 @@
+#include "settings/settings_text.h"
+
+#include <cstdint>
+#include <gtest/gtest.h>
+#include <limits>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "settings/text.h"
+#include "unit/printed.h"
+
+namespace morvane::test {
+
+namespace {
+
+using namespace std::string_view_literals;
+
+constexpr std::string_view Comments =
+    "# Morvane config (UTF-8)\n"
+    "# One entry per line: pattern [min_width min_height]\n"
+    "# pattern = title substring (case-insensitive). 0 = no resize.\n"
+    "# Example: Visual Studio Code\t1280\t720\n";
+
+std::string WithComments(std::string_view rest) {
+    return std::string(Comments).append(rest);
+}
+
+std::vector<PinEntry> NumberedEntries(int count) {
+    std::vector<PinEntry> entries;
+    for (int number = 1; number <= count; ++number) {
+        entries.push_back({L"entry" + FormatInteger(number), 0, 0});
+    }
+    return entries;
+}
+
+std::string NumberedLines(int count) {
+    std::string lines;
+    for (int number = 1; number <= count; ++number) {
+        lines += "entry" + std::to_string(number) + '\n';
+    }
+    return lines;
+}
+
+struct DocumentCase {
+    std::string_view bytes;
+    PinList list;
+};
+
+void ExpectList(const DocumentCase& c) {
+    SCOPED_TRACE(Printed(c.bytes));
+    EXPECT_EQ(Printed(ParseSettingsText(c.bytes)), Printed(c.list));
+}
+
+TEST(ParseSettingsText, GivesTheDefaultListForTextWithoutEntries) {
+    const std::string_view documents[] = {
+        "",
+        "\n",
+        "\n\n\n",
+        "\r",
+        "\r\n",
+        "\r\n\r\n",
+        "\r\r\n",
+        " \t \n\v\f\r\n",
+        "#",
+        "#\n",
+        "# only\n# comments\r\n#",
+        "#@pinning=0\n",
+        "# @pinning=0\n#notepad",
+        "\xE3\x80\x80\n",
+        Comments,
+    };
+    for (const std::string_view bytes : documents) {
+        ExpectList({bytes, {true, {}}});
+    }
+}
+
+TEST(ParseSettingsText, CutsLinesAtLineFeeds) {
+    const DocumentCase cases[] = {
+        {"a", {true, {{L"a"}}}},
+        {"a\n", {true, {{L"a"}}}},
+        {"a\nb", {true, {{L"a"}, {L"b"}}}},
+        {"\n\na\n\n\nb\n\n", {true, {{L"a"}, {L"b"}}}},
+        {"a\r\nb\r\n", {true, {{L"a"}, {L"b"}}}},
+        {"a\r\nb\r", {true, {{L"a"}, {L"b"}}}},
+        {"a\nb\r\nc", {true, {{L"a"}, {L"b"}, {L"c"}}}},
+        {"a\rb\n", {true, {{L"a\rb"}}}},  // a CR inside a line ends nothing
+        {"a\rb\rc\r", {true, {{L"a\rb\rc"}}}},
+        {"\ra\n", {true, {{L"a"}}}},
+        {"a\vb\fc\n", {true, {{L"a\vb\fc"}}}},
+        {"a 5 6\r\nb\t7\t8\r\n", {true, {{L"a", 5, 6}, {L"b", 7, 8}}}},
+    };
+    for (const DocumentCase& c : cases) {
+        ExpectList(c);
+    }
+}
+
+TEST(ParseSettingsText, TellsCommentsByTheFirstByteAlone) {
+    const DocumentCase cases[] = {
+        {"# note\na\n", {true, {{L"a"}}}},
+        {"#a\n##b\n#\nc", {true, {{L"c"}}}},
+        {"  # note\n", {true, {{L"# note"}}}},
+        {"\t#note\n", {true, {{L"#note"}}}},
+        {"\r#note\n", {true, {{L"#note"}}}},
+        {"\xE3\x80\x80#note\n", {true, {{L"#note"}}}},
+        {"a # b\n", {true, {{L"a # b"}}}},
+        {"a\t1\t2 # b\n", {true, {{L"a\t1\t2 # b"}}}},
+        {"# a\rb\n", {true, {}}},
+    };
+    for (const DocumentCase& c : cases) {
+        ExpectList(c);
+    }
+}
+
+TEST(ParseSettingsText, TakesTheLastSwitchLineWhereverItStands) {
+    const DocumentCase cases[] = {
+        {"@pinning=0", {false, {}}},
+        {"@pinning=0\n", {false, {}}},
+        {"@PINNING=False\r\n", {false, {}}},
+        {" @pinning= off \n", {false, {}}},
+        {"a\n@pinning=0\nb\n", {false, {{L"a"}, {L"b"}}}},
+        {"a\nb\n@pinning=0", {false, {{L"a"}, {L"b"}}}},
+        {"@pinning=0\n@pinning=1\n", {true, {}}},
+        {"@pinning=1\na\n@pinning=off\n", {false, {{L"a"}}}},
+        {"@pinning=0\n@pinning=\n", {false, {{L"@pinning="}}}},
+        {"@pinning=0\n@pinning = 1\n", {false, {{L"@pinning = 1"}}}},
+        {"@pinning=0\n#@pinning=1\n", {false, {}}},
+        {"@pinning=0 5 6\n", {true, {}}},
+    };
+    for (const DocumentCase& c : cases) {
+        ExpectList(c);
+    }
+}
+
+TEST(ParseSettingsText, KeepsOrderAndDuplicates) {
+    ExpectList({"b\na\nB\nb\nb 1 2\n", {true, {{L"b"}, {L"a"}, {L"B"}, {L"b"}, {L"b", 1, 2}}}});
+}
+
+TEST(ParseSettingsText, ReadsUtf8) {
+    ExpectList({"\xC3\xA9t\xC3\xA9 5 6\n\xE7\xAA\x93\n\xF0\x9F\x98\x80\t7\t8",
+                {true, {{L"\u00E9t\u00E9", 5, 6}, {L"\u7A93"}, {L"\U0001F600", 7, 8}}}});
+}
+
+// The mark is trimmed only where the platform classes it as white space.
+TEST(ParseSettingsText, DoesNotRecogniseAByteOrderMark) {
+    const std::wstring mark = IsWhiteSpace(L'\uFEFF') ? L"" : L"\uFEFF";
+    ExpectList({"\xEF\xBB\xBF# note\n@pinning=0\na\n", {false, {{mark + L"# note"}, {L"a"}}}});
+    if (!mark.empty()) {
+        ExpectList({"\xEF\xBB\xBF@pinning=0\n", {true, {{mark + L"@pinning=0"}}}});
+        ExpectList({"\xEF\xBB\xBF", {true, {{mark}}}});
+        EXPECT_EQ(FormatSettingsText(ParseSettingsText("\xEF\xBB\xBF# note")),
+                  WithComments("@pinning=1\n\xEF\xBB\xBF# note\n"));
+    }
+}
+
+TEST(ParseSettingsText, TakesAHundredEntries) {
+    ASSERT_EQ(MaxPinEntries, 100U);
+    for (const int count : {99, 100, 101, 102, 250}) {
+        SCOPED_TRACE(count);
+        EXPECT_EQ(Printed(ParseSettingsText(NumberedLines(count))),
+                  Printed({true, NumberedEntries(count < 100 ? count : 100)}));
+    }
+}
+
+TEST(ParseSettingsText, HonoursASwitchLineBehindTheLastEntryTaken) {
+    EXPECT_EQ(Printed(ParseSettingsText(NumberedLines(100) + "@pinning=0")),
+              Printed({false, NumberedEntries(100)}));
+    EXPECT_EQ(Printed(ParseSettingsText("@pinning=off\n" + NumberedLines(150) + "@pinning=on\n")),
+              Printed({true, NumberedEntries(100)}));
+}
+
+TEST(ParseSettingsText, CountsEntriesOnlyTowardsTheLimit) {
+    std::string document;
+    for (int number = 1; number <= 100; ++number) {
+        document += "# comment\n\n  \r\n@pinning=0\nentry" + std::to_string(number) + '\n';
+    }
+    EXPECT_EQ(Printed(ParseSettingsText(document)), Printed({false, NumberedEntries(100)}));
+}
+
+TEST(FormatSettingsText, WritesFiveHeaderLinesForTheDefaultList) {
+    EXPECT_EQ(FormatSettingsText({}), WithComments("@pinning=1\n"));
+}
+
+TEST(FormatSettingsText, WritesTheExampleByteForByte) {
+    EXPECT_EQ(FormatSettingsText({false, {{L"notepad"}, {L"Visual Studio Code", 1280, 720}}}),
+              "# Morvane config (UTF-8)\n"
+              "# One entry per line: pattern [min_width min_height]\n"
+              "# pattern = title substring (case-insensitive). 0 = no resize.\n"
+              "# Example: Visual Studio Code\t1280\t720\n"
+              "@pinning=0\n"
+              "notepad\n"
+              "Visual Studio Code\t1280\t720\n");
+}
+
+TEST(FormatSettingsText, WritesOneLinePerEntry) {
+    struct Case {
+        PinEntry entry;
+        std::string_view line;
+    };
+    constexpr std::int32_t Lowest = std::numeric_limits<std::int32_t>::min();
+    constexpr std::int32_t Highest = std::numeric_limits<std::int32_t>::max();
+    const Case cases[] = {
+        {{L"Notes", 0, 0}, "Notes\n"},
+        {{L"Notes", 0, 600}, "Notes\t0\t600\n"},
+        {{L"Notes", 600, 0}, "Notes\t600\t0\n"},
+        {{L"Notes", 1, 1}, "Notes\t1\t1\n"},
+        {{L"Notes", 8192, 8192}, "Notes\t8192\t8192\n"},
+        // Sizes that only a list made otherwise can hold.
+        {{L"Notes", -5, -6}, "Notes\n"},
+        {{L"Notes", -5, 0}, "Notes\n"},
+        {{L"Notes", -5, 10}, "Notes\t-5\t10\n"},
+        {{L"Notes", 10, -5}, "Notes\t10\t-5\n"},
+        {{L"Notes", Lowest, Highest}, "Notes\t-2147483648\t2147483647\n"},
+        {{L"\u00E9 \u7A93 \U0001F600", 5, 6}, "\xC3\xA9 \xE7\xAA\x93 \xF0\x9F\x98\x80\t5\t6\n"},
+        {{L"\xD83D", 0, 0}, "\xEF\xBF\xBD\n"},
+        // No quoting and no escaping.
+        {{L"#general", 0, 0}, "#general\n"},
+        {{L"\"a\\b\"", 0, 0}, "\"a\\b\"\n"},
+        {{L" a\tb ", 0, 0}, " a\tb \n"},
+        {{L"a\r\nb", 5, 6}, "a\r\nb\t5\t6\n"},
+        {{L"@pinning=0", 0, 0}, "@pinning=0\n"},
+        {{std::wstring(L"a\0b"sv), 0, 0}, "a\0b\n"sv},
+        {{L"", 0, 0}, "\n"},
+        {{L"", 5, 6}, "\t5\t6\n"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(Printed(c.entry));
+        EXPECT_EQ(Printed(FormatSettingsText({true, {c.entry}})),
+                  Printed(WithComments("@pinning=1\n").append(c.line)));
+    }
+}
+
+TEST(FormatSettingsText, WritesAllEntriesOfALongerListInOrder) {
+    EXPECT_EQ(FormatSettingsText({false, NumberedEntries(150)}),
+              WithComments("@pinning=0\n") + NumberedLines(150));
+}
+
+TEST(SettingsText, IsNormalisedByReadingAndWriting) {
+    const std::string document =
+        "# my own comment\r\n"
+        "\r\n"
+        "@PINNING = 0\r\n"
+        "@Pinning= FALSE\r\n"
+        "  notepad  \r\n"
+        "Visual Studio Code   1280    0720\r\n"
+        "Foo 0 0\r\n"
+        "Wide\t99999\t0\r\n" +
+        std::string(600, 'x') + "\r\n  # note";
+    EXPECT_EQ(FormatSettingsText(ParseSettingsText(document)),
+              WithComments("@pinning=0\n"
+                           "@PINNING = 0\n"
+                           "notepad\n"
+                           "Visual Studio Code\t1280\t720\n"
+                           "Foo\n"
+                           "Wide\t8192\t0\n") +
+                  std::string(512, 'x') + "\n# note\n");
+}
+
+// The format has no escape: what a pattern says in its own line is what the next reading takes.
+TEST(SettingsText, DoesNotKeepPatternsThatReadAsSomethingElse) {
+    struct Case {
+        PinEntry written;
+        PinList read;
+    };
+    const Case cases[] = {
+        {{L"#general", 5, 6}, {true, {}}},
+        {{L"Foo\t5\t6", 0, 0}, {true, {{L"Foo", 5, 6}}}},
+        {{L"Foo 5 6", 0, 0}, {true, {{L"Foo", 5, 6}}}},
+        {{L"Foo 5 6", 7, 8}, {true, {{L"Foo 5 6", 7, 8}}}},
+        {{L"  Foo \t", 0, 0}, {true, {{L"Foo"}}}},
+        {{L" \t ", 0, 0}, {true, {}}},
+        {{L"@pinning=0", 0, 0}, {false, {}}},
+        {{L"@pinning=0", 5, 6}, {true, {}}},
+        {{L"a\nb", 5, 6}, {true, {{L"a"}, {L"b", 5, 6}}}},
+        {{L"a\xD83D", 0, 0}, {true, {{L"a\uFFFD"}}}},
+        {{L"Foo", 10000, 1}, {true, {{L"Foo", 8192, 1}}}},
+        {{L"Foo", -5, 1}, {true, {{L"Foo\t-5\t1"}}}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(Printed(c.written));
+        EXPECT_EQ(Printed(ParseSettingsText(FormatSettingsText({true, {c.written}}))),
+                  Printed(c.read));
+    }
+}
+
+}  // namespace
+
+}  // namespace morvane::test
