@@ -1,0 +1,116 @@
+// Windows that hang, die, refuse or come in crowds.
+
+#include <algorithm>
+
+#include "program/scene.h"
+
+namespace morvane::test {
+namespace {
+
+using namespace std::chrono_literals;
+
+using TroubledWindowsTest = ProgramTest;
+
+TEST_F(TroubledWindowsTest, PassesGoOnAfterAWindowHung) {
+    ASSERT_TRUE(WriteSettings("Target\n"));
+    Actor hanging;
+    Actor healthy;
+    const HWND stuck = hanging.Create({.title = L"Target that hangs"});
+    const Program program = StartedProgram();
+    ASSERT_TRUE(BecomesTopmost(stuck));
+    hanging.Hang(1500ms);
+    const HWND later = healthy.Create({.title = L"Target that comes later"});
+    EXPECT_TRUE(BecomesTopmost(later));
+    const std::size_t before = TopmostRequests(hanging, stuck);
+    EXPECT_TRUE(WaitUntil([&] { return TopmostRequests(hanging, stuck) > before; }));
+    EXPECT_EQ(program.ExitByCommand(), 0U);
+    EXPECT_FALSE(IsTopmost(stuck));
+    EXPECT_FALSE(IsTopmost(later));
+}
+
+TEST_F(TroubledWindowsTest, ExitWaitsForAHungWindowAndReleasesIt) {
+    ASSERT_TRUE(WriteSettings("Target\n"));
+    Actor hanging;
+    const HWND stuck = hanging.Create({.title = L"Target"});
+    const Program program = StartedProgram();
+    ASSERT_TRUE(BecomesTopmost(stuck));
+    hanging.Hang(1000ms);
+    EXPECT_EQ(program.ExitByCommand(), 0U);
+    EXPECT_TRUE(BecomesOrdinary(stuck));
+}
+
+TEST_F(TroubledWindowsTest, WindowThatDiesWhileItIsPinnedDisturbsNoOther) {
+    ASSERT_TRUE(WriteSettings("Target\n"));
+    Actor actor;
+    std::vector<HWND> windows = actor.CreateMany(5, {.title = L"Target "});
+    actor.DieOnRequest(windows[1], 1);
+    actor.DieOnRequest(windows[3], 2);
+    const Program program = StartedProgram();
+    EXPECT_TRUE(WaitUntil([&] { return IsWindow(windows[1]) == FALSE; }));
+    EXPECT_TRUE(WaitUntil([&] { return IsWindow(windows[3]) == FALSE; }));
+    for (const std::size_t i : {0U, 2U, 4U}) {
+        EXPECT_TRUE(BecomesTopmost(windows[i])) << i;
+    }
+    EXPECT_EQ(program.ExitByCommand(), 0U);
+    for (const std::size_t i : {0U, 2U, 4U}) {
+        EXPECT_FALSE(IsTopmost(windows[i])) << i;
+    }
+}
+
+TEST_F(TroubledWindowsTest, WindowThatRefusesIsAskedAgainAtEveryPass) {
+    ASSERT_TRUE(WriteSettings("Target\n"));
+    Actor actor;
+    const HWND refusing = actor.Create({.title = L"Target"});
+    actor.Refuse(refusing);
+    const Program program = StartedProgram();
+    EXPECT_TRUE(WaitUntil([&] { return TopmostRequests(actor, refusing) >= 3; }));
+    EXPECT_FALSE(IsTopmost(refusing));
+    actor.Refuse(refusing, false);
+    EXPECT_TRUE(BecomesTopmost(refusing));
+}
+
+TEST_F(TroubledWindowsTest, ProcessThatIsKilledDisturbsNothing) {
+    ASSERT_TRUE(WriteSettings("Target\n"));
+    const Program program = StartedProgram();
+    for (int round = 0; round < 3; ++round) {
+        Actor actor;
+        EXPECT_TRUE(BecomesTopmost(actor.Create({.title = L"Target"}))) << round;
+    }
+    EXPECT_EQ(program.ExitByCommand(), 0U);
+}
+
+TEST_F(TroubledWindowsTest, RestartedProgramIsPinnedAgain) {
+    ASSERT_TRUE(WriteSettings("Target\n"));
+    const Program program = StartedProgram();
+    {
+        Actor actor;
+        ASSERT_TRUE(BecomesTopmost(actor.Create({.title = L"Target"})));
+        ASSERT_TRUE(actor.Quit());
+    }
+    Actor actor;
+    EXPECT_TRUE(BecomesTopmost(actor.Create({.title = L"Target"})));
+}
+
+TEST_F(TroubledWindowsTest, CrowdOfWindowsIsPinnedAndReleased) {
+    ASSERT_TRUE(WriteSettings("crowd\n"));
+    Actor actor;
+    const std::vector<HWND> crowd = actor.CreateMany(64, {.title = L"Crowd "});
+    const std::vector<HWND> others = actor.CreateMany(16, {.title = L"Passer-by "});
+    const auto topmost = [](const std::vector<HWND>& windows) {
+        return std::count_if(windows.begin(), windows.end(), IsTopmost);
+    };
+    const Program program = StartedProgram();
+    EXPECT_TRUE(WaitUntil([&] { return topmost(crowd) == 64; }));
+    EXPECT_EQ(topmost(others), 0);
+    EXPECT_TRUE(program.SendCommand(AlwaysOnTopCommand));
+    // A sent command may come in the middle of a pass, which then ends before the next sets it
+    // right.
+    EXPECT_TRUE(WaitUntil([&] { return topmost(crowd) == 0; }));
+    EXPECT_TRUE(program.SendCommand(AlwaysOnTopCommand));
+    EXPECT_TRUE(WaitUntil([&] { return topmost(crowd) == 64; }));
+    EXPECT_EQ(program.ExitByCommand(), 0U);
+    EXPECT_EQ(topmost(crowd), 0);
+}
+
+}  // namespace
+}  // namespace morvane::test
