@@ -7,6 +7,7 @@
 #include "base/owners.h"
 #include "base/win.h"
 #include "i18n/language.h"
+#include "pin/enforcement.h"
 #include "shell/data_removal.h"
 #include "shell/startup_shortcut.h"
 
@@ -53,6 +54,9 @@ ExitCode RunInstance() {
         return ExitWindowFailed;
     }
     RunMessageLoop();
+    // Nothing is left to release, unless the window was destroyed by a message that another program
+    // sent while a pass waited for a window: the rest of that pass has then pinned again.
+    ReleaseAll();
     return ExitSuccess;
 }
 
