@@ -1,8 +1,8 @@
 #include "app/commands.h"
 
 #include <algorithm>
-#include <array>
 #include <cstddef>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -47,11 +47,11 @@ void ToggleStartWithWindows(HWND /*controlWindow*/) {
         RemoveStartupShortcut();
         // Announced also when the removal has failed: deliberate. The check mark of the next menu
         // shows what is true.
-        ShowBalloon(GetText(StrAppName), GetText(StrStartupDisabled), BalloonKind::BalloonInfo);
+        ShowBalloon(GetText(StrAppName), GetText(StrStartupDisabled), BalloonInfo);
     } else if (InstallStartupShortcut()) {
-        ShowBalloon(GetText(StrAppName), GetText(StrStartupEnabled), BalloonKind::BalloonInfo);
+        ShowBalloon(GetText(StrAppName), GetText(StrStartupEnabled), BalloonInfo);
     } else {
-        ShowBalloon(GetText(StrAppName), GetText(StrStartupFailed), BalloonKind::BalloonWarning);
+        ShowBalloon(GetText(StrAppName), GetText(StrStartupFailed), BalloonWarning);
     }
 }
 
@@ -60,13 +60,13 @@ struct Command {
     void (*action)(HWND controlWindow);
 };
 
-constexpr std::array Commands = {
-    Command{CmdApplyNow, ApplyNow},
-    Command{CmdAlwaysOnTop, ToggleAlwaysOnTop},
-    Command{CmdOpenSettings, OpenSettingsFile},
-    Command{CmdExit, Exit},
-    Command{CmdMinSizeActive, PinActiveWindowAtItsSize},
-    Command{CmdStartWithWindows, ToggleStartWithWindows},
+constexpr Command Commands[] = {
+    {CmdApplyNow, ApplyNow},
+    {CmdAlwaysOnTop, ToggleAlwaysOnTop},
+    {CmdOpenSettings, OpenSettingsFile},
+    {CmdExit, Exit},
+    {CmdMinSizeActive, PinActiveWindowAtItsSize},
+    {CmdStartWithWindows, ToggleStartWithWindows},
 };
 
 // The windows are enumerated again before the row is looked up; a "(min size)" command uses the
@@ -101,9 +101,9 @@ void RunCommand(HWND controlWindow, UINT command) {
         PinRowAtItsSize(minSizeRow);
         return;
     }
-    const auto* const known = std::find_if(Commands.begin(), Commands.end(),
+    const auto* const known = std::find_if(std::begin(Commands), std::end(Commands),
                                            [&](const Command& c) { return c.id == command; });
-    if (known != Commands.end()) {
+    if (known != std::end(Commands)) {
         known->action(controlWindow);
     }
 }

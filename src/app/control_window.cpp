@@ -30,8 +30,9 @@ void RunPass() {
 LRESULT OnCreate(HWND window) {
     Engine().ownClassName = ControlWindowClass;
     RefreshEngineBinding();
-    // A settings file that cannot be written is one that cannot be read: the default list serves.
+    // Without a file the default list serves.
     static_cast<void>(EnsureSettingsFile());
+    // Bound again, because making sure of the file may have taken a while.
     RefreshEngineBinding();
     ReloadSettings();
     // Without a timer the program still enforces on every command.
@@ -65,6 +66,8 @@ LRESULT OnCommand(HWND window, WPARAM wParam) {
     return 0;
 }
 
+// Nothing listens for a new task bar, for changed settings or for the end of the session: a
+// message-only window receives no broadcasts. An icon that is lost with its task bar stays lost.
 LRESULT CALLBACK ControlWindowProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
     switch (message) {
         case WM_CREATE:

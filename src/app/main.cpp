@@ -27,14 +27,18 @@ ExitCode RunSwitch(StartMode mode) {
     switch (mode) {
         case StartMode::InstallStartup:
             return ExitCodeOf(InstallStartupShortcut());
-        case StartMode::RemoveData:
-            return ExitCodeOf(RemoveAllData());
-        default:
+        case StartMode::RemoveStartup:
             RemoveStartupShortcut();
             return ExitSuccess;
+        case StartMode::RemoveData:
+            return ExitCodeOf(RemoveAllData());
+        case StartMode::Run:
+            break;
     }
+    return ExitSuccess;
 }
 
+// Ends with the quit message, whose parameter is not the exit code, or with an error.
 void RunMessageLoop() {
     MSG message{};
     while (GetMessageW(&message, nullptr, 0, 0) > 0) {
@@ -50,18 +54,21 @@ ExitCode RunInstance() {
     }
     // Stored only now, although the window has lived through its creation handling already.
     process.controlWindow = CreateControlWindow(process.instance);
-    if (process.controlWindow == nullptr) {
-        return ExitWindowFailed;
+    const bool created = process.controlWindow != nullptr;
+    if (created) {
+        RunMessageLoop();
     }
-    RunMessageLoop();
     // Nothing is left to release, unless the window was destroyed by a message that another program
     // sent while a pass waited for a window: the rest of that pass has then pinned again.
     ReleaseAll();
-    return ExitSuccess;
+    return created ? ExitSuccess : ExitWindowFailed;
 }
 
 ExitCode Main(HINSTANCE instance, const wchar_t* arguments) {
     Process().instance = instance;
+    // Libraries that are loaded from here on, the shell's among them, come from the system folder:
+    // a file of the same name beside a portable program is not looked at.
+    SetDefaultDllDirectories(LOAD_LIBRARY_SEARCH_SYSTEM32);
     InitLanguage();
     const std::wstring commandLine = arguments != nullptr ? arguments : L"";
 

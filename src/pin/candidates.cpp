@@ -1,6 +1,7 @@
 #include "pin/candidates.h"
 
 #include <algorithm>
+#include <optional>
 
 #include "app/process.h"
 #include "pin/engine.h"
@@ -20,6 +21,8 @@ struct MenuState {
 
 MenuState menuState;
 
+// By class alone: the handle adds nothing, since the control window is message-only and is not met
+// among the top-level windows.
 bool IsOfControlWindowClass(HWND window) {
     return ReadClassName(window).View() == ControlWindowClass;
 }

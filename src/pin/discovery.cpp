@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 
 #include "pin/engine.h"
 #include "pin/identity.h"
@@ -24,6 +25,8 @@ constexpr std::array<std::wstring_view, 6> ProtectedTitleList = {
 
 bool IsOwnWindow(HWND window) {
     const PinEngine& engine = Engine();
+    // Two empty names count as equal too: a window whose class cannot be read is left alone as long
+    // as the engine has no class of its own.
     return ReadClassName(window).View() == engine.ownClassName || window == engine.ownWindow;
 }
 
@@ -33,6 +36,8 @@ bool IsProtectedSystemDialog(std::wstring_view title, std::wstring_view classNam
                        [&](std::wstring_view text) { return PatternMatches(title, text); });
 }
 
+// Nothing else is asked: tool windows, windows on other desktops and minimised ones are pinned like
+// any other when a pattern names them.
 bool IsEligibleWindow(HWND window) {
     if (IsWindowVisible(window) == FALSE || HasOwner(window) || IsOwnWindow(window)) {
         return false;
@@ -41,6 +46,13 @@ bool IsEligibleWindow(HWND window) {
     return title.length > 0 &&
            !IsProtectedSystemDialog(title.View(), ReadClassName(window).View()) &&
            FindBestEntry(Engine().pinList, title.View()) != nullptr;
+}
+
+bool IsPinnedBefore(const MatchedWindow& a, const MatchedWindow& b) {
+    if (a.entryIndex != b.entryIndex) {
+        return a.entryIndex > b.entryIndex;
+    }
+    return reinterpret_cast<std::uintptr_t>(a.window) < reinterpret_cast<std::uintptr_t>(b.window);
 }
 
 std::vector<MatchedWindow> CollectMatchedWindows() {

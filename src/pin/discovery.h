@@ -15,6 +15,10 @@ struct MatchedWindow {
     std::int32_t entryIndex = 0;
 };
 
+// The order of a pass, lowest priority first, because each topmost request puts its window above
+// all earlier ones: by entry index downwards, then by handle upwards as an unsigned number.
+[[nodiscard]] bool IsPinnedBefore(const MatchedWindow& a, const MatchedWindow& b);
+
 // The control window, or any window of the engine's own class.
 [[nodiscard]] bool IsOwnWindow(HWND window);
 

@@ -1,8 +1,8 @@
 #include "pin/enforcement.h"
 
 #include <algorithm>
-#include <cstdint>
 #include <iterator>
+#include <optional>
 #include <vector>
 
 #include "pin/discovery.h"
@@ -20,14 +20,6 @@ namespace {
 // price of waiting for a window that hangs.
 constexpr UINT ZOrderOnly = SWP_NOSIZE | SWP_NOMOVE | SWP_NOACTIVATE | SWP_SHOWWINDOW;
 constexpr UINT SizeOnly = SWP_NOZORDER | SWP_NOACTIVATE | SWP_SHOWWINDOW;
-
-// Lowest priority first: each topmost request puts its window above all earlier ones.
-bool IsPinnedBefore(const MatchedWindow& a, const MatchedWindow& b) {
-    if (a.entryIndex != b.entryIndex) {
-        return a.entryIndex > b.entryIndex;
-    }
-    return reinterpret_cast<std::uintptr_t>(a.window) < reinterpret_cast<std::uintptr_t>(b.window);
-}
 
 void EnforceMinSize(HWND window, const PinEntry& entry) {
     if (IsWindow(window) == FALSE || IsIconic(window) != FALSE) {

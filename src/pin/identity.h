@@ -2,7 +2,6 @@
 
 // Window identity: which entry of a list a window title belongs to. Pure functions.
 
-#include <cstddef>
 #include <cstdint>
 #include <string_view>
 

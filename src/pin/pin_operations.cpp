@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -30,7 +31,7 @@ void AppendEntry(std::wstring_view title, std::int32_t minWidth, std::int32_t mi
 }
 
 void Warn(StringId text) {
-    ShowBalloon(GetText(StrAppName), GetText(text), BalloonKind::BalloonWarning);
+    ShowBalloon(GetText(StrAppName), GetText(text), BalloonWarning);
 }
 
 // The window's frame when it has a size that can be recorded.
@@ -49,6 +50,7 @@ std::optional<RECT> ReadRecordableFrame(HWND window) {
 
 void AddWindow(std::wstring_view title) {
     const std::vector<PinEntry>& entries = Engine().pinList.entries;
+    // Silent also when the list is full: only the measuring command reports that.
     if (title.empty() || IsListFull() ||
         std::any_of(entries.begin(), entries.end(), [&](const PinEntry& entry) {
             return PatternEquals(entry.pattern, title);
@@ -96,6 +98,8 @@ void ToggleWindow(std::wstring_view title) {
         AddWindow(title);
         ApplyAll();
     } else {
+        // The entry that identifies the title, which may be a shorter pattern typed by hand and may
+        // identify other windows as well.
         RemoveEntry(static_cast<std::size_t>(index));
     }
 }
@@ -121,7 +125,7 @@ void PinWindowAtCurrentSize(HWND window) {
     // The measured size, also where a larger one than can be stored was cut. Accepted.
     ShowBalloon(GetText(StrAppName),
                 FormatText(StrMinSizeSet, FormatSize(Width(*frame), Height(*frame))),
-                BalloonKind::BalloonInfo);
+                BalloonInfo);
 }
 
 void SetPinning(bool on) {

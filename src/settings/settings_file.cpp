@@ -11,8 +11,8 @@ namespace morvane {
 
 namespace {
 
-// Nobody is locked out: an editor may hold the file open, save it, or put another in its place
-// while the program reads or rewrites it.
+// Nobody is locked out: an editor may hold the file open, save it, rename it or delete it while
+// the program reads or rewrites it.
 constexpr DWORD FullSharing = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 
 // ReadFile and WriteFile count in 32 bits; larger transfers go in steps.
@@ -26,6 +26,7 @@ FileHandle OpenFile(const std::wstring& path, DWORD access, DWORD disposition) {
 // All bytes up to the end as it stands when it is reached; a failing read ends the text there.
 std::string ReadToEnd(HANDLE file) {
     constexpr std::size_t SmallestStep = 4096;
+    // Only a hint for the first step: without it, or when the file grows, the loop goes on.
     LARGE_INTEGER size{};
     GetFileSizeEx(file, &size);
     std::string bytes;
@@ -72,9 +73,12 @@ PinList ReadSettingsFile(const std::wstring& path) {
 
 bool WriteSettingsFile(const std::wstring& path, const PinList& list) {
     // Rewritten in place, without a temporary file and a rename: the file keeps its identity for
-    // an editor that holds it open.
-    const FileHandle file = OpenFile(path, GENERIC_WRITE, CREATE_ALWAYS);
-    return file && WriteWhole(file.get(), FormatSettingsText(list));
+    // an editor that holds it open. Opened and then emptied, because the disposition that does
+    // both in one refuses hidden files.
+    const FileHandle file = OpenFile(path, GENERIC_WRITE, OPEN_ALWAYS);
+    // A failure that only shows when the file is closed goes unnoticed: the next read tells.
+    return file && SetEndOfFile(file.get()) != FALSE &&
+           WriteWhole(file.get(), FormatSettingsText(list));
 }
 
 }  // namespace morvane

@@ -1,8 +1,8 @@
 #include "settings/settings_text.h"
 
 #include <algorithm>
-#include <charconv>
-#include <limits>
+#include <cstddef>
+#include <utility>
 
 #include "settings/text.h"
 
@@ -93,6 +93,9 @@ std::optional<SizeSuffix> FindBlankForm(std::wstring_view text) {
 }
 
 std::optional<SizeSuffix> FindSizeSuffix(std::wstring_view text) {
+    // A title that ends in two numbers ("Report 2024 01") is read as a pattern with a size: the
+    // format has no way to tell, and stays as it is. In the form with tabs the pattern may come out
+    // empty, and its line is no entry then; with blanks, such a line is a pattern of numbers.
     const std::optional<SizeSuffix> tabForm = FindTabForm(text);
     return tabForm ? tabForm : FindBlankForm(text);
 }
@@ -112,7 +115,8 @@ void ParseLine(std::string_view bytes, PinList& list) {
         return;
     }
     const std::wstring line = Utf8ToWide(bytes);
-    // A switch line counts wherever it stands, also after the last entry that is taken.
+    // A switch line counts wherever it stands, also after the last entry that is taken; entries
+    // beyond the limit are dropped without a word.
     if (ParsePinningLine(line, list) || list.entries.size() >= MaxPinEntries) {
         return;
     }
@@ -121,9 +125,8 @@ void ParseLine(std::string_view bytes, PinList& list) {
     }
 }
 
-void AppendInteger(std::string& text, std::int32_t value) {
-    char digits[std::numeric_limits<std::int32_t>::digits10 + 2];
-    text.append(digits, std::to_chars(std::begin(digits), std::end(digits), value).ptr);
+std::string FormatSizeField(std::int32_t value) {
+    return WideToUtf8(FormatInteger(value));
 }
 
 }  // namespace
@@ -188,10 +191,8 @@ std::string FormatSettingsText(const PinList& list) {
         // back as a comment and one that ends in two numbers as a size. Kept.
         text += WideToUtf8(entry.pattern);
         if (entry.minWidth > 0 || entry.minHeight > 0) {
-            text += '\t';
-            AppendInteger(text, entry.minWidth);
-            text += '\t';
-            AppendInteger(text, entry.minHeight);
+            text += '\t' + FormatSizeField(entry.minWidth);
+            text += '\t' + FormatSizeField(entry.minHeight);
         }
         text += '\n';
     }

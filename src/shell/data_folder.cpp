@@ -41,6 +41,7 @@ std::wstring GetDataFolder() {
     if (IsLink(folder)) {
         return {};
     }
+    // Returned also when it could not be created: what is done with it then fails by itself.
     return folder;
 }
 

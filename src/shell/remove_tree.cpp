@@ -89,8 +89,11 @@ bool RemoveTree(const std::wstring& folder) {
         const DWORD error = RemoveItem(item);
         if (error == ERROR_SUCCESS) {
             pending.pop_back();
-        } else if (error != ERROR_DIR_NOT_EMPTY || IsLink(item) ||
-                   !AppendContent(item.path, pending)) {
+        } else if (error != ERROR_DIR_NOT_EMPTY || IsLink(item)) {
+            return false;
+        } else if (!AppendContent(item.path, pending) && RemoveItem(item) != ERROR_SUCCESS) {
+            // Asked once more: a file that somebody held while it was deleted goes with its last
+            // handle, perhaps only now.
             return false;
         }
     }

@@ -25,9 +25,7 @@ void CopyText(wchar_t (&field)[Size], const wchar_t* text) {
     lstrcpynW(field, text, static_cast<int>(Size));
 }
 
-DWORD BalloonFlags(BalloonKind kind) {
-    return kind == BalloonKind::BalloonInfo ? NIIF_INFO : NIIF_WARNING;
-}
+static_assert(BalloonInfo == NIIF_INFO && BalloonWarning == NIIF_WARNING);
 
 }  // namespace
 
@@ -38,6 +36,8 @@ void AddTrayIcon(HWND controlWindow, HINSTANCE instance) {
     trayIconData.uID = TrayIconId;
     trayIconData.uFlags = NIF_MESSAGE | NIF_ICON | NIF_TIP;
     trayIconData.uCallbackMessage = WM_TRAYICON;
+    // LoadIconW gives the shared icon, which nobody has to destroy; the shell scales it to its task
+    // bar.
     trayIconData.hIcon = LoadIconW(instance, MAKEINTRESOURCEW(IDI_MORVANE));
     if (trayIconData.hIcon == nullptr) {
         trayIconData.hIcon = SystemApplicationIcon();
@@ -58,7 +58,7 @@ void ShowBalloon(const std::wstring& title, const std::wstring& text, BalloonKin
     // A copy: with NIF_INFO alone the icon and the tooltip stay untouched.
     NOTIFYICONDATAW balloon = trayIconData;
     balloon.uFlags = NIF_INFO;
-    balloon.dwInfoFlags = BalloonFlags(kind);
+    balloon.dwInfoFlags = kind;
     CopyText(balloon.szInfoTitle, title.c_str());
     CopyText(balloon.szInfo, text.c_str());
     Shell_NotifyIconW(NIM_MODIFY, &balloon);

@@ -12,9 +12,10 @@ namespace morvane {
 // The icon's callback message: lParam is the mouse message itself.
 constexpr UINT WM_TRAYICON = WM_APP + 1;
 
-enum class BalloonKind {
-    BalloonInfo,
-    BalloonWarning,
+// The numbers are the shell's.
+enum BalloonKind : DWORD {
+    BalloonInfo = 1,
+    BalloonWarning = 2,
 };
 
 // Adds the icon for the control window; with the system's application icon when the program's own
