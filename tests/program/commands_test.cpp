@@ -34,15 +34,24 @@ TEST_F(CommandsTest, KnownIdentifiersAnswerZero) {
     }
 }
 
-TEST_F(CommandsTest, UnknownTimersDoNothing) {
+TEST_F(CommandsTest, UnknownTimersRunNoPass) {
     ASSERT_TRUE(WriteSettings("Sentinel\n"));
     Actor actor;
     const Sentinel sentinel(actor);
     const Program program = StartedProgram();
-    ASSERT_TRUE(sentinel.WaitForPin());
-    for (const WPARAM timer : {0U, 2U, 4U, 500U, 1001U}) {
-        EXPECT_EQ(Answer(program.ControlWindow(), WM_TIMER, timer, 0), 0) << timer;
+    ASSERT_TRUE(sentinel.WaitForTimedPass());
+    const HWND control = program.ControlWindow();
+    const ULONGLONG start = GetTickCount64();
+    const std::size_t before = sentinel.PassTicks().size();
+    for (int round = 0; round < 10; ++round) {
+        for (const WPARAM timer : {0U, 2U, 4U, 500U, 1001U}) {
+            EXPECT_EQ(Answer(control, WM_TIMER, timer, 0), 0) << timer;
+        }
     }
+    const std::size_t passes = sentinel.PassTicks().size() - before;
+    // The program's own timer goes on: a pass per period, one for the period that has begun, and
+    // one more that may have been late at the start.
+    EXPECT_LE(passes, (GetTickCount64() - start) / 500 + 2);
     EXPECT_TRUE(sentinel.WaitForTimedPass());
 }
 
@@ -77,12 +86,20 @@ TEST_F(CommandsTest, SwitchedOffProgramLeavesWindowsAlone) {
 }
 
 TEST_F(CommandsTest, ApplyNowAppliesTheFileAtOnce) {
+    ASSERT_TRUE(WriteSettings("Sentinel\n"));
     Actor actor;
-    const HWND target = actor.Create({.title = L"Target"});
+    const Sentinel sentinel(actor);
     const Program program = StartedProgram();
-    ASSERT_TRUE(EditSettings("target\n"));
-    ASSERT_TRUE(program.SendCommand(ApplyNowCommand));
-    EXPECT_TRUE(BecomesTopmost(target));
+    // The timer may do the command's work by chance; not every time, right after a pass.
+    for (int round = 0; round < 6; ++round) {
+        const std::string title = "Target " + std::to_string(round);
+        const HWND target = actor.Create({.title = std::wstring(title.begin(), title.end())});
+        const std::size_t before = sentinel.PassTicks().size();
+        ASSERT_TRUE(WaitUntil([&] { return sentinel.PassTicks().size() > before; }));
+        ASSERT_TRUE(EditSettings("Sentinel\n" + title + "\n"));
+        ASSERT_TRUE(program.SendCommand(ApplyNowCommand));
+        EXPECT_TRUE(IsTopmost(target)) << round;
+    }
 }
 
 TEST_F(CommandsTest, RowCommandAddsAndRemovesTheWindow) {
@@ -138,14 +155,53 @@ TEST_F(CommandsTest, RowCommandLooksAtTheWindowsOfNow) {
 TEST_F(CommandsTest, RowsBeyondTheListDoNothing) {
     const TrayRecorder recorder;
     Actor actor;
-    static_cast<void>(actor.Create({.title = L"Only one"}));
+    static_cast<void>(actor.Create({.title = L"~ the last row"}));
     const Program program = StartedProgram();
-    for (const int row : {100, 499}) {
-        EXPECT_TRUE(program.SendCommand(static_cast<WORD>(TogglePinCommand + row)));
-        EXPECT_TRUE(program.SendCommand(static_cast<WORD>(MinSizeCommand + row)));
+    const int size = static_cast<int>(RowTitles().size());
+    ASSERT_EQ(RowOfTitle(L"~ the last row"), size - 1);
+    for (const int row : {size, size + 1, 100, 499}) {
+        EXPECT_TRUE(program.SendCommand(static_cast<WORD>(TogglePinCommand + row))) << row;
+        EXPECT_TRUE(program.SendCommand(static_cast<WORD>(MinSizeCommand + row))) << row;
     }
     EXPECT_TRUE(Balloons(recorder).empty());
     EXPECT_EQ(ReadSettings(), SettingsText(true, {}));
+    EXPECT_TRUE(program.SendCommand(static_cast<WORD>(MinSizeCommand + size - 1)));
+    EXPECT_EQ(Balloons(recorder).size(), 1U);
+    EXPECT_EQ(ReadSettings(), SettingsText(true, {"~ the last row\t400\t300"}));
+    EXPECT_TRUE(program.SendCommand(static_cast<WORD>(TogglePinCommand + size - 1)));
+    EXPECT_EQ(ReadSettings(), SettingsText(true, {}));
+}
+
+// More windows than there are row commands.
+TEST_F(CommandsTest, RowsEndAtTheFiveHundredthWindow) {
+    constexpr WORD LastToggle = TogglePinCommand + 499;
+    constexpr WORD LastMinSize = MinSizeCommand + 499;
+    constexpr WORD BeyondMinSize = MinSizeCommand + 500;
+    const TrayRecorder recorder;
+    Actor actor;
+    // In parts, so that the other process answers in time on a busy machine. No title contains
+    // another one.
+    for (int part = 10; part < 61; ++part) {
+        const std::wstring title = L"Row " + std::to_wstring(part) + L".";
+        static_cast<void>(actor.CreateMany(
+            10, {.title = title, .style = WS_POPUP, .x = 20, .width = 40, .height = 30}));
+    }
+    const std::vector<std::wstring> titles = RowTitles();
+    ASSERT_GT(titles.size(), 501U);
+    const std::string last(titles[499].begin(), titles[499].end());
+    const Program program = StartedProgram();
+    ASSERT_TRUE(program.SendCommand(LastMinSize));
+    EXPECT_TRUE(Balloons(recorder).empty()) << "no list has been made yet";
+    // Makes the list, and adds its row.
+    ASSERT_TRUE(program.SendCommand(LastToggle));
+    EXPECT_EQ(ReadSettings(), SettingsText(true, {last}));
+    ASSERT_TRUE(program.SendCommand(BeyondMinSize));
+    ASSERT_TRUE(program.SendCommand(TogglePinCommand - 1));
+    EXPECT_TRUE(Balloons(recorder).empty());
+    EXPECT_EQ(ReadSettings(), SettingsText(true, {last}));
+    ASSERT_TRUE(program.SendCommand(LastMinSize));
+    EXPECT_EQ(Balloons(recorder).size(), 1U);
+    EXPECT_EQ(ReadSettings(), SettingsText(true, {last + "\t40\t30"}));
 }
 
 TEST_F(CommandsTest, CommandNumberIsTheLowHalfOnly) {

@@ -1,8 +1,13 @@
 // The command "Open settings": Notepad with the file.
 
+#include <algorithm>
+#include <array>
+#include <bit>
+
 #include "program/scene.h"
 
 #include <tlhelp32.h>
+#include <winternl.h>
 
 namespace morvane::test {
 namespace {
@@ -29,6 +34,46 @@ void EndNotepads() {
         TerminateProcess(process.get(), 0);
         WaitForSingleObject(process.get(), 5'000);
     }
+}
+
+std::wstring ImageOf(HANDLE process) {
+    std::array<wchar_t, 1024> path{};
+    auto length = static_cast<DWORD>(path.size());
+    return QueryFullProcessImageNameW(process, 0, path.data(), &length) != FALSE ? path.data()
+                                                                                 : L"(unknown)";
+}
+
+// Reads a value, or count units of text, out of the other process's memory.
+template <typename Value>
+bool ReadFrom(HANDLE process, const void* address, Value* values, std::size_t count = 1) {
+    SIZE_T bytes = 0;
+    return ReadProcessMemory(process, address, values, count * sizeof(Value), &bytes) != FALSE &&
+           bytes == count * sizeof(Value);
+}
+
+// The command line as the process was started with; no documented call tells it to others.
+std::wstring CommandLineOf(HANDLE process) {
+    using Query = NTSTATUS(NTAPI*)(HANDLE, PROCESSINFOCLASS, PVOID, ULONG, PULONG);
+    const auto query = std::bit_cast<Query>(
+        GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "NtQueryInformationProcess"));
+    PROCESS_BASIC_INFORMATION basic{};
+    PEB block{};
+    RTL_USER_PROCESS_PARAMETERS parameters{};
+    if (query == nullptr ||
+        query(process, ProcessBasicInformation, &basic, sizeof(basic), nullptr) != 0 ||
+        !ReadFrom(process, basic.PebBaseAddress, &block) ||
+        !ReadFrom(process, block.ProcessParameters, &parameters)) {
+        return L"(unknown)";
+    }
+    std::wstring text(parameters.CommandLine.Length / sizeof(wchar_t), L'\0');
+    return ReadFrom(process, parameters.CommandLine.Buffer, text.data(), text.size())
+               ? text
+               : L"(unreadable)";
+}
+
+bool SamePath(std::wstring_view a, std::wstring_view b) {
+    return CompareStringOrdinal(a.data(), static_cast<int>(a.size()), b.data(),
+                                static_cast<int>(b.size()), TRUE) == CSTR_EQUAL;
 }
 
 class OpenSettingsTest : public ProgramTest {
@@ -75,6 +120,28 @@ TEST_F(OpenSettingsTest, NotepadShowsTheFile) {
     EXPECT_NE(WindowTitle(NotepadWindow()).find(L"config.txt"), std::wstring::npos);
     EXPECT_EQ(NotepadProcesses().size(), 1U);
     EXPECT_EQ(ReadSettings(), "Target\n");
+}
+
+TEST_F(OpenSettingsTest, EditorIsTheSystemsOwnWithTheQuotedPathAlone) {
+    const Program program = StartedProgram();
+    ASSERT_TRUE(program.SendCommand(OpenSettingsCommand));
+    ASSERT_TRUE(WaitUntil([] { return NotepadProcesses().size() == 1; }));
+    const KernelHandle process(OpenProcess(PROCESS_QUERY_INFORMATION | PROCESS_VM_READ, FALSE,
+                                           NotepadProcesses().front()));
+    ASSERT_TRUE(process);
+    std::array<wchar_t, MAX_PATH> system{};
+    GetSystemDirectoryW(system.data(), static_cast<UINT>(system.size()));
+    const std::wstring editor = std::wstring(system.data()) + L"\\notepad.exe";
+    EXPECT_TRUE(SamePath(ImageOf(process.get()), editor))
+        << testing::PrintToString(ImageOf(process.get()));
+    const std::wstring commandLine = CommandLineOf(process.get());
+    SCOPED_TRACE(testing::PrintToString(commandLine));
+    const std::wstring arguments = L" \"" + SettingsPath() + L"\"";
+    ASSERT_TRUE(commandLine.ends_with(arguments));
+    // The shell puts the program's path in quotes or not.
+    std::wstring start = commandLine.substr(0, commandLine.size() - arguments.size());
+    start.erase(std::remove(start.begin(), start.end(), L'"'), start.end());
+    EXPECT_TRUE(SamePath(start, editor));
 }
 
 TEST_F(OpenSettingsTest, DeletedFileIsWrittenBeforeNotepadOpensIt) {

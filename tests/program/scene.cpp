@@ -1,16 +1,19 @@
 #include "program/scene.h"
 
 #include <algorithm>
-#include <array>
 #include <iterator>
 
-#include "base/owners.h"
-#include "base/win_shell.h"
-
 namespace morvane::test {
+namespace {
+
+bool IsTopmostRequest(const PositionRequest& request) {
+    return request.insertAfter == HWND_TOPMOST && (request.flags & SWP_NOZORDER) == 0;
+}
+
+}  // namespace
 
 std::string SettingsText(bool pinning, std::initializer_list<std::string_view> lines) {
-    std::string text(SettingsComments);
+    std::string text(SettingsHeader);
     text += pinning ? "@pinning=1\n" : "@pinning=0\n";
     for (const std::string_view line : lines) {
         text.append(line).append("\n");
@@ -63,9 +66,7 @@ std::optional<LRESULT> Answer(HWND window, UINT message, WPARAM wParam, LPARAM l
 std::size_t TopmostRequests(Actor& actor, HWND window) {
     const std::vector<PositionRequest> requests = actor.Requests(window);
     return static_cast<std::size_t>(
-        std::count_if(requests.begin(), requests.end(), [](const PositionRequest& request) {
-            return request.insertAfter == HWND_TOPMOST && (request.flags & SWP_NOZORDER) == 0;
-        }));
+        std::count_if(requests.begin(), requests.end(), IsTopmostRequest));
 }
 
 Sentinel::Sentinel(Actor& actor)
@@ -99,7 +100,17 @@ bool Sentinel::WaitForTimedPass() const {
     return WaitForRequests(TopmostRequests(*actor_, window_));
 }
 
-int RowOfTitle(std::wstring_view title) {
+std::vector<ULONGLONG> Sentinel::PassTicks() const {
+    std::vector<ULONGLONG> ticks;
+    for (const PositionRequest& request : actor_->Requests(window_)) {
+        if (IsTopmostRequest(request)) {
+            ticks.push_back(request.tickCount);
+        }
+    }
+    return ticks;
+}
+
+std::vector<std::wstring> RowTitles() {
     std::vector<std::wstring> titles;
     for (const HWND window : TopLevelWindows()) {
         std::wstring text = WindowTitle(window);
@@ -109,6 +120,11 @@ int RowOfTitle(std::wstring_view title) {
         }
     }
     std::sort(titles.begin(), titles.end());
+    return titles;
+}
+
+int RowOfTitle(std::wstring_view title) {
+    const std::vector<std::wstring> titles = RowTitles();
     const auto found = std::find(titles.begin(), titles.end(), title);
     return found == titles.end() ? -1 : static_cast<int>(std::distance(titles.begin(), found));
 }
@@ -124,46 +140,6 @@ std::vector<TrayCall> Balloons(const TrayRecorder& recorder) {
 TrayCall WaitForBalloon(const TrayRecorder& recorder, std::size_t seen) {
     const bool came = WaitUntil([&] { return Balloons(recorder).size() > seen; });
     return came ? Balloons(recorder).at(seen) : TrayCall{};
-}
-
-std::optional<Shortcut> ReadShortcut(const std::wstring& path) {
-    const ComApartment apartment;
-    IShellLinkW* newLink = nullptr;
-    if (!apartment ||
-        FAILED(CoCreateInstance(CLSID_ShellLink, nullptr, CLSCTX_INPROC_SERVER, IID_IShellLinkW,
-                                reinterpret_cast<void**>(&newLink)))) {
-        return std::nullopt;
-    }
-    const ComPointer<IShellLinkW> link(newLink);
-    IPersistFile* newFile = nullptr;
-    if (FAILED(newLink->QueryInterface(IID_IPersistFile, reinterpret_cast<void**>(&newFile)))) {
-        return std::nullopt;
-    }
-    const ComPointer<IPersistFile> file(newFile);
-    if (FAILED(newFile->Load(path.c_str(), STGM_READ))) {
-        return std::nullopt;
-    }
-    Shortcut shortcut;
-    std::array<wchar_t, 1024> text{};
-    const auto size = static_cast<int>(text.size());
-    int iconIndex = 0;
-    newLink->GetPath(text.data(), size, nullptr, SLGP_RAWPATH);
-    shortcut.target = text.data();
-    text.fill(L'\0');
-    newLink->GetDescription(text.data(), size);
-    shortcut.description = text.data();
-    text.fill(L'\0');
-    newLink->GetArguments(text.data(), size);
-    shortcut.arguments = text.data();
-    text.fill(L'\0');
-    newLink->GetWorkingDirectory(text.data(), size);
-    shortcut.workingFolder = text.data();
-    text.fill(L'\0');
-    newLink->GetIconLocation(text.data(), size, &iconIndex);
-    shortcut.iconPath = text.data();
-    newLink->GetShowCmd(&shortcut.showCommand);
-    newLink->GetHotkey(&shortcut.hotKey);
-    return shortcut;
 }
 
 }  // namespace morvane::test

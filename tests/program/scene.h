@@ -12,6 +12,8 @@
 #include "base/win_shell.h"
 #include "support/actor.h"
 #include "support/program.h"
+#include "support/settings_header.h"
+#include "support/shortcut.h"
 #include "support/test_environment.h"
 #include "support/test_files.h"
 #include "support/tray_recorder.h"
@@ -34,13 +36,6 @@ inline constexpr WORD MinSizeCommand = 3000;    // + row
 inline constexpr UINT TrayMessage = WM_APP + 1;
 
 inline constexpr wchar_t MutexName[] = L"Local\\Morvane_SingleInstance";
-
-// The comment lines that head every file the program writes.
-inline constexpr std::string_view SettingsComments =
-    "# Morvane config (UTF-8)\n"
-    "# One entry per line: pattern [min_width min_height]\n"
-    "# pattern = title substring (case-insensitive). 0 = no resize.\n"
-    "# Example: Visual Studio Code\t1280\t720\n";
 
 // A file as the program writes it, with one line per entry.
 [[nodiscard]] std::string SettingsText(bool pinning, std::initializer_list<std::string_view> lines);
@@ -83,6 +78,10 @@ public:
     // The same without a command: the program's own timer has to do it.
     [[nodiscard]] bool WaitForTimedPass() const;
 
+    // When each pass so far reached it, oldest first: GetTickCount64, milliseconds. As the first
+    // entry of the list it is the last window of a pass.
+    [[nodiscard]] std::vector<ULONGLONG> PassTicks() const;
+
     [[nodiscard]] HWND Window() const { return window_; }
 
 private:
@@ -94,7 +93,10 @@ private:
 
 inline constexpr std::string_view SentinelLine = "Sentinel";
 
-// The row that the title has in the program's list of windows; -1 when it has none.
+// The titles of the program's list of windows, in the order of its rows.
+[[nodiscard]] std::vector<std::wstring> RowTitles();
+
+// The row that the title has among them; -1 when it has none.
 [[nodiscard]] int RowOfTitle(std::wstring_view title);
 
 // The balloons among the calls, oldest first.
@@ -102,18 +104,5 @@ inline constexpr std::string_view SentinelLine = "Sentinel";
 
 // The next balloon after those already seen, or an empty call when none comes.
 [[nodiscard]] TrayCall WaitForBalloon(const TrayRecorder& recorder, std::size_t seen = 0);
-
-struct Shortcut {
-    std::wstring target;
-    std::wstring description;
-    std::wstring arguments;
-    std::wstring workingFolder;
-    std::wstring iconPath;
-    int showCommand = 0;
-    WORD hotKey = 0;
-};
-
-// Nothing when there is no readable shortcut at the path.
-[[nodiscard]] std::optional<Shortcut> ReadShortcut(const std::wstring& path);
 
 }  // namespace morvane::test

@@ -91,6 +91,15 @@ TEST_F(SingleInstanceTest, MutexLivesAsLongAsTheInstance) {
     EXPECT_TRUE(MutexExists());
 }
 
+TEST_F(SingleInstanceTest, MutexIsHeldByTheInstance) {
+    const Program program = StartedProgram();
+    const KernelHandle mutex(OpenMutexW(SYNCHRONIZE, FALSE, MutexName));
+    ASSERT_TRUE(mutex);
+    EXPECT_EQ(WaitForSingleObject(mutex.get(), 0), static_cast<DWORD>(WAIT_TIMEOUT));
+    EXPECT_EQ(program.ExitByCommand(), 0U);
+    EXPECT_NE(WaitForSingleObject(mutex.get(), 0), static_cast<DWORD>(WAIT_TIMEOUT));
+}
+
 TEST_F(SingleInstanceTest, InstanceThatCrashedDoesNotBlockTheNext) {
     const Program first = StartedProgram();
     first.Kill();

@@ -4,6 +4,7 @@
 
 #include "program/scene.h"
 #include "support/user_input.h"
+#include "support/window_owner.h"
 
 namespace morvane::test {
 namespace {
@@ -14,6 +15,21 @@ constexpr POINT Elsewhere{640, 300};
 
 bool MenuIsOpen() {
     return !VisibleWindowsOfClass(L"#32768").empty();
+}
+
+// What the taskbar gets of the system's icon for programs, asked for by this very process.
+TrayCall SystemIconCall(TrayRecorder& recorder) {
+    const WindowOwner owner = MessageOnlyWindow();
+    NOTIFYICONDATAW icon{};
+    icon.cbSize = sizeof(icon);
+    icon.hWnd = owner.get();
+    icon.uID = 1;
+    icon.uFlags = NIF_ICON;
+    icon.hIcon = LoadIconW(nullptr, IDI_APPLICATION);
+    Shell_NotifyIconW(NIM_ADD, &icon);
+    const std::vector<TrayCall> calls = recorder.Calls();
+    recorder.Forget();
+    return calls.empty() ? TrayCall{} : calls.back();
 }
 
 TEST_F(TrayTest, IconCarriesTheNameOfTheProgram) {
@@ -63,6 +79,22 @@ TEST_F(TrayTest, RefusedIconIsTriedOnceMoreAndThenDoneWithout) {
         }
         EXPECT_EQ(program.ExitByCommand(), 0U) << item.refused;
     }
+}
+
+TEST_F(TrayTest, IconIsTheProgramsOwnUntilItIsRefused) {
+    TrayRecorder recorder;
+    const TrayCall systemIcon = SystemIconCall(recorder);
+    ASSERT_NE(systemIcon.pictureHash, 0U);
+    recorder.RefuseNext(1);
+    const Program program = StartedProgram();
+    ASSERT_TRUE(WaitUntil([&] { return recorder.Calls().size() >= 2; }));
+    const std::vector<TrayCall> calls = recorder.Calls();
+    EXPECT_NE(calls[0].pictureHash, 0U);
+    EXPECT_NE(calls[0].pictureHash, systemIcon.pictureHash);
+    EXPECT_EQ(calls[1].pictureHash, systemIcon.pictureHash);
+    EXPECT_EQ(calls[1].iconWidth, systemIcon.iconWidth);
+    ASSERT_TRUE(program.SendCommand(MinSizeActiveCommand));
+    EXPECT_EQ(WaitForBalloon(recorder).pictureHash, 0U);
 }
 
 TEST_F(TrayTest, BalloonLeavesIconAndTipAlone) {

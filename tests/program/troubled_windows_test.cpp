@@ -39,6 +39,38 @@ TEST_F(TroubledWindowsTest, ExitWaitsForAHungWindowAndReleasesIt) {
     EXPECT_TRUE(BecomesOrdinary(stuck));
 }
 
+// A message that another program sends is carried out while a pass waits for a window, and the
+// rest of that pass comes after it.
+TEST_F(TroubledWindowsTest, EndThatIsSentIntoAHangingPassLeavesNoWindowTopmost) {
+    struct SentEnd {
+        const char* name;
+        UINT message;
+        WPARAM wParam;
+    };
+    for (const SentEnd& sent :
+         {SentEnd{"close message", WM_CLOSE, 0}, SentEnd{"command", WM_COMMAND, ExitCommand}}) {
+        SCOPED_TRACE(sent.name);
+        ASSERT_TRUE(EditSettings("Healthy\nHung\n"));
+        Actor hanging;
+        Actor other;
+        const HWND hung = hanging.Create({.title = L"Hung"});
+        const HWND healthy = other.Create({.title = L"Healthy"});
+        const Program program = StartedProgram();
+        ASSERT_TRUE(BecomesTopmost(hung));
+        ASSERT_TRUE(BecomesTopmost(healthy));
+        hanging.Hang(2500ms);
+        // The later entry is asked first: as long as a pass waits for it, the other is not asked.
+        ASSERT_TRUE(WaitUntil(
+            [&] { return GetTickCount64() - other.Requests(healthy).back().tickCount > 1'000; }));
+        const std::size_t before = TopmostRequests(hanging, hung);
+        static_cast<void>(Answer(program.ControlWindow(), sent.message, sent.wParam, 0));
+        EXPECT_EQ(program.WaitForExit(), 0U);
+        EXPECT_GT(TopmostRequests(hanging, hung), before) << "no pass was waiting";
+        EXPECT_FALSE(IsTopmost(hung));
+        EXPECT_FALSE(IsTopmost(healthy));
+    }
+}
+
 TEST_F(TroubledWindowsTest, WindowThatDiesWhileItIsPinnedDisturbsNoOther) {
     ASSERT_TRUE(WriteSettings("Target\n"));
     Actor actor;

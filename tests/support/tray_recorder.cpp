@@ -8,6 +8,7 @@
 #include <string_view>
 #include <thread>
 
+#include "support/test_files.h"
 #include "support/window_state.h"
 
 namespace morvane::test {
@@ -16,6 +17,8 @@ struct TrayRecorder::Shared {
     mutable std::mutex mutex;
     std::vector<TrayCall> calls;
     int refusals = 0;
+    HWND watchedWindow = nullptr;
+    std::wstring watchedPath;
     std::atomic<HWND> window = nullptr;
     std::atomic<bool> failed = false;
     std::thread thread;
@@ -53,6 +56,15 @@ std::wstring TextOf(const std::array<wchar_t, Size>& buffer) {
     return std::wstring(all.substr(0, all.find(L'\0')));
 }
 
+// FNV-1a: the same picture gives the same number, in every process and at every run.
+std::uint64_t HashOf(const unsigned char* bytes, std::size_t count) {
+    std::uint64_t hash = 0xCBF29CE484222325U;
+    for (std::size_t i = 0; i < count; ++i) {
+        hash = (hash ^ bytes[i]) * 0x100000001B3U;
+    }
+    return hash;
+}
+
 TrayCall CallFrom(const COPYDATASTRUCT& data) {
     TrayMessage message{};
     std::memcpy(&message, data.lpData, sizeof(message));
@@ -71,6 +83,11 @@ TrayCall CallFrom(const COPYDATASTRUCT& data) {
     call.infoFlags = message.infoFlags;
     call.iconWidth = static_cast<int>(message.iconWidth);
     call.iconHeight = static_cast<int>(message.iconHeight);
+    // Mask and colours follow the record.
+    if (data.cbData > sizeof(message)) {
+        call.pictureHash = HashOf(static_cast<const unsigned char*>(data.lpData) + sizeof(message),
+                                  data.cbData - sizeof(message));
+    }
     return call;
 }
 
@@ -79,7 +96,10 @@ LRESULT RecordCall(TrayRecorder::Shared& shared, const COPYDATASTRUCT& data) {
         return FALSE;
     }
     const std::scoped_lock lock(shared.mutex);
-    shared.calls.push_back(CallFrom(data));
+    TrayCall call = CallFrom(data);
+    call.watchedWindowTopmost = shared.watchedWindow != nullptr && IsTopmost(shared.watchedWindow);
+    call.watchedPathExists = !shared.watchedPath.empty() && PathExists(shared.watchedPath);
+    shared.calls.push_back(std::move(call));
     if (shared.refusals > 0) {
         --shared.refusals;
         return FALSE;
@@ -162,6 +182,12 @@ void TrayRecorder::Forget() {
 void TrayRecorder::RefuseNext(int count) {
     const std::scoped_lock lock(shared_->mutex);
     shared_->refusals = count;
+}
+
+void TrayRecorder::Watch(HWND window, const std::wstring& path) {
+    const std::scoped_lock lock(shared_->mutex);
+    shared_->watchedWindow = window;
+    shared_->watchedPath = path;
 }
 
 }  // namespace morvane::test

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
@@ -24,13 +25,18 @@ struct TrayCall {
     DWORD infoFlags = 0;  // NIIF_...
     int iconWidth = 0;    // 0 without an icon; pixels
     int iconHeight = 0;
+    std::uint64_t pictureHash = 0;  // of the icon's bits; 0 without an icon
+    // What was found of the things that TrayRecorder::Watch names, at the arrival of the call and
+    // before its answer.
+    bool watchedWindowTopmost = false;
+    bool watchedPathExists = false;
 };
 
 // Stands in for the taskbar of the session while it lives: programs that add, change or remove
 // tray icons talk to it instead of the shell, which sees none of it. Works from a thread of its
-// own, so that the test may block. Made for the form in which Wine 8 hands the calls on; cbSize,
-// the GUID and the picture's bits are not kept. One at a time; throws std::runtime_error when the
-// stand-in cannot be made.
+// own, so that the test may block. Made for the form in which Wine 8 hands the calls on; cbSize
+// and the GUID are not kept, and of the picture's bits only a hash. One at a time; throws
+// std::runtime_error when the stand-in cannot be made.
 class TrayRecorder {
 public:
     TrayRecorder();
@@ -46,6 +52,9 @@ public:
 
     // The next calls fail: Shell_NotifyIconW returns FALSE. They are recorded all the same.
     void RefuseNext(int count);
+
+    // From now on every call notes how this window and this path are when it comes.
+    void Watch(HWND window, const std::wstring& path);
 
     struct Shared;
 

@@ -3,11 +3,7 @@
 #include <cstdint>
 #include <gtest/gtest.h>
 #include <limits>
-#include <string>
 
-#include "i18n/strings.h"
-#include "settings/text.h"
-#include "unit/language_setting.h"
 #include "unit/printed.h"
 
 namespace morvane::test {
@@ -76,12 +72,6 @@ TEST(ComputeEnforcedSize, GrowsEachDimensionByItselfAndShrinksNone) {
         EXPECT_EQ(size.height, c.size.height);
         EXPECT_EQ(size.changed, c.size.changed);
     }
-}
-
-TEST(MinSizeNotice, NamesTheTrueSizeOfAWindowTooLargeToRecord) {
-    const LanguageSetting english(L"en");
-    EXPECT_EQ(ClampMinSize(9000), MaxMinSize);
-    EXPECT_EQ(FormatText(StrMinSizeSet, FormatSize(9000, 600)), L"Minimum size set to 9000 x 600.");
 }
 
 }  // namespace

@@ -59,6 +59,9 @@ TEST(IsOwnDataFolder, AsksForTheNameOfTheLastFolder) {
         {L"C:\\missing\\Morv\u00E4ne", false},
         {L"C:\\missing", false},
         {L"C:\\", false},
+        {L"C:\\missing\\My Morvane", false},
+        {L"C:\\missing\\Mo\uFF52vane", false},
+        {L"\\", false},
         {L"C:Morvane", false},
     };
     for (const Case& c : Cases) {

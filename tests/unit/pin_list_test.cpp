@@ -39,6 +39,7 @@ TEST(PinList, StartsWithPinningOnAndNoEntries) {
 
 TEST(PinEngine, StartsUnbound) {
     const PinEngine engine;
+    EXPECT_TRUE(engine.ownClassName.empty());
     EXPECT_EQ(engine.ownWindow, nullptr);
     EXPECT_TRUE(engine.settingsPath.empty());
     EXPECT_EQ(Printed(engine.pinList), "pinning on\n");

@@ -239,6 +239,9 @@ TEST(SplitSizeSuffix, TakesTheSizeOffTextThatWasNotTrimmed) {
         // Only the form with blanks insists on a pattern.
         {L"\t5\t6", {L"", 5, 6}},
         {L" \t5\t6", {L"", 5, 6}},
+        {L"\t 5\t6", {L"", 5, 6}},
+        {L"\t5\v\t6", {L"", 5, 6}},
+        {L"\t5\t\u30006 ", {L"", 5, 6}},
     };
     for (const EntryCase& c : cases) {
         SCOPED_TRACE(Printed(c.line));

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "settings/text.h"
+#include "support/settings_header.h"
 #include "unit/printed.h"
 
 namespace morvane::test {
@@ -16,14 +17,8 @@ namespace {
 
 using namespace std::string_view_literals;
 
-constexpr std::string_view Comments =
-    "# Morvane config (UTF-8)\n"
-    "# One entry per line: pattern [min_width min_height]\n"
-    "# pattern = title substring (case-insensitive). 0 = no resize.\n"
-    "# Example: Visual Studio Code\t1280\t720\n";
-
 std::string WithComments(std::string_view rest) {
-    return std::string(Comments).append(rest);
+    return std::string(SettingsHeader).append(rest);
 }
 
 std::vector<PinEntry> NumberedEntries(int count) {
@@ -68,7 +63,7 @@ TEST(ParseSettingsText, GivesTheDefaultListForTextWithoutEntries) {
         "#@pinning=0\n",
         "# @pinning=0\n#notepad",
         "\xE3\x80\x80\n",
-        Comments,
+        SettingsHeader,
     };
     for (const std::string_view bytes : documents) {
         ExpectList({bytes, {true, {}}});

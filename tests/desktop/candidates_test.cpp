@@ -1,0 +1,227 @@
+// The windows that the menu offers, and the active one.
+
+#include "pin/candidates.h"
+
+#include <algorithm>
+#include <gtest/gtest.h>
+#include <string>
+#include <vector>
+
+#include "app/process.h"
+#include "desktop/engine_test.h"
+#include "pin/engine.h"
+#include "support/test_environment.h"
+#include "support/window_state.h"
+
+namespace morvane::test {
+namespace {
+
+class CandidatesTest : public EngineTest {
+protected:
+    // The titles offered for windows of the other process; the session's own windows are left out.
+    [[nodiscard]] std::vector<std::wstring> OfferedTitles() {
+        std::vector<std::wstring> titles;
+        for (const CandidateWindow& candidate : CandidateList()) {
+            if (ProcessOf(candidate.window) == Other().ProcessId()) {
+                titles.push_back(candidate.title);
+            }
+        }
+        return titles;
+    }
+
+    [[nodiscard]] static bool IsOffered(HWND window) {
+        return std::any_of(
+            CandidateList().begin(), CandidateList().end(),
+            [window](const CandidateWindow& candidate) { return candidate.window == window; });
+    }
+};
+
+using Titles = std::vector<std::wstring>;
+
+TEST_F(CandidatesTest, TitlesAreSortedByTheNumbersOfTheirUnits) {
+    const Titles sorted = {
+        L" blank first", L"10",       L"9",          L"Beta",
+        L"Zebra",        L"Zebra 2",  L"_",          L"alpha",
+        L"alpha b",      L"alphabet", L"\x00C4pfel", L"\x65E5\x672C",
+        L"\xD83D\xDE00", L"\xFF21",
+    };
+    Titles created = sorted;
+    std::reverse(created.begin(), created.end());
+    std::swap(created[2], created[9]);
+    for (const std::wstring& title : created) {
+        static_cast<void>(Window(title));
+    }
+    RebuildCandidates();
+    EXPECT_EQ(OfferedTitles(), sorted);
+    EXPECT_TRUE(std::is_sorted(
+        CandidateList().begin(), CandidateList().end(),
+        [](const CandidateWindow& a, const CandidateWindow& b) { return a.title < b.title; }));
+}
+
+TEST_F(CandidatesTest, UpperCaseBetaComesBeforeLowerCaseAlpha) {
+    static_cast<void>(Window(L"alpha"));
+    static_cast<void>(Window(L"Beta"));
+    RebuildCandidates();
+    EXPECT_EQ(OfferedTitles(), Titles({L"Beta", L"alpha"}));
+}
+
+TEST_F(CandidatesTest, VisibleUnownedTitledForeignWindowsAreOffered) {
+    struct Case {
+        const char* name;
+        WindowSpec spec;
+        bool offered;
+    };
+    const HWND owner = Window(L"Main window");
+    const std::vector<Case> cases = {
+        {"ordinary", {}, true},
+        {"tool window", {.exStyle = WS_EX_TOOLWINDOW}, true},
+        {"topmost", {.exStyle = WS_EX_TOPMOST}, true},
+        {"protected dialog", {.className = L"#32770", .title = L"Windows Security"}, true},
+        {"without size", {.style = WS_POPUP, .width = 0, .height = 0}, true},
+        {"class that only resembles ours", {.className = L"MorvaneHiddenWindow2"}, true},
+        {"invisible", {.visible = false}, false},
+        {"owned", {.style = WS_POPUP | WS_CAPTION, .owner = owner}, false},
+        {"untitled", {.title = L""}, false},
+        {"of our own class", {.className = L"MorvaneHiddenWindow"}, false},
+    };
+    for (const Case& item : cases) {
+        const HWND window = Other().Create(item.spec);
+        RebuildCandidates();
+        EXPECT_EQ(IsOffered(window), item.offered) << item.name;
+        Other().Destroy(window);
+    }
+}
+
+TEST_F(CandidatesTest, MinimisedWindowsAreOffered) {
+    const HWND window = Window(L"Alpha");
+    Other().Minimise(window);
+    RebuildCandidates();
+    EXPECT_EQ(OfferedTitles(), Titles({L"Alpha"}));
+}
+
+TEST_F(CandidatesTest, OnlyTheClassKeepsOwnWindowsOut) {
+    const HWND window = Window(L"Alpha");
+    Engine().ownWindow = window;
+    Process().controlWindow = window;
+    // The class of the list is fixed, whatever the engine calls its own.
+    Engine().ownClassName = L"MorvaneTestWindow";
+    RebuildCandidates();
+    EXPECT_TRUE(IsOffered(window));
+}
+
+TEST_F(CandidatesTest, TitlesAreKeptAsReadUpToFiveHundredAndElevenUnits) {
+    const std::wstring strange = L"a\xD83D\t\xFFFE\x200F & b\xDE00";
+    const std::wstring longTitle = std::wstring(300, L'x') + std::wstring(300, L'y');
+    static_cast<void>(Window(longTitle));
+    static_cast<void>(Window(std::wstring(511, L'z')));
+    static_cast<void>(Window(strange));
+    RebuildCandidates();
+    EXPECT_EQ(OfferedTitles(),
+              Titles({strange, longTitle.substr(0, 511), std::wstring(511, L'z')}));
+}
+
+TEST_F(CandidatesTest, WindowsOfOneTitleAreAllOffered) {
+    std::vector<HWND> windows{Window(L"Same"), Window(L"Same"), Window(L"Same")};
+    RebuildCandidates();
+    EXPECT_EQ(OfferedTitles(), Titles(3, L"Same"));
+    EXPECT_TRUE(std::all_of(windows.begin(), windows.end(), IsOffered));
+}
+
+TEST_F(CandidatesTest, ListStaysUntilItIsRebuilt) {
+    const HWND window = Window(L"Before");
+    RebuildCandidates();
+    Other().SetTitle(window, L"After");
+    static_cast<void>(Window(L"New"));
+    EXPECT_EQ(OfferedTitles(), Titles({L"Before"}));
+    RebuildCandidates();
+    EXPECT_EQ(OfferedTitles(), Titles({L"After", L"New"}));
+    Other().Destroy(window);
+    EXPECT_TRUE(IsOffered(window));
+    RebuildCandidates();
+    EXPECT_FALSE(IsOffered(window));
+}
+
+TEST_F(CandidatesTest, UsableActiveWindowIsVisibleAliveRestoredAndHasASize) {
+    struct Case {
+        const char* name;
+        WindowSpec spec;
+        bool usable;
+    };
+    const HWND owner = Window(L"Owner");
+    const std::vector<Case> cases = {
+        {"ordinary", {}, true},
+        {"untitled", {.title = L""}, true},
+        {"owned", {.style = WS_POPUP | WS_CAPTION, .owner = owner}, true},
+        {"protected dialog", {.className = L"#32770", .title = L"Credential"}, true},
+        {"one pixel", {.style = WS_POPUP, .width = 1, .height = 1}, true},
+        {"without width", {.style = WS_POPUP, .width = 0, .height = 50}, false},
+        {"without height", {.style = WS_POPUP, .width = 50, .height = 0}, false},
+        {"invisible", {.visible = false}, false},
+        {"of our own class", {.className = L"MorvaneHiddenWindow"}, false},
+    };
+    for (const Case& item : cases) {
+        const HWND window = Other().Create(item.spec);
+        EXPECT_EQ(IsUsableActiveWindow(window), item.usable) << item.name;
+        Other().Destroy(window);
+        EXPECT_FALSE(IsUsableActiveWindow(window)) << item.name << ", dead";
+    }
+    EXPECT_FALSE(IsUsableActiveWindow(nullptr));
+    EXPECT_TRUE(IsUsableActiveWindow(owner));
+    Other().Minimise(owner);
+    EXPECT_FALSE(IsUsableActiveWindow(owner)) << "minimised";
+    Other().Restore(owner);
+    Process().controlWindow = owner;
+    EXPECT_FALSE(IsUsableActiveWindow(owner)) << "the control window";
+}
+
+TEST_F(CandidatesTest, ActiveWindowIsTheForegroundWindowIfUsable) {
+    const HWND first = Window(L"First");
+    const HWND second = Window(L"Second");
+    ASSERT_TRUE(Other().BringToForeground(first));
+    PrepareMenuState();
+    EXPECT_EQ(ActiveWindow(), first);
+    ASSERT_TRUE(Other().BringToForeground(second));
+    EXPECT_EQ(ActiveWindow(), first) << "not before the next preparation";
+    PrepareMenuState();
+    EXPECT_EQ(ActiveWindow(), second);
+}
+
+TEST_F(CandidatesTest, UnusableForegroundWindowLeavesTheLastUsableOne) {
+    const HWND noted = Window(L"Noted");
+    const HWND unusable = Other().Create({.className = L"MorvaneHiddenWindow", .title = L"Own"});
+    ASSERT_TRUE(Other().BringToForeground(noted));
+    NoteForegroundWindow();
+    ASSERT_TRUE(Other().BringToForeground(unusable));
+    NoteForegroundWindow();
+    PrepareMenuState();
+    EXPECT_EQ(ActiveWindow(), noted);
+    const HWND later = Window(L"Later");
+    ASSERT_TRUE(Other().BringToForeground(later));
+    PrepareMenuState();
+    ASSERT_TRUE(Other().BringToForeground(unusable));
+    PrepareMenuState();
+    EXPECT_EQ(ActiveWindow(), later) << "a preparation notes the window too";
+    Other().Destroy(later);
+    PrepareMenuState();
+    EXPECT_EQ(ActiveWindow(), later) << "kept although it has died";
+    EXPECT_FALSE(IsUsableActiveWindow(ActiveWindow()));
+}
+
+TEST_F(CandidatesTest, PreparationBindsReloadsAndRebuilds) {
+    const HWND control = Window(L"Control");
+    Process().controlWindow = control;
+    Engine().settingsPath = L"C:\\elsewhere\\config.txt";
+    Engine().pinList.entries = {{.pattern = L"stale"}};
+    ASSERT_TRUE(WriteSettings("@pinning=0\nfresh\t0\t600\n"));
+    PrepareMenuState();
+    EXPECT_EQ(Engine().settingsPath, SettingsPath());
+    EXPECT_EQ(Engine().ownWindow, control);
+    EXPECT_FALSE(Engine().pinList.pinning);
+    ASSERT_EQ(Engine().pinList.entries.size(), 1U);
+    EXPECT_EQ(Engine().pinList.entries[0].pattern, L"fresh");
+    EXPECT_EQ(Engine().pinList.entries[0].minHeight, 600);
+    EXPECT_EQ(OfferedTitles(), Titles({L"Control"}));
+}
+
+}  // namespace
+}  // namespace morvane::test

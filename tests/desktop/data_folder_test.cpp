@@ -1,0 +1,137 @@
+// Where the data is kept, and that nothing is kept behind a link.
+
+#include "shell/data_folder.h"
+
+#include <gtest/gtest.h>
+#include <string>
+#include <vector>
+
+#include "desktop/engine_test.h"
+#include "pin/engine.h"
+#include "pin/engine_binding.h"
+#include "pin/pin_operations.h"
+#include "pin/settings_sync.h"
+#include "shell/settings_editor.h"
+#include "support/test_environment.h"
+#include "support/test_files.h"
+
+namespace morvane::test {
+namespace {
+
+class DataFolderTest : public testing::Test {
+protected:
+    void SetUp() override {
+        MORVANE_REQUIRE_DISPOSABLE_PROFILE();
+        ResetProfile();
+        Engine() = PinEngine{};
+    }
+    void TearDown() override { Engine() = PinEngine{}; }
+};
+
+TEST_F(DataFolderTest, FolderIsMadeByEveryQuestionForIt) {
+    ASSERT_FALSE(PathExists(DataFolder()));
+    EXPECT_EQ(GetDataFolder(), DataFolder());
+    EXPECT_NE(GetFileAttributesW(DataFolder().c_str()) & FILE_ATTRIBUTE_DIRECTORY, 0U);
+    EXPECT_EQ(GetDataFolder(), DataFolder()) << "an existing folder";
+    ASSERT_NE(RemoveDirectoryW(DataFolder().c_str()), FALSE);
+    EXPECT_EQ(GetSettingsPath(), DataFolder() + L"\\config.txt");
+    EXPECT_NE(RemoveDirectoryW(DataFolder().c_str()), FALSE) << "made again, and empty";
+}
+
+TEST_F(DataFolderTest, FolderFollowsTheApplicationData) {
+    const std::wstring other = RoamingFolder() + L"\\A user's data \x65E5\x672C";
+    CreateDirectoryW(other.c_str(), nullptr);
+    {
+        const ShellFolderOverride redirected(L"AppData", other);
+        EXPECT_EQ(GetDataFolder(), other + L"\\Morvane");
+        EXPECT_EQ(GetSettingsPath(), other + L"\\Morvane\\config.txt");
+        EXPECT_TRUE(EnsureSettingsFile());
+        EXPECT_EQ(ReadFileBytes(other + L"\\Morvane\\config.txt"), WrittenSettings(""));
+        RemoveDataFolder();
+    }
+    EXPECT_NE(RemoveDirectoryW(other.c_str()), FALSE);
+    EXPECT_FALSE(PathExists(DataFolder()));
+}
+
+TEST_F(DataFolderTest, WithoutApplicationDataEverythingIsEmpty) {
+    const ShellFolderOverride redirected(L"AppData", L"Q:\\nowhere");
+    EXPECT_EQ(GetDataFolder(), L"");
+    EXPECT_EQ(GetSettingsPath(), L"");
+    EXPECT_FALSE(EnsureSettingsFile());
+    EXPECT_EQ(Engine().settingsPath, L"");
+    EXPECT_FALSE(IsOwnDataFolder(GetDataFolder()));
+}
+
+TEST_F(DataFolderTest, FileInPlaceOfTheFolderIsNoLink) {
+    ASSERT_TRUE(WriteFileBytes(DataFolder(), "in the way"));
+    EXPECT_EQ(GetDataFolder(), DataFolder());
+    EXPECT_FALSE(EnsureSettingsFile());
+    EXPECT_EQ(ReadFileBytes(DataFolder()), "in the way");
+}
+
+TEST_F(DataFolderTest, BindingFollowsThePath) {
+    RefreshEngineBinding();
+    EXPECT_EQ(Engine().settingsPath, SettingsPath());
+    const ShellFolderOverride redirected(L"AppData", L"Q:\\nowhere");
+    RefreshEngineBinding();
+    EXPECT_EQ(Engine().settingsPath, L"");
+}
+
+// A folder elsewhere that a link in place of the data folder leads to.
+class LinkedDataFolderTest : public DataFolderTest {
+protected:
+    void SetUp() override {
+        DataFolderTest::SetUp();
+        if (IsSkipped()) {
+            return;
+        }
+        target_ = RoamingFolder() + L"\\Link target";
+        CreateDirectoryW(target_.c_str(), nullptr);
+        ASSERT_TRUE(WriteFileBytes(Settings(), "@pinning=0\nplanted\n"));
+        ASSERT_TRUE(MakeDirectoryLink(DataFolder(), target_));
+        ASSERT_EQ(ReadSettings(), "@pinning=0\nplanted\n") << "the link leads there";
+    }
+    void TearDown() override {
+        if (!IsSkipped()) {
+            RemoveLink(DataFolder());
+            DeleteFileW(Settings().c_str());
+            EXPECT_NE(RemoveDirectoryW(target_.c_str()), FALSE) << "something was put there";
+        }
+        DataFolderTest::TearDown();
+    }
+
+    [[nodiscard]] std::wstring Settings() const { return target_ + L"\\config.txt"; }
+
+private:
+    std::wstring target_;
+};
+
+TEST_F(LinkedDataFolderTest, LinkMeansThatThereIsNoFolder) {
+    EXPECT_EQ(GetDataFolder(), L"");
+    EXPECT_EQ(GetSettingsPath(), L"");
+    EXPECT_FALSE(IsOwnDataFolder(DataFolder()));
+}
+
+TEST_F(LinkedDataFolderTest, NothingIsReadOrWrittenThroughTheLink) {
+    EXPECT_FALSE(EnsureSettingsFile());
+    RefreshEngineBinding();
+    EXPECT_EQ(Engine().settingsPath, L"");
+    ReloadSettings();
+    EXPECT_TRUE(Engine().pinList.pinning);
+    EXPECT_TRUE(Engine().pinList.entries.empty());
+    AddWindow(L"Alpha");
+    SetPinning(false);
+    EXPECT_EQ(ReadFileBytes(Settings()), "@pinning=0\nplanted\n");
+    ASSERT_NE(DeleteFileW(Settings().c_str()), FALSE);
+    EXPECT_FALSE(EnsureSettingsFile());
+    AddWindow(L"Beta");
+    EXPECT_FALSE(PathExists(Settings()));
+}
+
+// By which other names no folder is: a matter of the path alone, tested without folders.
+TEST_F(DataFolderTest, FolderOfTheProgramIsItsOwn) {
+    EXPECT_TRUE(IsOwnDataFolder(GetDataFolder()));
+}
+
+}  // namespace
+}  // namespace morvane::test

@@ -1,0 +1,51 @@
+// A removal that gets stuck part-way, and is asked for again.
+
+#include <array>
+#include <gtest/gtest.h>
+#include <string>
+
+#include "base/owners.h"
+#include "shell/data_removal.h"
+#include "support/test_environment.h"
+#include "support/test_files.h"
+
+namespace morvane::test {
+namespace {
+
+class DataRemovalFailureTest : public testing::Test {
+protected:
+    void SetUp() override {
+        MORVANE_REQUIRE_DISPOSABLE_PROFILE();
+        ResetProfile();
+    }
+};
+
+// Three levels with a file in each, of which somebody holds one open.
+TEST_F(DataRemovalFailureTest, HeldFileAndItsFoldersStayUntilItIsReleased) {
+    const std::array<std::wstring, 3> folders = {DataFolder(), DataFolder() + L"\\a",
+                                                 DataFolder() + L"\\a\\b"};
+    for (std::size_t held = 0; held < folders.size(); ++held) {
+        SCOPED_TRACE(held);
+        for (const std::wstring& folder : folders) {
+            ASSERT_NE(CreateDirectoryW(folder.c_str(), nullptr), FALSE);
+            ASSERT_TRUE(WriteFileBytes(folder + L"\\file.txt", "content"));
+        }
+        const std::wstring file = folders.at(held) + L"\\file.txt";
+        {
+            const FileHandle holder(CreateFileW(file.c_str(), GENERIC_READ, FILE_SHARE_READ,
+                                                nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL,
+                                                nullptr));
+            ASSERT_TRUE(holder);
+            EXPECT_FALSE(RemoveAllData());
+            EXPECT_EQ(ReadFileBytes(file), "content");
+            for (std::size_t level = 0; level <= held; ++level) {
+                EXPECT_TRUE(PathExists(folders.at(level))) << level;
+            }
+        }
+        EXPECT_TRUE(RemoveAllData());
+        EXPECT_FALSE(PathExists(DataFolder()));
+    }
+}
+
+}  // namespace
+}  // namespace morvane::test

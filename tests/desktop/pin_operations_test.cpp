@@ -1,0 +1,235 @@
+// The commands that change the list: the list, the file, the windows and the balloons afterwards.
+
+#include "pin/pin_operations.h"
+
+#include <gtest/gtest.h>
+#include <string>
+#include <vector>
+
+#include "base/owners.h"
+#include "desktop/engine_test.h"
+#include "pin/engine.h"
+#include "pin/settings_sync.h"
+#include "support/test_environment.h"
+#include "support/window_state.h"
+
+namespace morvane::test {
+namespace {
+
+using Requests = std::vector<std::string>;
+
+class PinOperationsTest : public EngineTest {
+protected:
+    void SetUp() override {
+        EngineTest::SetUp();
+        if (!IsSkipped()) {
+            ASSERT_TRUE(WriteSettings(""));
+        }
+    }
+};
+
+TEST_F(PinOperationsTest, AddedTitleIsAppendedAndWrittenWithoutAPass) {
+    const HWND window = Window(L"Alpha");
+    LoadSettings("beta\t10\t20\n");
+    AddWindow(L"Alpha");
+    EXPECT_EQ(ReadSettings(), WrittenSettings("beta\t10\t20\nAlpha\n"));
+    EXPECT_TRUE(Asked(window).empty());
+    AddWindow(L"alphabet");
+    EXPECT_EQ(ReadSettings(), WrittenSettings("beta\t10\t20\nAlpha\nalphabet\n"));
+}
+
+TEST_F(PinOperationsTest, EmptyAndKnownTitlesAreNotAdded) {
+    LoadSettings("Alpha\n");
+    const std::string asWritten = ReadSettings().value_or("");
+    for (const wchar_t* title : {L"", L"Alpha", L"ALPHA", L"alpha"}) {
+        AddWindow(title);
+        EXPECT_EQ(Engine().pinList.entries.size(), 1U) << testing::PrintToString(title);
+        EXPECT_EQ(ReadSettings(), asWritten) << "not saved either";
+    }
+}
+
+TEST_F(PinOperationsTest, LongTitleIsCutToThePatternLength) {
+    AddWindow(std::wstring(600, L'x'));
+    ASSERT_EQ(Engine().pinList.entries.size(), 1U);
+    EXPECT_EQ(Engine().pinList.entries[0].pattern, std::wstring(512, L'x'));
+    EXPECT_EQ(ReadSettings(), WrittenSettings(std::string(512, 'x') + "\n"));
+    AddWindowWithMinSize(nullptr, 10, 20, std::wstring(600, L'y'));
+    EXPECT_EQ(ReadSettings(),
+              WrittenSettings(std::string(512, 'x') + "\n" + std::string(512, 'y') + "\t10\t20\n"));
+}
+
+TEST_F(PinOperationsTest, FullListTakesNoMoreTitles) {
+    LoadSettings(FullSettings());
+    const std::string asWritten = ReadSettings().value_or("");
+    ASSERT_EQ(Engine().pinList.entries.size(), MaxPinEntries);
+    AddWindow(L"One more");
+    EXPECT_EQ(Engine().pinList.entries.size(), MaxPinEntries);
+    EXPECT_EQ(ReadSettings(), asWritten);
+    RemoveEntry(99);
+    AddWindow(L"One more");
+    EXPECT_EQ(Engine().pinList.entries.size(), MaxPinEntries);
+    EXPECT_EQ(Engine().pinList.entries.back().pattern, L"One more");
+}
+
+TEST_F(PinOperationsTest, ToggleAtTheLimitAddsNothingButStillRunsAPass) {
+    const HWND listed = Window(L"entry-7.");
+    const HWND wanted = Window(L"Wanted");
+    LoadSettings(FullSettings());
+    ToggleWindow(L"Wanted");
+    EXPECT_EQ(Engine().pinList.entries.size(), MaxPinEntries);
+    EXPECT_TRUE(IsTopmost(listed));
+    EXPECT_FALSE(IsTopmost(wanted));
+}
+
+TEST_F(PinOperationsTest, MinimumSizeAtTheLimitSavesNothingAndRunsNoPass) {
+    const HWND listed = Window(L"entry-7.");
+    LoadSettings(FullSettings());
+    const std::string asWritten = ReadSettings().value_or("");
+    AddWindowWithMinSize(nullptr, 600, 500, L"Wanted");
+    EXPECT_EQ(ReadSettings(), asWritten);
+    EXPECT_TRUE(Asked(listed).empty());
+    AddWindowWithMinSize(nullptr, 600, 500, L"entry-7.");
+    EXPECT_EQ(Engine().pinList.entries[7].minWidth, 600);
+    EXPECT_EQ(WindowSize(listed).cx, 600);
+}
+
+TEST_F(PinOperationsTest, MinimumSizeGoesToTheEntryThatIdentifiesTheTitle) {
+    const HWND window = Window(L"a.txt - Notepad");
+    LoadSettings("note\nnotepad\n");
+    AddWindowWithMinSize(window, 500, 450, L"a.txt - Notepad");
+    EXPECT_EQ(ReadSettings(), WrittenSettings("note\nnotepad\t500\t450\n"));
+    EXPECT_EQ(Asked(window), Requests({GrowRequest(100, 100, 500, 450), TopmostRequest}));
+    AddWindowWithMinSize(window, 300, 0, L"a.txt - Notepad");
+    EXPECT_EQ(ReadSettings(), WrittenSettings("note\nnotepad\t300\t0\n")) << "measured again";
+    EXPECT_EQ(WindowSize(window).cx, 500) << "never shrunk";
+}
+
+TEST_F(PinOperationsTest, MinimumSizesAreClamped) {
+    struct Case {
+        std::int32_t size;
+        const char* stored;
+    };
+    const std::vector<Case> cases = {{-1, "0"},        {0, "0"},           {1, "1"},
+                                     {8191, "8191"},   {8192, "8192"},     {8193, "8192"},
+                                     {INT32_MIN, "0"}, {INT32_MAX, "8192"}};
+    for (const Case& item : cases) {
+        LoadSettings("");
+        AddWindowWithMinSize(nullptr, item.size, 7, L"New");
+        EXPECT_EQ(ReadSettings(), WrittenSettings(std::string("New\t") + item.stored + "\t7\n"));
+        LoadSettings("new\n");
+        AddWindowWithMinSize(nullptr, 7, item.size, L"New");
+        EXPECT_EQ(ReadSettings(), WrittenSettings(std::string("new\t7\t") + item.stored + "\n"));
+    }
+}
+
+TEST_F(PinOperationsTest, RemovalReleasesAllAndPinsTheRestAgain) {
+    const HWND alpha = Window(L"Alpha");
+    const HWND beta = Window(L"Beta");
+    const HWND gamma = Window(L"Gamma");
+    ApplySettings("alpha\nbeta\ngamma\t5\t6\n");
+    for (const HWND window : {alpha, beta, gamma}) {
+        Other().ForgetRecords(window);
+    }
+    RemoveEntry(1);
+    EXPECT_EQ(ReadSettings(), WrittenSettings("alpha\ngamma\t5\t6\n"));
+    EXPECT_EQ(Asked(alpha), Requests({OrdinaryRequest, TopmostRequest}));
+    EXPECT_EQ(Asked(beta), Requests({OrdinaryRequest}));
+    EXPECT_EQ(Asked(gamma), Requests({OrdinaryRequest, TopmostRequest}));
+    EXPECT_EQ(InDesktopOrder({alpha, beta, gamma}), std::vector<HWND>({alpha, gamma, beta}));
+}
+
+TEST_F(PinOperationsTest, RemovalBeyondTheEndDoesNothing) {
+    const HWND window = Window(L"Alpha");
+    LoadSettings("alpha\n");
+    const std::string asWritten = ReadSettings().value_or("");
+    RemoveEntry(1);
+    RemoveEntry(SIZE_MAX);
+    EXPECT_EQ(Engine().pinList.entries.size(), 1U);
+    EXPECT_EQ(ReadSettings(), asWritten);
+    EXPECT_TRUE(Asked(window).empty());
+}
+
+TEST_F(PinOperationsTest, ToggleAddsAndPinsThenRemovesAndReleases) {
+    const HWND window = Window(L"Alpha - Editor");
+    ToggleWindow(L"Alpha - Editor");
+    EXPECT_EQ(ReadSettings(), WrittenSettings("Alpha - Editor\n"));
+    EXPECT_TRUE(IsTopmost(window));
+    ToggleWindow(L"ALPHA - EDITOR");
+    EXPECT_EQ(ReadSettings(), WrittenSettings(""));
+    EXPECT_FALSE(IsTopmost(window));
+    EXPECT_TRUE(Engine().pinnedWindows.empty());
+}
+
+TEST_F(PinOperationsTest, ToggleRemovesTheShorterPatternThatIdentifiesTheTitle) {
+    const HWND window = Window(L"notes.txt - Notepad");
+    ApplySettings("other\nnotepad\n");
+    ToggleWindow(L"notes.txt - Notepad");
+    EXPECT_EQ(ReadSettings(), WrittenSettings("other\n"));
+    EXPECT_FALSE(IsTopmost(window));
+    ToggleWindow(L"notes.txt - Notepad");
+    EXPECT_EQ(ReadSettings(), WrittenSettings("other\nnotes.txt - Notepad\n"));
+    EXPECT_TRUE(IsTopmost(window));
+}
+
+TEST_F(PinOperationsTest, ToggledTitleThatReadsAsACommentIsGoneAfterThePass) {
+    const HWND window = Window(L"#general");
+    ToggleWindow(L"#general");
+    EXPECT_EQ(ReadSettings(), WrittenSettings("#general\n"));
+    EXPECT_TRUE(Engine().pinList.entries.empty());
+    EXPECT_FALSE(IsTopmost(window));
+}
+
+TEST_F(PinOperationsTest, MasterSwitchReleasesAndPinsAtOnce) {
+    const HWND window = Window(L"Alpha");
+    ApplySettings("alpha\n");
+    SetPinning(false);
+    EXPECT_EQ(ReadSettings(), std::string(SettingsHeader) + "@pinning=0\nalpha\n");
+    EXPECT_FALSE(IsTopmost(window));
+    EXPECT_TRUE(Engine().pinnedWindows.empty());
+    SetPinning(false);
+    EXPECT_FALSE(IsTopmost(window));
+    SetPinning(true);
+    EXPECT_EQ(ReadSettings(), WrittenSettings("alpha\n"));
+    EXPECT_TRUE(IsTopmost(window));
+    EXPECT_EQ(Asked(window), Requests({TopmostRequest, OrdinaryRequest, TopmostRequest}));
+}
+
+TEST_F(PinOperationsTest, SavingCreatesAMissingFile) {
+    const std::vector<void (*)()> operations = {
+        [] { AddWindow(L"Alpha"); }, [] { ToggleWindow(L"Alpha"); },
+        [] { AddWindowWithMinSize(nullptr, 0, 0, L"Alpha"); }};
+    for (void (*operation)() : operations) {
+        ASSERT_NE(DeleteFileW(SettingsPath().c_str()), FALSE);
+        Engine().pinList = PinList{};
+        operation();
+        EXPECT_EQ(ReadSettings(), WrittenSettings("Alpha\n"));
+    }
+}
+
+TEST_F(PinOperationsTest, WithoutASettingsPathNothingIsSavedAndThePassForgets) {
+    const HWND window = Window(L"Alpha");
+    Engine().settingsPath.clear();
+    AddWindow(L"Alpha");
+    EXPECT_EQ(Engine().pinList.entries.size(), 1U);
+    ToggleWindow(L"Beta");
+    EXPECT_TRUE(Engine().pinList.entries.empty());
+    SetPinning(false);
+    EXPECT_FALSE(Engine().pinList.pinning);
+    SetPinning(true);
+    EXPECT_FALSE(IsTopmost(window));
+    EXPECT_EQ(ReadSettings(), "");
+}
+
+TEST_F(PinOperationsTest, FailedSaveLeavesTheChangeUntilTheNextReload) {
+    LoadSettings("alpha\n");
+    const FileHandle reader(CreateFileW(SettingsPath().c_str(), GENERIC_READ, FILE_SHARE_READ,
+                                        nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+    ASSERT_TRUE(reader);
+    AddWindow(L"Beta");
+    EXPECT_EQ(Engine().pinList.entries.size(), 2U);
+    ReloadSettings();
+    EXPECT_EQ(Engine().pinList.entries.size(), 1U);
+}
+
+}  // namespace
+}  // namespace morvane::test

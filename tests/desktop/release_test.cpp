@@ -1,0 +1,201 @@
+// Releasing: who gets a request, who is only forgotten, and what stays as it was.
+
+#include <chrono>
+#include <functional>
+#include <gtest/gtest.h>
+
+#include "desktop/engine_test.h"
+#include "pin/enforcement.h"
+#include "pin/engine.h"
+#include "pin/pin_operations.h"
+#include "support/test_environment.h"
+#include "support/window_state.h"
+
+namespace morvane::test {
+namespace {
+
+using namespace std::chrono_literals;
+using Requests = std::vector<std::string>;
+
+class ReleaseTest : public EngineTest {};
+
+TEST_F(ReleaseTest, EveryRememberedWindowIsAskedOnceToBeOrdinary) {
+    const HWND alpha = Window(L"Alpha");
+    const HWND beta = Window(L"Beta");
+    ApplySettings("alpha\t600\t0\nbeta\n");
+    Other().ForgetRecords(alpha);
+    Other().ForgetRecords(beta);
+    ReleaseAll();
+    for (const HWND window : {alpha, beta}) {
+        EXPECT_EQ(Asked(window), Requests({OrdinaryRequest}));
+        EXPECT_FALSE(IsTopmost(window));
+        EXPECT_NE(IsWindowVisible(window), FALSE);
+    }
+    EXPECT_TRUE(Engine().pinnedWindows.empty());
+    EXPECT_EQ(WindowSize(alpha).cx, 600) << "the size stays";
+    ReleaseAll();
+    EXPECT_EQ(Asked(alpha).size(), 1U) << "nothing is remembered any more";
+}
+
+TEST_F(ReleaseTest, WindowsThatWereTopmostBeforeAreReleasedOnlyIfTheyWerePinned) {
+    const HWND pinned = Other().Create({.title = L"Alpha", .exStyle = WS_EX_TOPMOST});
+    const HWND never = Other().Create({.title = L"Clock", .exStyle = WS_EX_TOPMOST});
+    ApplySettings("alpha\n");
+    ApplySettings("@pinning=0\nalpha\n");
+    EXPECT_FALSE(IsTopmost(pinned));
+    EXPECT_TRUE(IsTopmost(never));
+    EXPECT_TRUE(Asked(never).empty());
+}
+
+TEST_F(ReleaseTest, PinningSwitchedOffInTheFileReleasesOnce) {
+    const HWND window = Window(L"Alpha");
+    ApplySettings("alpha\n");
+    Other().ForgetRecords(window);
+    ApplySettings("alpha\n@pinning=off\n");
+    EXPECT_EQ(Asked(window), Requests({OrdinaryRequest}));
+    EXPECT_TRUE(Engine().pinnedWindows.empty());
+    ApplyAll();
+    EXPECT_EQ(Asked(window).size(), 1U);
+    ApplySettings("alpha\n@pinning=1\n");
+    EXPECT_TRUE(IsTopmost(window));
+}
+
+TEST_F(ReleaseTest, ReleaseTakesNoFocus) {
+    const HWND pinned = Window(L"Alpha");
+    const HWND working = Window(L"Document");
+    ApplySettings("alpha\n");
+    ASSERT_TRUE(Other().BringToForeground(working));
+    ReleaseAll();
+    EXPECT_FALSE(IsTopmost(pinned));
+    EXPECT_EQ(GetForegroundWindow(), working);
+}
+
+TEST_F(ReleaseTest, MinimisedWindowIsReleasedAndStaysMinimised) {
+    const HWND window = Window(L"Alpha");
+    ApplySettings("alpha\n");
+    Other().Minimise(window);
+    ReleaseAll();
+    EXPECT_FALSE(IsTopmost(window));
+    EXPECT_NE(IsIconic(window), FALSE);
+}
+
+TEST_F(ReleaseTest, DeadAndDyingWindowsAreDropped) {
+    const HWND dead = Window(L"Alpha dead");
+    const HWND dying = Window(L"Alpha dying");
+    const HWND living = Window(L"Alpha living");
+    ApplySettings("alpha\n");
+    Other().Destroy(dead);
+    Other().ForgetRecords(dead);
+    Other().DieOnRequest(dying, 1);
+    ReleaseAll();
+    EXPECT_TRUE(Asked(dead).empty());
+    EXPECT_EQ(IsWindow(dying), FALSE);
+    EXPECT_FALSE(IsTopmost(living));
+    EXPECT_TRUE(Engine().pinnedWindows.empty());
+}
+
+TEST_F(ReleaseTest, RefusingWindowIsForgottenToo) {
+    const HWND window = Window(L"Alpha");
+    ApplySettings("alpha\n");
+    Other().Refuse(window);
+    ReleaseAll();
+    EXPECT_TRUE(IsTopmost(window));
+    EXPECT_TRUE(Engine().pinnedWindows.empty());
+}
+
+TEST_F(ReleaseTest, HungWindowDelaysTheReleaseAndIsReleased) {
+    const HWND window = Window(L"Alpha");
+    ApplySettings("alpha\n");
+    constexpr auto HangTime = 500ms;
+    const auto start = std::chrono::steady_clock::now();
+    Other().Hang(HangTime);
+    ReleaseAll();
+    EXPECT_GE(std::chrono::steady_clock::now() - start, HangTime);
+    EXPECT_FALSE(IsTopmost(window));
+}
+
+// What makes a pinned window stop qualifying.
+struct Disqualification {
+    const char* name;
+    std::function<void(Actor&, HWND)> apply;
+};
+
+class PruneTest : public EngineTest, public testing::WithParamInterface<Disqualification> {};
+
+TEST_P(PruneTest, WindowIsForgottenAsItIsAndNotReleasedLater) {
+    const HWND window = Other().Create({.className = L"#32770", .title = L"Alpha"});
+    const HWND kept = Window(L"Alpha too");
+    ApplySettings("alpha\n");
+    ASSERT_TRUE(IsTopmost(window));
+    GetParam().apply(Other(), window);
+    Other().ForgetRecords(window);
+    Other().ForgetRecords(kept);
+    ApplyAll();
+    EXPECT_TRUE(Asked(window).empty());
+    EXPECT_EQ(Engine().pinnedWindows, PinnedWindowSet({kept}));
+    SetPinning(false);
+    EXPECT_TRUE(Asked(window).empty());
+    EXPECT_TRUE(IsTopmost(window));
+    EXPECT_FALSE(IsTopmost(kept));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Every, PruneTest,
+    testing::Values(
+        Disqualification{"TitleChanged",
+                         [](Actor& actor, HWND window) { actor.SetTitle(window, L"Gamma"); }},
+        Disqualification{"TitleTakenAway",
+                         [](Actor& actor, HWND window) { actor.SetTitle(window, L""); }},
+        Disqualification{"Hidden", [](Actor& actor, HWND window) { actor.Hide(window); }},
+        Disqualification{"Owned",
+                         [](Actor& actor, HWND window) {
+                             const HWND owner = actor.Create({.title = L"Owner"});
+                             SetWindowLongPtrW(window, GWLP_HWNDPARENT,
+                                               reinterpret_cast<LONG_PTR>(owner));
+                             ASSERT_EQ(GetWindow(window, GW_OWNER), owner);
+                         }},
+        Disqualification{
+            "Protected",
+            [](Actor& actor, HWND window) { actor.SetTitle(window, L"Alpha - Windows Security"); }},
+        Disqualification{"OwnWindow",
+                         [](Actor& /*actor*/, HWND window) { Engine().ownWindow = window; }}),
+    [](const testing::TestParamInfo<Disqualification>& item) { return item.param.name; });
+
+TEST_F(ReleaseTest, EntryTakenOutOfTheFileLeavesItsWindowsTopmost) {
+    const HWND window = Window(L"Alpha");
+    ApplySettings("alpha\n");
+    Other().ForgetRecords(window);
+    ApplySettings("beta\n");
+    ApplySettings("@pinning=0\n");
+    EXPECT_TRUE(Asked(window).empty());
+    EXPECT_TRUE(IsTopmost(window));
+}
+
+TEST_F(ReleaseTest, ForgottenWindowIsRememberedAgainOnceItQualifies) {
+    const HWND window = Window(L"Alpha");
+    ApplySettings("alpha\n");
+    Other().SetTitle(window, L"Gamma");
+    ApplyAll();
+    ASSERT_TRUE(Engine().pinnedWindows.empty());
+    Other().SetTitle(window, L"alpha again");
+    ApplyAll();
+    EXPECT_EQ(Engine().pinnedWindows, PinnedWindowSet({window}));
+    ReleaseAll();
+    EXPECT_FALSE(IsTopmost(window));
+}
+
+TEST_F(ReleaseTest, PruningKeepsWhatQualifiesAndDropsTheDead) {
+    const HWND kept = Window(L"Alpha");
+    const HWND dead = Window(L"Alpha dead");
+    const HWND minimised = Window(L"Alpha minimised");
+    ApplySettings("alpha\n");
+    Other().Destroy(dead);
+    Other().Minimise(minimised);
+    Other().ForgetRecords(kept);
+    PruneRemembered();
+    EXPECT_EQ(Engine().pinnedWindows, PinnedWindowSet({kept, minimised}));
+    EXPECT_TRUE(Asked(kept).empty());
+}
+
+}  // namespace
+}  // namespace morvane::test

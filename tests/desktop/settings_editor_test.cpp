@@ -1,0 +1,186 @@
+// "Open settings": the file is made sure of, read again, and really opened by Notepad.
+
+#include "shell/settings_editor.h"
+
+#include <algorithm>
+#include <gtest/gtest.h>
+#include <string>
+#include <vector>
+
+#include "base/owners.h"
+#include "base/win_shell.h"
+#include "desktop/engine_test.h"
+#include "pin/engine.h"
+#include "support/test_environment.h"
+#include "support/test_files.h"
+#include "support/wait.h"
+#include "support/window_state.h"
+
+#include <winternl.h>
+
+namespace morvane::test {
+namespace {
+
+constexpr const wchar_t* NotepadClass = L"Notepad";
+
+// What the only text field of the window holds.
+std::wstring TextInside(HWND window) {
+    const HWND edit = FindWindowExW(window, nullptr, L"Edit", nullptr);
+    std::wstring text(5000, L'\0');
+    const LRESULT length = edit == nullptr ? 0
+                                           : SendMessageW(edit, WM_GETTEXT, text.size(),
+                                                          reinterpret_cast<LPARAM>(text.data()));
+    text.resize(static_cast<std::size_t>(length));
+    text.erase(std::remove(text.begin(), text.end(), L'\r'), text.end());
+    return text;
+}
+
+std::wstring Widened(const std::string& ascii) {
+    return {ascii.begin(), ascii.end()};
+}
+
+// As the process was started; empty when it cannot be told.
+std::wstring CommandLineOf(DWORD processId) {
+    using Query = NTSTATUS(NTAPI*)(HANDLE, PROCESSINFOCLASS, void*, ULONG, ULONG*);
+    constexpr auto CommandLineInformation = static_cast<PROCESSINFOCLASS>(60);
+    const auto query = reinterpret_cast<Query>(reinterpret_cast<void*>(
+        GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "NtQueryInformationProcess")));
+    const KernelHandle process(OpenProcess(PROCESS_QUERY_INFORMATION, FALSE, processId));
+    // The record of the text, with the text itself behind it.
+    std::vector<UNICODE_STRING> answer(500);
+    ULONG size = 0;
+    if (query(process.get(), CommandLineInformation, answer.data(),
+              static_cast<ULONG>(answer.size() * sizeof(UNICODE_STRING)), &size) < 0) {
+        return {};
+    }
+    return {answer[0].Buffer, answer[0].Length / sizeof(wchar_t)};
+}
+
+class SettingsEditorTest : public testing::Test {
+protected:
+    void SetUp() override {
+        MORVANE_REQUIRE_DISPOSABLE_PROFILE();
+        ASSERT_TRUE(com_);
+        ResetProfile();
+        Engine() = PinEngine{};
+        ASSERT_TRUE(NotepadWindows().empty());
+    }
+    void TearDown() override {
+        EndEditors();
+        Engine() = PinEngine{};
+    }
+
+    [[nodiscard]] static std::vector<HWND> NotepadWindows() {
+        return VisibleWindowsOfClass(NotepadClass);
+    }
+
+    // The only Notepad that has been started, once it shows this text; null when it does not.
+    [[nodiscard]] static HWND EditorShowing(const std::string& text) {
+        const auto shows = [&text] {
+            const std::vector<HWND> editors = NotepadWindows();
+            return editors.size() == 1 && TextInside(editors[0]) == Widened(text);
+        };
+        return WaitUntil(shows) ? NotepadWindows().front() : nullptr;
+    }
+
+    static void EndEditors() {
+        for (const HWND window : NotepadWindows()) {
+            const KernelHandle process(
+                OpenProcess(PROCESS_TERMINATE | SYNCHRONIZE, FALSE, ProcessOf(window)));
+            TerminateProcess(process.get(), 0);
+            EXPECT_TRUE(WaitForObject(process.get()));
+        }
+        EXPECT_TRUE(WaitUntil([] { return NotepadWindows().empty(); }));
+    }
+
+private:
+    ComApartment com_;
+};
+
+TEST_F(SettingsEditorTest, MissingFileIsWrittenWithTheCurrentList) {
+    EXPECT_TRUE(EnsureSettingsFile());
+    EXPECT_EQ(ReadSettings(), WrittenSettings(""));
+    EXPECT_EQ(Engine().settingsPath, SettingsPath());
+    ASSERT_NE(DeleteFileW(SettingsPath().c_str()), FALSE);
+    Engine().pinList = {.pinning = false,
+                        .entries = {{.pattern = L"alpha", .minWidth = 0, .minHeight = 600}}};
+    EXPECT_TRUE(EnsureSettingsFile());
+    EXPECT_EQ(ReadSettings(), std::string(SettingsHeader) + "@pinning=0\nalpha\t0\t600\n");
+}
+
+TEST_F(SettingsEditorTest, ExistingFileIsLeftAlone) {
+    ASSERT_TRUE(WriteSettings("mine\r\n"));
+    EXPECT_TRUE(EnsureSettingsFile());
+    EXPECT_EQ(ReadSettings(), "mine\r\n");
+    ASSERT_TRUE(WriteSettings(""));
+    EXPECT_TRUE(EnsureSettingsFile());
+    EXPECT_EQ(ReadSettings(), "");
+}
+
+TEST_F(SettingsEditorTest, NotepadShowsTheFileAndItIsReadAgain) {
+    const std::string text = "# mine\nalpha 640 480\n";
+    ASSERT_TRUE(WriteSettings(text));
+    Engine().pinList.entries = {{.pattern = L"stale"}};
+    OpenSettings();
+    const HWND editor = EditorShowing(text);
+    ASSERT_NE(editor, nullptr);
+    EXPECT_TRUE(WindowTitle(editor).starts_with(L"config.txt"));
+    EXPECT_EQ(ReadSettings(), text);
+    ASSERT_EQ(Engine().pinList.entries.size(), 1U);
+    EXPECT_EQ(Engine().pinList.entries[0].pattern, L"alpha");
+    EXPECT_EQ(Engine().pinList.entries[0].minWidth, 640);
+}
+
+TEST_F(SettingsEditorTest, DeletedFileIsWrittenAnewBeforeNotepadOpensIt) {
+    Engine().pinList.entries = {{.pattern = L"alpha"}};
+    OpenSettings();
+    EXPECT_EQ(ReadSettings(), WrittenSettings("alpha\n"));
+    EXPECT_NE(EditorShowing(WrittenSettings("alpha\n")), nullptr);
+    EXPECT_EQ(Engine().pinList.entries.size(), 1U);
+}
+
+TEST_F(SettingsEditorTest, BlanksInThePathSurvive) {
+    const std::wstring profile = RoamingFolder() + L"\\A user with blanks";
+    CreateDirectoryW(profile.c_str(), nullptr);
+    {
+        const ShellFolderOverride redirected(L"AppData", profile);
+        ASSERT_TRUE(WriteSettings("right file\n"));
+        OpenSettings();
+        const HWND editor = EditorShowing("right file\n");
+        EXPECT_NE(editor, nullptr);
+        // Quoted, although this Notepad would also find the file by a path in pieces.
+        EXPECT_TRUE(CommandLineOf(ProcessOf(editor)).ends_with(L" \"" + SettingsPath() + L"\""));
+        EndEditors();
+        RemoveDataFolder();
+    }
+    EXPECT_NE(RemoveDirectoryW(profile.c_str()), FALSE);
+}
+
+TEST_F(SettingsEditorTest, DirectoryInPlaceOfTheFileCountsAsExisting) {
+    ASSERT_NE(CreateDirectoryW(DataFolder().c_str(), nullptr), FALSE);
+    ASSERT_NE(CreateDirectoryW(SettingsPath().c_str(), nullptr), FALSE);
+    EXPECT_TRUE(EnsureSettingsFile());
+    Engine().pinList.entries = {{.pattern = L"stale"}};
+    OpenSettings();
+    EXPECT_TRUE(Engine().pinList.entries.empty());
+    EXPECT_TRUE(WaitUntil([] { return NotepadWindows().size() == 1; })) << "started all the same";
+    EXPECT_NE(RemoveDirectoryW(SettingsPath().c_str()), FALSE) << "nothing was put there";
+}
+
+TEST_F(SettingsEditorTest, WithoutASettingsPathNoEditorIsStarted) {
+    Engine().pinList = {.pinning = false, .entries = {{.pattern = L"stale"}}};
+    {
+        const ShellFolderOverride redirected(L"AppData", L"Q:\\nowhere");
+        OpenSettings();
+        EXPECT_TRUE(Engine().pinList.pinning);
+        EXPECT_TRUE(Engine().pinList.entries.empty());
+        OpenInEditor(L"");
+    }
+    // An editor that those calls had started would come before, or beside, this one.
+    ASSERT_TRUE(WriteSettings("only one\n"));
+    OpenInEditor(SettingsPath());
+    EXPECT_NE(EditorShowing("only one\n"), nullptr);
+}
+
+}  // namespace
+}  // namespace morvane::test

@@ -1,0 +1,217 @@
+// The settings file on a real disk, in the hands of other programs too.
+
+#include "settings/settings_file.h"
+
+#include <gtest/gtest.h>
+#include <string>
+#include <string_view>
+
+#include "base/owners.h"
+#include "desktop/engine_test.h"
+#include "support/test_environment.h"
+#include "support/test_files.h"
+
+namespace morvane::test {
+namespace {
+
+using namespace std::string_literals;
+
+constexpr DWORD ShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+
+class SettingsFileTest : public testing::Test {
+protected:
+    void SetUp() override {
+        MORVANE_REQUIRE_DISPOSABLE_PROFILE();
+        ResetProfile();
+        ASSERT_NE(CreateDirectoryW(DataFolder().c_str(), nullptr), FALSE);
+        path_ = SettingsPath();
+    }
+
+    [[nodiscard]] const std::wstring& Path() const { return path_; }
+
+    // As another program that has the file open.
+    [[nodiscard]] FileHandle Hold(DWORD access, DWORD sharing) const {
+        return FileHandle(CreateFileW(path_.c_str(), access, sharing, nullptr, OPEN_EXISTING,
+                                      FILE_ATTRIBUTE_NORMAL, nullptr));
+    }
+
+private:
+    std::wstring path_;
+};
+
+PinList ListOf(const std::wstring& pattern) {
+    return {.pinning = false, .entries = {{.pattern = pattern, .minWidth = 0, .minHeight = 600}}};
+}
+
+std::string TextOf(std::string_view pattern) {
+    return std::string(SettingsHeader) + "@pinning=0\n" + std::string(pattern) + "\t0\t600\n";
+}
+
+void ExpectDefault(const PinList& list) {
+    EXPECT_TRUE(list.pinning);
+    EXPECT_TRUE(list.entries.empty());
+}
+
+// Whether the file that a test wrote as ListOf(pattern) is read as such.
+void ExpectRead(const std::wstring& path, const std::wstring& pattern) {
+    const PinList list = ReadSettingsFile(path);
+    EXPECT_FALSE(list.pinning);
+    ASSERT_EQ(list.entries.size(), 1U);
+    EXPECT_EQ(list.entries[0].pattern, pattern);
+    EXPECT_EQ(list.entries[0].minWidth, 0);
+    EXPECT_EQ(list.entries[0].minHeight, 600);
+}
+
+TEST_F(SettingsFileTest, MissingFileIsReadAsTheDefaultAndNotCreated) {
+    ExpectDefault(ReadSettingsFile(Path()));
+    EXPECT_FALSE(PathExists(Path()));
+    ExpectDefault(ReadSettingsFile(L""));
+    ExpectDefault(ReadSettingsFile(DataFolder() + L"\\no folder\\config.txt"));
+}
+
+TEST_F(SettingsFileTest, WritingCreatesTheFileButNotItsFolder) {
+    EXPECT_TRUE(WriteSettingsFile(Path(), ListOf(L"notes")));
+    EXPECT_EQ(ReadFileBytes(Path()), TextOf("notes"));
+    const std::wstring folder = DataFolder() + L"\\no folder";
+    EXPECT_FALSE(WriteSettingsFile(folder + L"\\config.txt", ListOf(L"notes")));
+    EXPECT_FALSE(PathExists(folder));
+    EXPECT_FALSE(WriteSettingsFile(L"", ListOf(L"notes")));
+}
+
+TEST_F(SettingsFileTest, WrittenFileHoldsTheCanonicalTextByteForByte) {
+    const PinList list{
+        .pinning = false,
+        .entries = {{.pattern = L"notepad"},
+                    {.pattern = L"Visual Studio Code", .minWidth = 1280, .minHeight = 720},
+                    {.pattern = L"\x65E5\x672C \xD83D\xDE00 \x00C9"}}};
+    ASSERT_TRUE(WriteSettingsFile(Path(), list));
+    EXPECT_EQ(ReadFileBytes(Path()), std::string(SettingsHeader) +
+                                         "@pinning=0\nnotepad\nVisual Studio Code\t1280\t720\n"
+                                         "\xE6\x97\xA5\xE6\x9C\xAC \xF0\x9F\x98\x80 \xC3\x89\n");
+    const PinList read = ReadSettingsFile(Path());
+    ASSERT_EQ(read.entries.size(), 3U);
+    EXPECT_EQ(read.entries[2].pattern, list.entries[2].pattern);
+}
+
+TEST_F(SettingsFileTest, ShorterContentReplacesTheFileWhole) {
+    ASSERT_TRUE(WriteFileBytes(Path(), std::string(100'000, 'x')));
+    ASSERT_TRUE(WriteSettingsFile(Path(), ListOf(L"notes")));
+    EXPECT_EQ(ReadFileBytes(Path()), TextOf("notes"));
+    ASSERT_TRUE(WriteSettingsFile(Path(), PinList{}));
+    EXPECT_EQ(ReadFileBytes(Path()), WrittenSettings(""));
+}
+
+TEST_F(SettingsFileTest, FilesOfEverySizeAreReadToTheEnd) {
+    // Around the sizes at which a reader might stop short.
+    for (const std::size_t size : {0U, 1U, 4095U, 4096U, 4097U, 8192U, 65536U, 3'000'000U}) {
+        std::string bytes(size, '#');
+        bytes += "\n@pinning=off\nnotes\t0\t600";
+        ASSERT_TRUE(WriteFileBytes(Path(), bytes));
+        SCOPED_TRACE(size);
+        ExpectRead(Path(), L"notes");
+    }
+    ASSERT_TRUE(WriteFileBytes(Path(), ""));
+    ExpectDefault(ReadSettingsFile(Path()));
+}
+
+TEST_F(SettingsFileTest, ControlBytesDoNotEndTheFile) {
+    ASSERT_TRUE(WriteFileBytes(Path(), "#\x1A\n@pinning=0\r\nnotes\t0\t600\r\n"));
+    ExpectRead(Path(), L"notes");
+    ASSERT_TRUE(WriteFileBytes(Path(), "#\0\n@pinning=0\nnotes\t0\t600"s));
+    ExpectRead(Path(), L"notes");
+}
+
+TEST_F(SettingsFileTest, FullListSurvivesARoundTrip) {
+    PinList list;
+    for (int index = 0; index < 100; ++index) {
+        const std::wstring pattern(512, static_cast<wchar_t>(0x4E00 + index));
+        list.entries.push_back({.pattern = pattern, .minWidth = index, .minHeight = 8192});
+    }
+    ASSERT_TRUE(WriteSettingsFile(Path(), list));
+    const PinList read = ReadSettingsFile(Path());
+    ASSERT_EQ(read.entries.size(), 100U);
+    for (std::size_t index = 0; index < 100; ++index) {
+        EXPECT_EQ(read.entries[index].pattern, list.entries[index].pattern);
+        EXPECT_EQ(read.entries[index].minWidth, list.entries[index].minWidth);
+        EXPECT_EQ(read.entries[index].minHeight, 8192);
+    }
+}
+
+TEST_F(SettingsFileTest, FileOfAnExclusiveOwnerIsNeitherReadNorWritten) {
+    ASSERT_TRUE(WriteFileBytes(Path(), TextOf("notes")));
+    {
+        const FileHandle owner = Hold(GENERIC_READ, 0);
+        ASSERT_TRUE(owner);
+        ExpectDefault(ReadSettingsFile(Path()));
+        EXPECT_FALSE(WriteSettingsFile(Path(), PinList{}));
+    }
+    EXPECT_EQ(ReadFileBytes(Path()), TextOf("notes"));
+}
+
+TEST_F(SettingsFileTest, FileOfAReaderThatAllowsNoWriterIsReadOnly) {
+    ASSERT_TRUE(WriteFileBytes(Path(), TextOf("notes")));
+    const FileHandle reader = Hold(GENERIC_READ, FILE_SHARE_READ);
+    ASSERT_TRUE(reader);
+    ExpectRead(Path(), L"notes");
+    EXPECT_FALSE(WriteSettingsFile(Path(), PinList{}));
+    ExpectRead(Path(), L"notes");
+}
+
+TEST_F(SettingsFileTest, FileHeldOpenByAWriterIsReadAndRewritten) {
+    ASSERT_TRUE(WriteFileBytes(Path(), TextOf("notes")));
+    const FileHandle editor = Hold(GENERIC_READ | GENERIC_WRITE, ShareAll);
+    ASSERT_TRUE(editor);
+    ExpectRead(Path(), L"notes");
+    ASSERT_TRUE(WriteSettingsFile(Path(), ListOf(L"other")));
+    ExpectRead(Path(), L"other");
+    // Rewritten in place: the editor's handle still belongs to the file.
+    std::string seen(1000, '\0');
+    DWORD count = 0;
+    ASSERT_NE(::ReadFile(editor.get(), seen.data(), 1000, &count, nullptr), FALSE);
+    seen.resize(count);
+    EXPECT_EQ(seen, TextOf("other"));
+}
+
+TEST_F(SettingsFileTest, ReadOnlyFileIsReadAndNotWritten) {
+    ASSERT_TRUE(WriteFileBytes(Path(), TextOf("notes")));
+    ASSERT_NE(SetFileAttributesW(Path().c_str(), FILE_ATTRIBUTE_READONLY), FALSE);
+    ExpectRead(Path(), L"notes");
+    // Wine leaves the attribute to the host, which lets its administrator write all the same.
+    if (Hold(GENERIC_WRITE, ShareAll)) {
+        GTEST_SKIP() << "this user may write to read-only files";
+    }
+    EXPECT_FALSE(WriteSettingsFile(Path(), PinList{}));
+    EXPECT_EQ(ReadFileBytes(Path()), TextOf("notes"));
+    ASSERT_NE(SetFileAttributesW(Path().c_str(), FILE_ATTRIBUTE_NORMAL), FALSE);
+    EXPECT_TRUE(WriteSettingsFile(Path(), PinList{}));
+}
+
+TEST_F(SettingsFileTest, PathsOutsideTheAnsiCodePageWork) {
+    const std::wstring folder = DataFolder() + L"\\\x65E5\x672C \x041C\x0438\x0440 \xD83D\xDE00";
+    ASSERT_NE(CreateDirectoryW(folder.c_str(), nullptr), FALSE);
+    const std::wstring path = folder + L"\\config \x8A2D\x5B9A.txt";
+    EXPECT_TRUE(WriteSettingsFile(path, ListOf(L"notes")));
+    EXPECT_EQ(ReadFileBytes(path), TextOf("notes"));
+    ExpectRead(path, L"notes");
+}
+
+TEST_F(SettingsFileTest, DirectoryInPlaceOfTheFileIsNoFile) {
+    ASSERT_NE(CreateDirectoryW(Path().c_str(), nullptr), FALSE);
+    ExpectDefault(ReadSettingsFile(Path()));
+    EXPECT_FALSE(WriteSettingsFile(Path(), PinList{}));
+    EXPECT_NE(GetFileAttributesW(Path().c_str()) & FILE_ATTRIBUTE_DIRECTORY, 0U);
+}
+
+TEST_F(SettingsFileTest, LeavesNoHandleAndNoOtherFileBehind) {
+    ASSERT_TRUE(WriteSettingsFile(Path(), ListOf(L"notes")));
+    ExpectRead(Path(), L"notes");
+    {
+        const FileHandle sole = Hold(GENERIC_READ | GENERIC_WRITE, 0);
+        EXPECT_TRUE(sole) << "an open handle would forbid this";
+    }
+    EXPECT_NE(DeleteFileW(Path().c_str()), FALSE);
+    EXPECT_NE(RemoveDirectoryW(DataFolder().c_str()), FALSE) << "a second file would forbid this";
+}
+
+}  // namespace
+}  // namespace morvane::test

@@ -1,0 +1,176 @@
+// The tray icon and its balloons: as the taskbar is told of them, and as it shows them.
+
+#include "ui/tray_icon.h"
+
+#include <gtest/gtest.h>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "base/win_shell.h"
+#include "desktop/engine_test.h"
+#include "support/tray.h"
+#include "support/tray_recorder.h"
+#include "support/wait.h"
+#include "support/window_owner.h"
+
+namespace morvane::test {
+namespace {
+
+// A window for the icon to belong to; takes the icon away in the end.
+class IconOwner {
+public:
+    IconOwner() = default;
+    IconOwner(const IconOwner&) = delete;
+    IconOwner& operator=(const IconOwner&) = delete;
+    IconOwner(IconOwner&&) = delete;
+    IconOwner& operator=(IconOwner&&) = delete;
+    ~IconOwner() { RemoveTrayIcon(); }
+    [[nodiscard]] HWND Window() const { return window_.get(); }
+    void Add() const { AddTrayIcon(Window(), GetModuleHandleW(nullptr)); }
+
+private:
+    WindowOwner window_ = MessageOnlyWindow();
+};
+
+void ExpectAddition(const TrayCall& call, HWND window) {
+    EXPECT_EQ(call.message, static_cast<DWORD>(NIM_ADD));
+    EXPECT_EQ(call.window, window);
+    EXPECT_EQ(call.id, 1U);
+    EXPECT_EQ(call.flags, 7U);
+    EXPECT_EQ(call.callbackMessage, 0x8001U);
+    EXPECT_EQ(call.tip, L"Morvane");
+    EXPECT_EQ(call.state, 0U);
+    EXPECT_EQ(call.stateMask, 0U);
+    EXPECT_EQ(call.info, L"");
+    EXPECT_EQ(call.timeout, 0U);
+    EXPECT_EQ(call.infoTitle, L"");
+    EXPECT_EQ(call.infoFlags, 0U);
+    // This program has no icon of its own: the system's serves.
+    EXPECT_GT(call.iconWidth, 0);
+    EXPECT_GT(call.iconHeight, 0);
+}
+
+TEST(TrayIconTest, IconIsAddedWithTheProgramsNameAndNothingElse) {
+    const TrayRecorder recorder;
+    const IconOwner owner;
+    owner.Add();
+    const std::vector<TrayCall> calls = recorder.Calls();
+    ASSERT_EQ(calls.size(), 1U);
+    ExpectAddition(calls[0], owner.Window());
+}
+
+TEST(TrayIconTest, RefusedIconIsOfferedOnceMoreAndNoMore) {
+    TrayRecorder recorder;
+    const IconOwner owner;
+    recorder.RefuseNext(1);
+    owner.Add();
+    ASSERT_EQ(recorder.Calls().size(), 2U);
+    ExpectAddition(recorder.Calls()[0], owner.Window());
+    ExpectAddition(recorder.Calls()[1], owner.Window());
+    recorder.Forget();
+    recorder.RefuseNext(10);
+    owner.Add();
+    EXPECT_EQ(recorder.Calls().size(), 2U);
+    recorder.RefuseNext(0);
+}
+
+TEST(TrayIconTest, IconIsRemovedAsItWasAdded) {
+    TrayRecorder recorder;
+    const IconOwner owner;
+    owner.Add();
+    recorder.Forget();
+    RemoveTrayIcon();
+    ASSERT_EQ(recorder.Calls().size(), 1U);
+    EXPECT_EQ(recorder.Calls()[0].message, static_cast<DWORD>(NIM_DELETE));
+    EXPECT_EQ(recorder.Calls()[0].window, owner.Window());
+    EXPECT_EQ(recorder.Calls()[0].id, 1U);
+}
+
+TEST(TrayIconTest, BalloonCarriesItsTextsAndKindAlone) {
+    struct Case {
+        const char* name;
+        std::wstring title;
+        std::wstring text;
+        BalloonKind kind;
+        DWORD flags;
+    };
+    const std::vector<Case> cases = {
+        {"information", L"Morvane", L"Done.", BalloonKind::BalloonInfo, NIIF_INFO},
+        {"warning", L"Morvane", L"Failed.", BalloonKind::BalloonWarning, NIIF_WARNING},
+        {"other scripts", L"\x65E5\x672C", L"\x0413\x043E\x0442\x043E\x0432\x043E",
+         BalloonKind::BalloonInfo, NIIF_INFO},
+    };
+    TrayRecorder recorder;
+    const IconOwner owner;
+    owner.Add();
+    for (const Case& item : cases) {
+        SCOPED_TRACE(item.name);
+        recorder.Forget();
+        ShowBalloon(item.title, item.text, item.kind);
+        ASSERT_EQ(recorder.Calls().size(), 1U);
+        const TrayCall call = recorder.Calls()[0];
+        EXPECT_EQ(call.message, static_cast<DWORD>(NIM_MODIFY));
+        EXPECT_EQ(call.window, owner.Window());
+        EXPECT_EQ(call.id, 1U);
+        EXPECT_EQ(call.flags, 16U);
+        EXPECT_EQ(call.infoTitle, item.title);
+        EXPECT_EQ(call.info, item.text);
+        EXPECT_EQ(call.infoFlags, item.flags);
+        EXPECT_EQ(call.timeout, 0U);
+    }
+}
+
+TEST(TrayIconTest, BalloonTextsAreCut) {
+    struct Case {
+        std::size_t length;
+        std::size_t title;
+        std::size_t text;
+    };
+    const std::vector<Case> cases = {{0, 0, 0},      {62, 62, 62},   {63, 63, 63},   {64, 63, 64},
+                                     {65, 63, 65},   {254, 63, 254}, {255, 63, 255}, {256, 63, 255},
+                                     {257, 63, 255}, {2000, 63, 255}};
+    TrayRecorder recorder;
+    const IconOwner owner;
+    owner.Add();
+    for (const Case& item : cases) {
+        recorder.Forget();
+        ShowBalloon(std::wstring(item.length, L'T'), std::wstring(item.length, L'x'),
+                    BalloonKind::BalloonInfo);
+        ASSERT_EQ(recorder.Calls().size(), 1U);
+        EXPECT_EQ(recorder.Calls()[0].infoTitle, std::wstring(item.title, L'T')) << item.length;
+        EXPECT_EQ(recorder.Calls()[0].info, std::wstring(item.text, L'x')) << item.length;
+    }
+}
+
+TEST(TrayIconTest, RefusedBalloonIsNotRepeatedAndLeavesNoTrace) {
+    TrayRecorder recorder;
+    const IconOwner owner;
+    owner.Add();
+    recorder.Forget();
+    recorder.RefuseNext(1);
+    ShowBalloon(L"Title", L"Text", BalloonKind::BalloonWarning);
+    EXPECT_EQ(recorder.Calls().size(), 1U);
+    recorder.Forget();
+    owner.Add();
+    ASSERT_EQ(recorder.Calls().size(), 1U);
+    ExpectAddition(recorder.Calls()[0], owner.Window());
+}
+
+TEST(TrayIconTest, TaskbarShowsTheIconAndABalloonThatLeavesItsTipAlone) {
+    ASSERT_TRUE(WaitUntil([] { return !TrayIconPresent(); }));
+    {
+        const IconOwner owner;
+        owner.Add();
+        ASSERT_TRUE(WaitUntil([] { return TrayIconPresent(); }));
+        EXPECT_EQ(TrayIconTip(), L"Morvane");
+        ShowBalloon(L"Morvane", L"Minimum size set to 1280 x 720.", BalloonKind::BalloonInfo);
+        ASSERT_TRUE(WaitUntil([] { return ShownBalloon().has_value(); }));
+        EXPECT_EQ(ShownBalloon().value_or(Balloon{}).text, L"Minimum size set to 1280 x 720.");
+        EXPECT_EQ(TrayIconTip(), L"Morvane");
+    }
+    EXPECT_TRUE(WaitUntil([] { return !TrayIconPresent(); }));
+}
+
+}  // namespace
+}  // namespace morvane::test

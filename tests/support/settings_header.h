@@ -1,0 +1,15 @@
+#pragma once
+
+#include <string_view>
+
+namespace morvane::test {
+
+// The comment lines that head every settings file the program writes, up to the first line that
+// varies. Written down here a second time: users see them.
+inline constexpr std::string_view SettingsHeader =
+    "# Morvane config (UTF-8)\n"
+    "# One entry per line: pattern [min_width min_height]\n"
+    "# pattern = title substring (case-insensitive). 0 = no resize.\n"
+    "# Example: Visual Studio Code\t1280\t720\n";
+
+}  // namespace morvane::test

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "base/win.h"
+
+namespace morvane::test {
+
+// A shell link, read with the shell's own object.
+struct Shortcut {
+    std::wstring target;
+    std::wstring description;
+    std::wstring arguments;
+    std::wstring workingFolder;
+    std::wstring iconPath;
+    int iconIndex = -1;
+    int showCommand = -1;
+    WORD hotKey = 0xFFFF;
+};
+
+// Nothing when there is no readable shortcut at the path.
+[[nodiscard]] std::optional<Shortcut> ReadShortcut(const std::wstring& path);
+
+}  // namespace morvane::test
