@@ -17,8 +17,8 @@ using PinnedWindowSet = std::unordered_set<HWND>;
 
 struct PinEngine {
     std::wstring ownClassName;
-    HWND ownWindow = nullptr;    // the control window; null until it is bound
-    std::wstring settingsPath;   // empty: there is no settings file
+    HWND ownWindow = nullptr;   // the control window; null until it is bound
+    std::wstring settingsPath;  // empty: there is no settings file
     PinList pinList;
     PinnedWindowSet pinnedWindows{8};
 };

@@ -52,9 +52,8 @@ void AddWindow(std::wstring_view title) {
     const std::vector<PinEntry>& entries = Engine().pinList.entries;
     // Silent also when the list is full: only the measuring command reports that.
     if (title.empty() || IsListFull() ||
-        std::any_of(entries.begin(), entries.end(), [&](const PinEntry& entry) {
-            return PatternEquals(entry.pattern, title);
-        })) {
+        std::any_of(entries.begin(), entries.end(),
+                    [&](const PinEntry& entry) { return PatternEquals(entry.pattern, title); })) {
         return;
     }
     AppendEntry(title, 0, 0);
@@ -124,8 +123,7 @@ void PinWindowAtCurrentSize(HWND window) {
     AddWindowWithMinSize(window, Width(*frame), Height(*frame), title.View());
     // The measured size, also where a larger one than can be stored was cut. Accepted.
     ShowBalloon(GetText(StrAppName),
-                FormatText(StrMinSizeSet, FormatSize(Width(*frame), Height(*frame))),
-                BalloonInfo);
+                FormatText(StrMinSizeSet, FormatSize(Width(*frame), Height(*frame))), BalloonInfo);
 }
 
 void SetPinning(bool on) {

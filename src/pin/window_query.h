@@ -33,8 +33,12 @@ using WindowClassName = WindowText<256>;
 
 // Outer frame in screen coordinates, pixels of a DPI-unaware program.
 [[nodiscard]] std::optional<RECT> ReadFrame(HWND window);
-[[nodiscard]] inline LONG Width(const RECT& frame) { return frame.right - frame.left; }
-[[nodiscard]] inline LONG Height(const RECT& frame) { return frame.bottom - frame.top; }
+[[nodiscard]] inline LONG Width(const RECT& frame) {
+    return frame.right - frame.left;
+}
+[[nodiscard]] inline LONG Height(const RECT& frame) {
+    return frame.bottom - frame.top;
+}
 
 // Calls visit(window) for every top-level window, from the top of the Z-order downwards.
 template <typename Visit>

@@ -68,8 +68,7 @@ std::optional<SizeSuffix> FindBlankForm(std::wstring_view text) {
     if (heightBlank == None) {
         return std::nullopt;
     }
-    const std::wstring_view height =
-        TrimmedView(text.substr(heightBlank + 1, last - heightBlank));
+    const std::wstring_view height = TrimmedView(text.substr(heightBlank + 1, last - heightBlank));
     if (!IsNumber(height)) {
         return std::nullopt;
     }

@@ -45,8 +45,7 @@ std::string WideToUtf8(std::wstring_view text) {
         return {};
     }
     std::string bytes(static_cast<std::size_t>(length), '\0');
-    WideCharToMultiByte(CP_UTF8, 0, text.data(), unitCount, bytes.data(), length, nullptr,
-                        nullptr);
+    WideCharToMultiByte(CP_UTF8, 0, text.data(), unitCount, bytes.data(), length, nullptr, nullptr);
     return bytes;
 }
 

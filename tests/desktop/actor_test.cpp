@@ -25,6 +25,14 @@ void Pin(HWND window) {
     SetWindowPos(window, HWND_TOPMOST, 0, 0, 0, 0, PinFlags);
 }
 
+bool HasSystemMenu(HWND window) {
+    return (GetWindowLongPtrW(window, GWL_STYLE) & WS_SYSMENU) != 0;
+}
+
+bool IsToolWindow(HWND window) {
+    return (GetWindowLongPtrW(window, GWL_EXSTYLE) & WS_EX_TOOLWINDOW) != 0;
+}
+
 TEST(ActorTest, WindowBelongsToAnotherProcessAndIsAsAskedFor) {
     Actor actor;
     const HWND window =
@@ -50,9 +58,10 @@ TEST(ActorTest, HiddenOwnedAndToolWindowsAreAsAskedFor) {
     const HWND tool = actor.Create({.title = L"Tool", .exStyle = WS_EX_TOOLWINDOW});
     EXPECT_EQ(GetWindow(owned, GW_OWNER), owner);
     EXPECT_EQ(GetWindow(owner, GW_OWNER), nullptr);
-    EXPECT_EQ(GetWindowLongPtrW(owned, GWL_STYLE) & WS_SYSMENU, 0);
+    EXPECT_FALSE(HasSystemMenu(owned));
     EXPECT_EQ(IsWindowVisible(hidden), FALSE);
-    EXPECT_NE(GetWindowLongPtrW(tool, GWL_EXSTYLE) & WS_EX_TOOLWINDOW, 0);
+    EXPECT_TRUE(HasSystemMenu(owner));
+    EXPECT_TRUE(IsToolWindow(tool));
 }
 
 TEST(ActorTest, AnyWindowClassCanBeHadTheStandardDialogIncluded) {

@@ -7,6 +7,7 @@
 #include "pin/engine.h"
 #include "pin/settings_sync.h"
 #include "support/test_environment.h"
+#include "support/wait.h"
 #include "support/window_state.h"
 
 namespace morvane::test {
@@ -65,6 +66,13 @@ std::vector<HWND> InDesktopOrder(const std::vector<HWND>& windows) {
     };
     all.erase(std::remove_if(all.begin(), all.end(), foreign), all.end());
     return all;
+}
+
+bool PassesOrder(const std::vector<HWND>& windows) {
+    return WaitUntil([&windows] {
+        ApplyAll();
+        return InDesktopOrder(windows) == windows;
+    });
 }
 
 void EngineTest::SetUp() {

@@ -3,6 +3,7 @@
 #include "shell/settings_editor.h"
 
 #include <algorithm>
+#include <bit>
 #include <gtest/gtest.h>
 #include <string>
 #include <vector>
@@ -43,8 +44,8 @@ std::wstring Widened(const std::string& ascii) {
 std::wstring CommandLineOf(DWORD processId) {
     using Query = NTSTATUS(NTAPI*)(HANDLE, PROCESSINFOCLASS, void*, ULONG, ULONG*);
     constexpr auto CommandLineInformation = static_cast<PROCESSINFOCLASS>(60);
-    const auto query = reinterpret_cast<Query>(reinterpret_cast<void*>(
-        GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "NtQueryInformationProcess")));
+    const auto query = std::bit_cast<Query>(
+        GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "NtQueryInformationProcess"));
     const KernelHandle process(OpenProcess(PROCESS_QUERY_INFORMATION, FALSE, processId));
     // The record of the text, with the text itself behind it.
     std::vector<UNICODE_STRING> answer(500);

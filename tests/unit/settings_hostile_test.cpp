@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "settings/settings_text.h"
+#include "settings/text.h"
 #include "unit/printed.h"
 
 // Files that no editor of plain text writes: nothing but a usable list may come of them.
@@ -75,6 +76,9 @@ TEST(HostileSettingsText, ReadsIllFormedUtf8Leniently) {
         EXPECT_EQ(entry.minWidth, sized ? 5 : 0);
         EXPECT_EQ(entry.minHeight, sized ? 6 : 0);
     }
+    // One CR belongs to the line end; another is converted with what stands before it.
+    EXPECT_EQ(Printed(ParseSettingsText("a\xE2\r\r\n")),
+              Printed({true, {{TrimWhitespace(Utf8ToWide("a\xE2\r"))}}}));
     // A sequence that the end of the line cuts does not reach into the next line.
     EXPECT_EQ(ParseSettingsText("a\xE2\x82\nb\n@pinning=0\xFF\n").entries.size(), 2U);
     EXPECT_TRUE(ParseSettingsText("@pinning=0\xFF\n").pinning);
