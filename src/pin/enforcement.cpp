@@ -36,7 +36,7 @@ void EnforceMinSize(HWND window, const PinEntry& entry) {
 }
 
 bool IsKnownTopmost(HWND window) {
-    return Engine().pinnedWindows.count(window) != 0 && IsWindow(window) != FALSE &&
+    return Engine().pinnedWindows.contains(window) && IsWindow(window) != FALSE &&
            (GetWindowLongW(window, GWL_EXSTYLE) & WS_EX_TOPMOST) != 0;
 }
 

@@ -17,7 +17,7 @@ namespace morvane {
 // seen of a longer text.
 template <std::size_t Capacity>
 struct WindowText {
-    std::array<wchar_t, Capacity> units;
+    std::array<wchar_t, Capacity> units{};
     std::size_t length = 0;
 
     [[nodiscard]] std::wstring_view View() const { return {units.data(), length}; }

@@ -13,7 +13,12 @@ namespace {
 struct TreeItem {
     std::wstring path;
     DWORD attributes = 0;
+    int listings = 0;  // how often the content of the folder was put on the list
 };
+
+// A folder is listed again when it was not empty after all; not without end, in case something in
+// it is listed and cannot be found.
+constexpr int MaxListings = 4;
 
 bool HasAttribute(const TreeItem& item, DWORD attribute) {
     return (item.attributes & attribute) != 0;
@@ -85,15 +90,19 @@ bool RemoveTree(const std::wstring& folder) {
     // is not empty stays on the list below its content and comes up again when that is deleted.
     std::vector<TreeItem> pending{{root, attributes}};
     while (!pending.empty()) {
+        const int listings = pending.back().listings++;
         const TreeItem item = pending.back();
         const DWORD error = RemoveItem(item);
         if (error == ERROR_SUCCESS) {
             pending.pop_back();
-        } else if (error != ERROR_DIR_NOT_EMPTY || IsLink(item)) {
-            return false;
-        } else if (!AppendContent(item.path, pending) && RemoveItem(item) != ERROR_SUCCESS) {
-            // Asked once more: a file that somebody held while it was deleted goes with its last
-            // handle, perhaps only now.
+            continue;
+        }
+        const bool mayHaveContent =
+            error == ERROR_DIR_NOT_EMPTY && !IsLink(item) && listings < MaxListings;
+        // Without content it is asked once more: a file that somebody held while it was deleted
+        // goes with its last handle, perhaps only now.
+        if (!mayHaveContent ||
+            (!AppendContent(item.path, pending) && RemoveItem(item) != ERROR_SUCCESS)) {
             return false;
         }
     }
@@ -103,11 +112,11 @@ bool RemoveTree(const std::wstring& folder) {
 std::wstring VerbatimPath(const std::wstring& path) {
     constexpr std::wstring_view Prefix = L"\\\\?\\";
     constexpr std::wstring_view ServerPrefix = L"\\\\";
-    if (path.compare(0, Prefix.size(), Prefix) == 0) {
+    if (path.starts_with(Prefix)) {
         return path;
     }
     std::wstring verbatim(Prefix);
-    if (path.compare(0, ServerPrefix.size(), ServerPrefix) == 0) {
+    if (path.starts_with(ServerPrefix)) {
         return verbatim.append(L"UNC\\").append(path, ServerPrefix.size());
     }
     return verbatim.append(path);

@@ -40,7 +40,9 @@ session_kill_strays() {
 session_stop_server() {
     WINEPREFIX=$1 timeout 20 wineserver -k 2>/dev/null
     WINEPREFIX=$1 timeout 20 wineserver -w 2>/dev/null
-    session_kill_strays "$1"
+    session_kill_strays "$1" || return
+    # The folder of the server's socket outlives it, unless it lies in TMPDIR.
+    rm -rf "/run/user/$EUID/wine/server-$(printf '%s-%x' "$(stat -c %D "$1")" "$(stat -c %i "$1")")"
 }
 
 # What the template depends on; another value means that it has to be made anew.
@@ -132,7 +134,7 @@ session_open() {
     mkdir -p "$SESSION_ROOT/build/sessions" || return
     # Beside the template, as hard links do not reach across file systems.
     SESSION_DIR=$(mktemp -d "$SESSION_ROOT/build/sessions/XXXXXXXX") || return
-    mkdir "$SESSION_DIR/home" "$SESSION_DIR/profile" || return
+    mkdir "$SESSION_DIR/home" "$SESSION_DIR/profile" "$SESSION_DIR/tmp" || return
     for variable in $(compgen -e); do
         case $variable in
             LC_* | LANG | LANGUAGE | XDG_* | XAUTHORITY | WAYLAND_DISPLAY | MORVANE_LANG | WINE*)
@@ -143,6 +145,8 @@ session_open() {
     # Without a UTF-8 locale Wine could not name files beyond ASCII; C makes the session English.
     export LC_ALL=C.UTF-8
     export HOME=$SESSION_DIR/home
+    # Every server leaves a folder behind in the folder for temporary files.
+    export TMPDIR=$SESSION_DIR/tmp
     export WINEDEBUG=-all
     # No offers to install add-ons, and no debugger window that hangs on a crash.
     export WINEDLLOVERRIDES='mscoree=;mshtml=;winedbg.exe=d'

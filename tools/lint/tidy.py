@@ -34,7 +34,8 @@ def configurations():
 
 def cache_key(source, command, common):
     digest = hashlib.sha256(common)
-    digest.update(command.encode())
+    # Without the folder that the checkout happens to lie in.
+    digest.update(command.replace(str(ROOT), ".").encode())
     for path in include_closure(source):
         digest.update(f"\0{path.relative_to(ROOT)}\0".encode())
         digest.update(path.read_bytes())
