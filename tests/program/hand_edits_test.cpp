@@ -24,6 +24,7 @@ protected:
         ASSERT_TRUE(sentinel_->WaitForPin());
     }
 
+    // NOLINTBEGIN(bugprone-unchecked-optional-access): SetUp has filled them before every test.
     [[nodiscard]] bool PassGoesBy() const { return sentinel_->WaitForPass(*program_); }
 
     // A pass with a file that does not name the sentinel.
@@ -33,6 +34,7 @@ protected:
 
     Actor& TheActor() { return *actor_; }
     [[nodiscard]] const Program& TheProgram() const { return *program_; }
+    // NOLINTEND(bugprone-unchecked-optional-access)
     [[nodiscard]] HWND Target() const { return target_; }
     [[nodiscard]] HWND Other() const { return other_; }
 

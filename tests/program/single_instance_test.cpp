@@ -61,6 +61,7 @@ TEST_F(SingleInstanceTest, SwitchesActBesideARunningInstance) {
 
 TEST_F(SingleInstanceTest, FiveStartsAtOnceLeaveExactlyOne) {
     std::vector<Program> programs;
+    programs.reserve(5);
     for (int i = 0; i < 5; ++i) {
         programs.emplace_back();
     }

@@ -55,17 +55,16 @@ TEST_F(SwitchesTest, FirstSwitchInFixedOrderActsAndIsTheOnlyOne) {
 
 TEST_F(SwitchesTest, ShortcutNamesTheProgramAndNothingElse) {
     ASSERT_EQ(RunProgram(L"--install-startup"), 0U);
-    const std::optional<Shortcut> shortcut = ReadShortcut(StartupShortcut());
-    ASSERT_TRUE(shortcut.has_value());
-    EXPECT_EQ(CompareStringOrdinal(shortcut->target.c_str(), -1,
+    const Shortcut shortcut = ReadShortcut(StartupShortcut()).value_or(Shortcut{});
+    EXPECT_EQ(CompareStringOrdinal(shortcut.target.c_str(), -1,
                                    RequiredPath(L"MORVANE_TEST_PROGRAM").c_str(), -1, TRUE),
               CSTR_EQUAL);
-    EXPECT_EQ(shortcut->description, L"Keep selected windows always on top");
-    EXPECT_EQ(shortcut->arguments, L"");
-    EXPECT_EQ(shortcut->workingFolder, L"");
-    EXPECT_EQ(shortcut->iconPath, L"");
-    EXPECT_EQ(shortcut->showCommand, SW_SHOWNORMAL);
-    EXPECT_EQ(shortcut->hotKey, 0);
+    EXPECT_EQ(shortcut.description, L"Keep selected windows always on top");
+    EXPECT_EQ(shortcut.arguments, L"");
+    EXPECT_EQ(shortcut.workingFolder, L"");
+    EXPECT_EQ(shortcut.iconPath, L"");
+    EXPECT_EQ(shortcut.showCommand, SW_SHOWNORMAL);
+    EXPECT_EQ(shortcut.hotKey, 0);
 }
 
 TEST_F(SwitchesTest, InstallingTwiceSucceedsBothTimesAndLeavesOneShortcut) {

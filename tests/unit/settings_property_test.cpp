@@ -180,9 +180,10 @@ PinEntry EntryOfWords(std::wstring_view line) {
     };
     const auto valueOf = [](std::wstring_view word) {
         word.remove_prefix(std::min(word.find_first_not_of(L'0'), word.size()));
-        return word.empty()      ? 0
-               : word.size() > 4 ? MaxMinSize
-                                 : std::min(MaxMinSize, std::stoi(std::wstring(word)));
+        if (word.empty()) {
+            return std::int32_t{0};
+        }
+        return word.size() > 4 ? MaxMinSize : std::min(MaxMinSize, std::stoi(std::wstring(word)));
     };
     const auto stripped = [](std::wstring_view text) {
         const std::size_t begin = text.find_first_not_of(L" \t");
