@@ -24,8 +24,8 @@ inline constexpr const char* OrdinaryRequest = "notopmost 0,0 0x0 0053";
 [[nodiscard]] std::vector<HWND> InDesktopOrder(const std::vector<HWND>& windows);
 
 // Runs passes until the windows lie in this order, highest first. One pass is as a rule enough; on
-// a busy machine Wine now and then leaves a window above one that was asked after it, without any
-// further request to either.
+// a busy machine a window was now and then seen above one that was asked after it, without any
+// further request to either, and the next pass put it right.
 [[nodiscard]] bool PassesOrder(const std::vector<HWND>& windows);
 
 // The engine before foreign windows: bound to the settings file of a disposable profile in which

@@ -49,7 +49,7 @@ void Report(const char* what, std::vector<Milliseconds> latencies) {
     const Milliseconds sum =
         std::accumulate(latencies.begin(), latencies.end(), Milliseconds::zero());
     const Milliseconds median = latencies[latencies.size() / 2];
-    std::printf("%s: %zu trials, min %.0f, median %.0f, mean %.0f, max %.0f ms\n", what,
+    std::printf("measured: %s: %zu trials, min %.0f, median %.0f, mean %.0f, max %.0f ms\n", what,
                 latencies.size(), latencies.front().count(), median.count(),
                 sum.count() / static_cast<double>(latencies.size()), latencies.back().count());
     EXPECT_LE(median.count(), MaxMedian.count()) << what;
@@ -69,7 +69,7 @@ TEST_F(LatencyTest, PassesComeTwiceASecond) {
     gaps.erase(gaps.begin());
     std::sort(gaps.begin(), gaps.end());
     const ULONGLONG median = gaps[gaps.size() / 2];
-    std::printf("pass -> pass: %zu gaps, min %llu, median %llu, max %llu ms\n", gaps.size(),
+    std::printf("measured: pass -> pass: %zu gaps, min %llu, median %llu, max %llu ms\n", gaps.size(),
                 gaps.front(), median, gaps.back());
     EXPECT_GE(median, 450U);
     EXPECT_LE(median, 850U);
