@@ -1,11 +1,14 @@
 #include "support/child_process.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <stdexcept>
 #include <string_view>
 
 namespace morvane::test {
 namespace {
+
+constexpr int MaxAttempts = 3;
 
 struct EnvironmentBlockTraits {
     using Handle = wchar_t*;
@@ -61,13 +64,19 @@ ChildProcess StartProcess(const std::wstring& executable, const std::wstring& ar
         start.hStdError = GetStdHandle(STD_ERROR_HANDLE);
     }
     PROCESS_INFORMATION started{};
-    // Without a console of its own no console window appears among the windows under test.
-    const BOOL done =
-        CreateProcessW(executable.c_str(), commandLine.data(), nullptr, nullptr,
-                       redirected ? TRUE : FALSE, CREATE_UNICODE_ENVIRONMENT | DETACHED_PROCESS,
-                       environment.data(), nullptr, &start, &started);
-    if (done == FALSE) {
-        return {};
+    // Among thousands of starts under load one was seen to fail at once; those after it did not.
+    for (int attempt = 1;; ++attempt) {
+        // Without a console of its own no console window appears among the windows under test.
+        if (CreateProcessW(executable.c_str(), commandLine.data(), nullptr, nullptr,
+                           redirected ? TRUE : FALSE, CREATE_UNICODE_ENVIRONMENT | DETACHED_PROCESS,
+                           environment.data(), nullptr, &start, &started) != FALSE) {
+            break;
+        }
+        std::fprintf(stderr, "start of a process, attempt %d: error %lu\n", attempt,
+                     GetLastError());
+        if (attempt == MaxAttempts) {
+            return {};
+        }
     }
     const KernelHandle thread(started.hThread);
     return {KernelHandle(started.hProcess), started.dwProcessId};
