@@ -14,6 +14,8 @@
 #include "pin/pin_operations.h"
 #include "shell/settings_editor.h"
 #include "shell/startup_shortcut.h"
+#include "ui/about.h"
+#include "ui/command_ids.h"
 #include "ui/tray_icon.h"
 
 namespace morvane {
@@ -55,6 +57,10 @@ void ToggleStartWithWindows(HWND /*controlWindow*/) {
     }
 }
 
+void ShowAbout(HWND controlWindow) {
+    ShowAboutDialog(controlWindow);
+}
+
 struct Command {
     UINT id;
     void (*action)(HWND controlWindow);
@@ -66,6 +72,7 @@ constexpr Command Commands[] = {
     {CmdOpenSettings, OpenSettingsFile},
     {CmdExit, Exit},
     {CmdMinSizeActive, PinActiveWindowAtItsSize},
+    {CmdAbout, ShowAbout},
     {CmdStartWithWindows, ToggleStartWithWindows},
 };
 
@@ -93,11 +100,11 @@ void RunCommand(HWND controlWindow, UINT command) {
     // Unsigned on purpose: an identifier below the base becomes a large row and fails the test.
     const UINT toggleRow = command - CmdTogglePinBase;
     const UINT minSizeRow = command - CmdMinSizeBase;
-    if (toggleRow <= LastMenuRow) {
+    if (toggleRow < MaxMenuWindows) {
         ToggleRow(toggleRow);
         return;
     }
-    if (minSizeRow <= LastMenuRow) {
+    if (minSizeRow < MaxMenuWindows) {
         PinRowAtItsSize(minSizeRow);
         return;
     }

@@ -10,7 +10,10 @@
 #include "pin/settings_sync.h"
 #include "res/resource_ids.h"
 #include "shell/settings_editor.h"
+#include "ui/about.h"
+#include "ui/menu_rows.h"
 #include "ui/tray_icon.h"
+#include "ui/tray_menu.h"
 
 namespace morvane {
 
@@ -18,6 +21,7 @@ namespace {
 
 constexpr UINT_PTR PassTimer = 1;
 constexpr UINT_PTR SpareTimer = 2;
+constexpr UINT_PTR MenuTimer = 3;
 constexpr UINT PassPeriod = 500;  // milliseconds
 
 void RunPass() {
@@ -53,12 +57,46 @@ LRESULT OnDestroy(HWND window) {
     return 0;
 }
 
-LRESULT OnTimer(UINT_PTR timer) {
+// Nothing in the program starts this timer; the handler is kept.
+void OpenMenuInScreenCentre(HWND window) {
+    KillTimer(window, MenuTimer);
+    SetCursorPos(GetSystemMetrics(SM_CXSCREEN) / 2, GetSystemMetrics(SM_CYSCREEN) / 2);
+    ShowTrayMenu(window);
+}
+
+LRESULT OnTimer(HWND window, UINT_PTR timer) {
     if (timer == PassTimer) {
         NoteForegroundWindow();
         RunPass();
+        // What the user is looking at must not disappear under the windows just raised.
+        RaiseAboutDialog();
+        RaiseOpenMenu();
+    } else if (timer == MenuTimer) {
+        OpenMenuInScreenCentre(window);
     }
     return 0;
+}
+
+// Both buttons open the same menu, on release: deliberate.
+LRESULT OnTrayIcon(HWND window, LPARAM mouseMessage) {
+    if (mouseMessage == WM_LBUTTONUP || mouseMessage == WM_RBUTTONUP) {
+        ShowTrayMenu(window);
+    }
+    return 0;
+}
+
+LRESULT OnMeasureItem(HWND window, WPARAM wParam, LPARAM lParam) {
+    auto* const measure = reinterpret_cast<MEASUREITEMSTRUCT*>(lParam);
+    return measure != nullptr && MeasurePinItem(window, *measure)
+               ? TRUE
+               : DefWindowProcW(window, WM_MEASUREITEM, wParam, lParam);
+}
+
+LRESULT OnDrawItem(HWND window, WPARAM wParam, LPARAM lParam) {
+    const auto* const draw = reinterpret_cast<const DRAWITEMSTRUCT*>(lParam);
+    return draw != nullptr && DrawPinItem(*draw)
+               ? TRUE
+               : DefWindowProcW(window, WM_DRAWITEM, wParam, lParam);
 }
 
 LRESULT OnCommand(HWND window, WPARAM wParam) {
@@ -75,9 +113,15 @@ LRESULT CALLBACK ControlWindowProcedure(HWND window, UINT message, WPARAM wParam
         case WM_DESTROY:
             return OnDestroy(window);
         case WM_TIMER:
-            return OnTimer(wParam);
+            return OnTimer(window, wParam);
         case WM_COMMAND:
             return OnCommand(window, wParam);
+        case WM_TRAYICON:
+            return OnTrayIcon(window, lParam);
+        case WM_MEASUREITEM:
+            return OnMeasureItem(window, wParam, lParam);
+        case WM_DRAWITEM:
+            return OnDrawItem(window, wParam, lParam);
         default:
             return DefWindowProcW(window, message, wParam, lParam);
     }

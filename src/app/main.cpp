@@ -39,9 +39,11 @@ ExitCode RunSwitch(StartMode mode) {
 }
 
 // Ends with the quit message, whose parameter is not the exit code, or with an error.
-void RunMessageLoop() {
+void RunMessageLoop(HWND controlWindow) {
     MSG message{};
-    while (GetMessageW(&message, nullptr, 0, 0) > 0) {
+    // The window is asked for as well: the quit message may have ended the loop of a dialog that
+    // was open, and no second one comes.
+    while (IsWindow(controlWindow) != FALSE && GetMessageW(&message, nullptr, 0, 0) > 0) {
         TranslateMessage(&message);
         DispatchMessageW(&message);
     }
@@ -56,7 +58,7 @@ ExitCode RunInstance() {
     process.controlWindow = CreateControlWindow(process.instance);
     const bool created = process.controlWindow != nullptr;
     if (created) {
-        RunMessageLoop();
+        RunMessageLoop(process.controlWindow);
     }
     // Nothing is left to release, unless the window was destroyed by a message that another program
     // sent while a pass waited for a window: the rest of that pass has then pinned again.

@@ -34,18 +34,6 @@ void Warn(StringId text) {
     ShowBalloon(GetText(StrAppName), GetText(text), BalloonWarning);
 }
 
-// The window's frame when it has a size that can be recorded.
-std::optional<RECT> ReadRecordableFrame(HWND window) {
-    if (IsWindow(window) == FALSE || IsIconic(window) != FALSE) {
-        return std::nullopt;
-    }
-    const std::optional<RECT> frame = ReadFrame(window);
-    if (!frame || Width(*frame) <= 0 || Height(*frame) <= 0) {
-        return std::nullopt;
-    }
-    return frame;
-}
-
 }  // namespace
 
 void AddWindow(std::wstring_view title) {
@@ -104,7 +92,7 @@ void ToggleWindow(std::wstring_view title) {
 }
 
 void PinWindowAtCurrentSize(HWND window) {
-    const std::optional<RECT> frame = ReadRecordableFrame(window);
+    const std::optional<RECT> frame = ReadMeasurableFrame(window);
     if (!frame) {
         Warn(StrSizeUnreadable);
         return;

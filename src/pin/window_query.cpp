@@ -34,4 +34,12 @@ std::optional<RECT> ReadFrame(HWND window) {
     return frame;
 }
 
+std::optional<RECT> ReadMeasurableFrame(HWND window) {
+    if (IsWindow(window) == FALSE || IsIconic(window) != FALSE) {
+        return std::nullopt;
+    }
+    const std::optional<RECT> frame = ReadFrame(window);
+    return frame && Width(*frame) > 0 && Height(*frame) > 0 ? frame : std::nullopt;
+}
+
 }  // namespace morvane

@@ -40,6 +40,10 @@ using WindowClassName = WindowText<256>;
     return frame.bottom - frame.top;
 }
 
+// The frame of a window that a minimum size can be taken from now: alive, not minimised, and with
+// a width and a height.
+[[nodiscard]] std::optional<RECT> ReadMeasurableFrame(HWND window);
+
 // Calls visit(window) for every top-level window, from the top of the Z-order downwards.
 template <typename Visit>
 void ForEachTopLevelWindow(Visit&& visit) {

@@ -1,0 +1,38 @@
+#include "ui/dialog_frame.h"
+
+namespace morvane {
+
+void PositionNearTray(HWND window, int margin) {
+    if (window == nullptr) {
+        return;
+    }
+    RECT frame{};
+    RECT workArea{};
+    if (GetWindowRect(window, &frame) == FALSE ||
+        SystemParametersInfoW(SPI_GETWORKAREA, 0, &workArea, 0) == FALSE) {
+        return;
+    }
+    // The bottom right corner also when the task bar, and with it the icon, is elsewhere:
+    // deliberate.
+    const LONG x = workArea.right - (frame.right - frame.left) - margin;
+    const LONG y = workArea.bottom - (frame.bottom - frame.top) - margin;
+    SetWindowPos(window, nullptr, x, y, 0, 0, SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
+}
+
+void RunModal(HWND owner, HWND dialog) {
+    EnableWindow(owner, FALSE);
+    MSG message{};
+    while (GetMessageW(&message, nullptr, 0, 0) > 0) {
+        if (IsDialogMessageW(dialog, &message) == FALSE) {
+            TranslateMessage(&message);
+            DispatchMessageW(&message);
+        }
+        if (IsWindow(dialog) == FALSE) {
+            break;
+        }
+    }
+    EnableWindow(owner, TRUE);
+    SetForegroundWindow(owner);
+}
+
+}  // namespace morvane

@@ -1,0 +1,28 @@
+#pragma once
+
+// The owner-drawn rows of the tray menu: their records, their measuring and their painting.
+
+#include <string>
+#include <string_view>
+
+#include "base/win.h"
+#include "pin/identity.h"
+
+namespace morvane {
+
+// A title as a row shows it: at most 80 units, a longer one ends in "...".
+[[nodiscard]] std::wstring TruncateForMenu(std::wstring_view text);
+
+// Appends a row to a menu. Its record is kept until ForgetRows.
+void AppendPinItem(HMENU menu, UINT id, std::wstring_view text, PinState state);
+
+// Empties the records; the rows of a menu that is still open would be blank afterwards.
+void ForgetRows();
+
+// Fills in a row's size (pixels). False when the message is not about one of our rows.
+[[nodiscard]] bool MeasurePinItem(HWND controlWindow, MEASUREITEMSTRUCT& measure);
+
+// Paints a row. False when the message is not about one of our rows.
+[[nodiscard]] bool DrawPinItem(const DRAWITEMSTRUCT& draw);
+
+}  // namespace morvane
