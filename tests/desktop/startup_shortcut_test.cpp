@@ -19,6 +19,7 @@
 #include "support/test_files.h"
 #include "support/tray_recorder.h"
 #include "support/window_owner.h"
+#include "ui/command_ids.h"
 #include "ui/tray_icon.h"
 
 namespace morvane::test {

@@ -69,8 +69,8 @@ TEST_F(LatencyTest, PassesComeTwiceASecond) {
     gaps.erase(gaps.begin());
     std::sort(gaps.begin(), gaps.end());
     const ULONGLONG median = gaps[gaps.size() / 2];
-    std::printf("measured: pass -> pass: %zu gaps, min %llu, median %llu, max %llu ms\n", gaps.size(),
-                gaps.front(), median, gaps.back());
+    std::printf("measured: pass -> pass: %zu gaps, min %llu, median %llu, max %llu ms\n",
+                gaps.size(), gaps.front(), median, gaps.back());
     EXPECT_GE(median, 450U);
     EXPECT_LE(median, 850U);
 }

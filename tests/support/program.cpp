@@ -35,6 +35,16 @@ void PrepareSession() {
     static_cast<void>(taskbarReady);
 }
 
+ChildProcess StartSafely(const std::wstring& executable, const std::wstring& arguments,
+                         const Environment& changes) {
+    PrepareSession();
+    ChildProcess child = StartProcess(executable, arguments, changes);
+    if (!child.process) {
+        throw std::runtime_error("the program does not start");
+    }
+    return child;
+}
+
 void RemoveTrayIconOf(HWND window) {
     NOTIFYICONDATAW icon{};
     icon.cbSize = sizeof(icon);
@@ -51,18 +61,14 @@ bool AnswersWithin(HWND window, UINT message, WPARAM wParam, std::chrono::millis
 
 }  // namespace
 
-Program::Program(const std::wstring& arguments, const Environment& changes) {
-    PrepareSession();
-    ChildProcess child = StartProcess(RequiredPath(L"MORVANE_TEST_PROGRAM"), arguments, changes);
-    if (!child.process) {
-        throw std::runtime_error("the program does not start");
-    }
-    process_ = std::move(child.process);
-    processId_ = child.id;
-}
+Program::Program(const std::wstring& arguments, const Environment& changes)
+    : Program(StartSafely(RequiredPath(L"MORVANE_TEST_PROGRAM"), arguments, changes)) {}
 
-Program::Program(KernelHandle process, DWORD processId)
-    : process_(std::move(process)), processId_(processId) {}
+Program::Program(ChildProcess child) : process_(std::move(child.process)), processId_(child.id) {}
+
+Program Program::FromFile(const std::wstring& executable) {
+    return Program(StartSafely(executable, L"", {}));
+}
 
 Program Program::UnderLocale(const std::string& locale) {
     PrepareSession();
@@ -84,7 +90,7 @@ Program Program::UnderLocale(const std::string& locale) {
     if (!process) {
         throw std::runtime_error("the program does not start under " + locale);
     }
-    Program program(std::move(process), processId);
+    Program program(ChildProcess{std::move(process), processId});
     if (program.WaitForControlWindow() == nullptr) {
         throw std::runtime_error("the program does not get ready under " + locale);
     }

@@ -21,6 +21,9 @@ public:
     // waits for the session's taskbar, for a few seconds at most: not every session has one.
     explicit Program(const std::wstring& arguments = L"", const Environment& changes = {});
 
+    // The same for a copy of the program that lies elsewhere.
+    [[nodiscard]] static Program FromFile(const std::wstring& executable);
+
     // Starts the program with the session's user interface in another language, by the name of a
     // host locale ("ja_JP.UTF-8", which need not be installed). Under Wine only the host's
     // environment decides about that language: LC_ALL among the changes above has no effect.
@@ -62,7 +65,7 @@ public:
     void Kill() const;
 
 private:
-    Program(KernelHandle process, DWORD processId);
+    explicit Program(ChildProcess child);
 
     KernelHandle process_;
     DWORD processId_ = 0;

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "base/win.h"
+
+namespace morvane::test {
+
+// The user's choice of a light or dark theme for programs, in the registry of a disposable
+// profile. Gone again with the object.
+class AppThemeSetting {
+public:
+    AppThemeSetting() { Remove(); }
+    AppThemeSetting(const AppThemeSetting&) = delete;
+    AppThemeSetting& operator=(const AppThemeSetting&) = delete;
+    AppThemeSetting(AppThemeSetting&&) = delete;
+    AppThemeSetting& operator=(AppThemeSetting&&) = delete;
+    ~AppThemeSetting() { Remove(); }
+
+    static void Set(DWORD light) { Write(REG_DWORD, &light, sizeof(light)); }
+
+    static void Write(DWORD type, const void* data, DWORD size) {
+        RegSetKeyValueW(HKEY_CURRENT_USER, Key, Value, type, data, size);
+    }
+
+    static void Remove() { RegDeleteKeyValueW(HKEY_CURRENT_USER, Key, Value); }
+
+private:
+    static constexpr const wchar_t* Key =
+        L"Software\\Microsoft\\Windows\\CurrentVersion\\Themes\\Personalize";
+    static constexpr const wchar_t* Value = L"AppsUseLightTheme";
+};
+
+}  // namespace morvane::test

@@ -1,0 +1,47 @@
+#include "desktop/canvas.h"
+
+#include <cstddef>
+
+namespace morvane::test {
+
+Canvas::Canvas(int width, int height)
+    : width_(width), height_(height), context_(CreateCompatibleDC(nullptr)) {
+    BITMAPINFO format{};
+    format.bmiHeader.biSize = sizeof(format.bmiHeader);
+    format.bmiHeader.biWidth = width;
+    format.bmiHeader.biHeight = -height;
+    format.bmiHeader.biPlanes = 1;
+    format.bmiHeader.biBitCount = 32;
+    format.bmiHeader.biCompression = BI_RGB;
+    void* bits = nullptr;
+    bitmap_.reset(CreateDIBSection(context_.get(), &format, DIB_RGB_COLORS, &bits, nullptr, 0));
+    SelectObject(context_.get(), bitmap_.get());
+    const Brush brush(CreateSolidBrush(Untouched));
+    const RECT all{0, 0, width, height};
+    FillRect(context_.get(), &all, brush.get());
+}
+
+std::vector<COLORREF> Canvas::Pixels() const {
+    std::vector<COLORREF> pixels;
+    pixels.reserve(static_cast<std::size_t>(width_) * static_cast<std::size_t>(height_));
+    for (int y = 0; y < height_; ++y) {
+        for (int x = 0; x < width_; ++x) {
+            pixels.push_back(At(x, y));
+        }
+    }
+    return pixels;
+}
+
+std::vector<POINT> Canvas::PointsOf(COLORREF colour, POINT origin) const {
+    std::vector<POINT> points;
+    for (int y = 0; y < height_; ++y) {
+        for (int x = 0; x < width_; ++x) {
+            if (At(x, y) == colour) {
+                points.push_back({x - origin.x, y - origin.y});
+            }
+        }
+    }
+    return points;
+}
+
+}  // namespace morvane::test

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <vector>
+
+#include "base/gdi_owners.h"
+#include "base/win.h"
+
+namespace morvane::test {
+
+struct CanvasContextTraits {
+    using Handle = HDC;
+    static Handle Empty() noexcept { return nullptr; }
+    static void Close(Handle handle) noexcept { DeleteDC(handle); }
+};
+
+// A picture in memory to paint on, with a device context for it. At first all of one odd colour.
+class Canvas {
+public:
+    static constexpr COLORREF Untouched = RGB(255, 0, 254);
+
+    Canvas(int width, int height);
+
+    [[nodiscard]] HDC Context() const { return context_.get(); }
+    [[nodiscard]] COLORREF At(int x, int y) const { return GetPixel(context_.get(), x, y); }
+
+    // Row by row from the top.
+    [[nodiscard]] std::vector<COLORREF> Pixels() const;
+
+    // The points of this colour, row by row, relative to an origin.
+    [[nodiscard]] std::vector<POINT> PointsOf(COLORREF colour, POINT origin = {0, 0}) const;
+
+private:
+    int width_;
+    int height_;
+    Owner<GdiTraits<HBITMAP>> bitmap_;
+    // Deleted before the bitmap that is selected into it.
+    Owner<CanvasContextTraits> context_;
+};
+
+}  // namespace morvane::test

@@ -1,0 +1,103 @@
+// The menu when the system has no room for menus left.
+
+#include <cstddef>
+#include <gtest/gtest.h>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "base/gdi_owners.h"
+#include "desktop/menu_fixture.h"
+#include "desktop/menu_reader.h"
+#include "pin/candidates.h"
+#include "pin/engine.h"
+#include "support/test_environment.h"
+#include "ui/menu_build.h"
+#include "ui/menu_rows.h"
+#include "ui/tray_menu.h"
+
+namespace morvane::test {
+namespace {
+
+using Lines = std::vector<std::wstring>;
+
+// Takes all the room there is; each element given back makes room for one menu.
+std::vector<Menu> AllMenus() {
+    std::vector<Menu> menus;
+    while (Menu menu{CreatePopupMenu()}) {
+        menus.push_back(std::move(menu));
+    }
+    return menus;
+}
+
+TEST_F(MenuTest, WhatCannotBeCreatedIsLeftOut) {
+    std::vector<Menu> room = AllMenus();
+    ASSERT_FALSE(room.empty());
+    // The failures are looked at when there is room again for what a report may need.
+    const bool anyBuilt = BuildTrayMenu() || BuildAddRemoveMenu() || BuildMinSizeMenu();
+    Control().Forget();
+    ShowTrayMenu(Control().Get());
+    const std::size_t loops = Control().Count(WM_ENTERMENULOOP);
+    std::vector<Lines> built;
+    for (int free = 1; free <= 3; ++free) {
+        room.pop_back();
+        const Menu menu = BuildTrayMenu();
+        built.push_back(DescribedMenu(menu.get()));
+    }
+    room.clear();
+    EXPECT_FALSE(anyBuilt);
+    EXPECT_EQ(loops, 0U) << "nothing is shown";
+    const Lines head = {L"1002 checked: Always on top", L"-"};
+    const Lines submenus = {L"> Add / Remove", L"> Add / Remove (min size)"};
+    const Lines tail = {L"-",
+                        L"1003: Open settings",
+                        L"1001: Apply now",
+                        L"1010: Start with Windows",
+                        L"-",
+                        L"1009: About",
+                        L"-",
+                        L"1004: Exit"};
+    for (std::size_t count = 0; count < built.size(); ++count) {
+        Lines expected = head;
+        expected.insert(expected.end(), submenus.begin(),
+                        submenus.begin() + static_cast<std::ptrdiff_t>(count));
+        expected.insert(expected.end(), tail.begin(), tail.end());
+        EXPECT_EQ(built[count], expected) << count;
+    }
+    Open({[] { return MenusOpen(1); }});
+}
+
+TEST_F(MenuTest, MenuThatCannotBeCreatedHasForgottenRowsAndReadTheSettings) {
+    const auto isFirstRowKnown = [this] {
+        MEASUREITEMSTRUCT measure{};
+        measure.CtlType = ODT_MENU;
+        measure.itemData = 1;
+        return MeasurePinItem(Control().Get(), measure);
+    };
+    static_cast<void>(Window(L"Alpha"));
+    LoadSettings("@pinning=0\nold\n");
+    ASSERT_TRUE(CandidateList().empty() || CandidateList().front().title != L"Alpha");
+    std::vector<Menu> room = AllMenus();
+    ASSERT_FALSE(room.empty());
+    AppendPinItem(room.front().get(), 1, L"left behind", PinState::Pinned);
+    const bool wasKnown = isFirstRowKnown();
+    const bool written = WriteSettings("new\n");
+    Control().Forget();
+    ShowTrayMenu(Control().Get());
+    ControlStandIn::Pump();
+    const std::size_t messages = Control().Count(WM_NULL);
+    room.clear();
+    EXPECT_TRUE(wasKnown && written);
+    EXPECT_EQ(messages, 0U);
+    EXPECT_FALSE(isFirstRowKnown());
+    ASSERT_EQ(Engine().pinList.entries.size(), 1U);
+    EXPECT_EQ(Engine().pinList.entries.front().pattern, L"new");
+    EXPECT_TRUE(Engine().pinList.pinning);
+    ASSERT_EQ(CandidateList().size(), 1U);
+    EXPECT_EQ(CandidateList().front().title, L"Alpha");
+    Open({[] { return MenusOpen(1); }});
+    EXPECT_EQ(Control().Count(WM_NULL), 1U) << "as after every menu that was shown";
+}
+
+}  // namespace
+}  // namespace morvane::test

@@ -1,0 +1,50 @@
+#include "desktop/menu_fixture.h"
+
+#include <utility>
+
+#include "app/process.h"
+#include "desktop/interface_texts.h"
+#include "desktop/menu_reader.h"
+#include "ui/menu_rows.h"
+#include "ui/tray_menu.h"
+
+namespace morvane::test {
+
+void MenuTest::SetUp() {
+    EngineTest::SetUp();
+    if (IsSkipped()) {
+        return;
+    }
+    ChooseLanguage(L"en");
+    ForgetRows();
+    Process().controlWindow = control_.Get();
+    ASSERT_NE(control_.Get(), nullptr);
+}
+
+void MenuTest::TearDown() {
+    ForgetRows();
+    ChooseLanguage(L"en");
+    EngineTest::TearDown();
+}
+
+HWND MenuTest::Sized(std::wstring_view title, int width, int height) {
+    WindowSpec spec;
+    spec.title = title;
+    spec.width = width;
+    spec.height = height;
+    return Other().Create(spec);
+}
+
+void MenuTest::Open(std::vector<ControlStandIn::Step> steps) {
+    control_.Run([this] { ShowTrayMenu(control_.Get()); }, std::move(steps), [] { EndMenu(); });
+}
+
+void MenuTest::Press(WPARAM virtualKey) {
+    PostMessageW(control_.Get(), WM_KEYDOWN, virtualKey, 0);
+}
+
+bool MenusOpen(std::size_t count) {
+    return OpenMenuWindows().size() == count;
+}
+
+}  // namespace morvane::test

@@ -1,0 +1,130 @@
+// Nothing of a menu or a dialog stays behind, however often they are opened.
+
+#include <cstddef>
+#include <gtest/gtest.h>
+#include <iostream>
+
+#include "desktop/about_fixture.h"
+#include "desktop/menu_fixture.h"
+#include "desktop/menu_reader.h"
+#include "desktop/usage.h"
+#include "support/child_process.h"
+#include "support/test_environment.h"
+#include "ui/about.h"
+#include "ui/tray_menu.h"
+
+namespace morvane::test {
+namespace {
+
+constexpr UINT CloseMessage = WM_APP + 50;
+constexpr int WarmUp = 20;
+
+// The full numbers of openings take minutes on a slow machine: MORVANE_TEST_FULL=1 asks for them.
+int Openings(int usual, int full) {
+    return EnvironmentVariable(L"MORVANE_TEST_FULL") == L"1" ? full : usual;
+}
+
+void ExpectSteady(const char* what, const Usage& before, const Usage& after, int openings,
+                  ULONGLONG milliseconds) {
+    std::cout << "measured: " << what << ", " << openings << " openings in " << milliseconds
+              << " ms; before: " << before << "; after: " << after << "\n";
+    // Any object that each opening left behind would show as that many.
+    const auto few = static_cast<std::size_t>(openings / 10);
+    EXPECT_LT(after.heapBlocks, before.heapBlocks + few);
+    EXPECT_LT(after.pageFileBytes, before.pageFileBytes + 2'000'000U);
+    EXPECT_GT(after.drawingRoom + few, before.drawingRoom);
+    EXPECT_GT(after.menuRoom + few, before.menuRoom);
+}
+
+class MenuLeakTest : public MenuTest {
+protected:
+    void SetUp() override {
+        MenuTest::SetUp();
+        Control().On(CloseMessage, [this] {
+            if (OpenMenuWindows().size() < awaitedMenus_) {
+                PostMessageW(Control().Get(), CloseMessage, 0, 0);
+            } else {
+                EndMenu();
+            }
+        });
+    }
+
+    // Each is a real opening, closed from within the loop of the menu; in every tenth the list of
+    // windows with a size comes up first, as only then are rows measured and drawn.
+    void OpenMany(int count) {
+        const HWND control = Control().Get();
+        for (int opening = 0; opening < count; ++opening) {
+            const bool withRows = opening % 10 == 0;
+            awaitedMenus_ = withRows ? 2 : 1;
+            Control().Forget();
+            if (withRows) {
+                Press(VK_DOWN);
+                Press(VK_DOWN);
+                Press(VK_DOWN);
+                Press(VK_RIGHT);
+            }
+            PostMessageW(control, CloseMessage, 0, 0);
+            ShowTrayMenu(control);
+            ControlStandIn::Pump();
+            ASSERT_EQ(Control().Count(WM_EXITMENULOOP), 1U) << opening;
+            ASSERT_GE(Control().Count(CloseMessage), 1U) << opening;
+            // The active window and three more.
+            ASSERT_EQ(Control().Count(WM_MEASUREITEM), withRows ? 4U : 0U) << opening;
+            ASSERT_GE(Control().Count(WM_DRAWITEM), withRows ? 4U : 0U) << opening;
+        }
+        Control().Forget();
+    }
+
+private:
+    std::size_t awaitedMenus_ = 1;
+};
+
+TEST_F(MenuLeakTest, OpeningTheMenuLeavesNothingBehind) {
+    ASSERT_TRUE(WriteSettings("alpha\nbeta\t100\t100\n"));
+    const HWND window = Window(L"Alpha");
+    static_cast<void>(Window(L"Beta"));
+    static_cast<void>(Window(L"Gamma"));
+    ASSERT_TRUE(Other().BringToForeground(window));
+    OpenMany(WarmUp);
+    const int openings = Openings(300, 5'000);
+    const Usage before = MeasureUsage();
+    const ULONGLONG start = GetTickCount64();
+    OpenMany(openings);
+    const ULONGLONG took = GetTickCount64() - start;
+    ExpectSteady("menu", before, MeasureUsage(), openings, took);
+}
+
+class AboutLeakTest : public AboutTest {
+protected:
+    void OpenMany(int count) {
+        const HWND control = Control().Get();
+        for (int opening = 0; opening < count; ++opening) {
+            Control().Forget();
+            PostMessageW(control, CloseMessage, 0, 0);
+            ShowAboutDialog(control);
+            ControlStandIn::Pump();
+            ASSERT_EQ(Control().Count(CloseMessage), 1U) << opening;
+            ASSERT_EQ(AboutDialog(), nullptr) << opening;
+        }
+        Control().Forget();
+    }
+};
+
+TEST_F(AboutLeakTest, OpeningTheDialogLeavesNothingBehind) {
+    Control().On(CloseMessage, [] {
+        const HWND dialog = AboutDialog();
+        ASSERT_NE(dialog, nullptr);
+        UpdateWindow(dialog);
+        PostMessageW(dialog, WM_CLOSE, 0, 0);
+    });
+    OpenMany(WarmUp);
+    const int openings = Openings(100, 1'000);
+    const Usage before = MeasureUsage();
+    const ULONGLONG start = GetTickCount64();
+    OpenMany(openings);
+    const ULONGLONG took = GetTickCount64() - start;
+    ExpectSteady("About", before, MeasureUsage(), openings, took);
+}
+
+}  // namespace
+}  // namespace morvane::test

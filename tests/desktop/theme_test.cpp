@@ -1,0 +1,236 @@
+// The colours and fonts of dialogs, in the light and the dark theme.
+
+#include "ui/theme.h"
+
+#include <gtest/gtest.h>
+#include <optional>
+
+#include "base/gdi_owners.h"
+#include "desktop/app_theme_setting.h"
+#include "desktop/canvas.h"
+#include "support/test_environment.h"
+#include "support/window_owner.h"
+
+namespace morvane::test {
+namespace {
+
+constexpr COLORREF DarkBackground = 0x00202020;
+constexpr COLORREF DarkText = 0x00FFFFFF;
+
+class ThemeTest : public testing::Test {
+protected:
+    void SetUp() override {
+        MORVANE_REQUIRE_DISPOSABLE_PROFILE();
+        setting_.emplace();
+        dialog_.reset(CreateWindowExW(0, L"STATIC", L"", WS_POPUP, 100, 100, 60, 40, nullptr,
+                                      nullptr, GetModuleHandleW(nullptr), nullptr));
+        ASSERT_TRUE(dialog_);
+    }
+
+    [[nodiscard]] HWND Dialog() const { return dialog_.get(); }
+
+    [[nodiscard]] static HWND Child(HWND parent) {
+        return CreateWindowExW(0, L"STATIC", L"", WS_CHILD, 0, 0, 10, 10, parent, nullptr,
+                               GetModuleHandleW(nullptr), nullptr);
+    }
+
+    [[nodiscard]] static COLORREF ColourOf(const Brush& brush) {
+        LOGBRUSH data{};
+        EXPECT_NE(GetObjectW(brush.get(), sizeof(data), &data), 0);
+        EXPECT_EQ(data.lbStyle, UINT{BS_SOLID});
+        return data.lbColor;
+    }
+
+private:
+    // Empty where the test is skipped: there the setting is the user's own.
+    std::optional<AppThemeSetting> setting_;
+    WindowOwner dialog_;
+};
+
+// Whether one of the window's properties is the atom of that theme name, as the theme library
+// keeps it.
+bool HasThemeName(HWND window, const wchar_t* name) {
+    struct Search {
+        const wchar_t* name;
+        bool found;
+    };
+    Search search{name, false};
+    EnumPropsExW(
+        window,
+        [](HWND, LPWSTR, HANDLE data, ULONG_PTR parameter) -> BOOL {
+            auto* const wanted = reinterpret_cast<Search*>(parameter);
+            wchar_t text[256] = L"";
+            const auto atom = static_cast<ATOM>(reinterpret_cast<ULONG_PTR>(data));
+            if (GetAtomNameW(atom, text, 256) != 0 && lstrcmpW(text, wanted->name) == 0) {
+                wanted->found = true;
+            }
+            return TRUE;
+        },
+        reinterpret_cast<LPARAM>(&search));
+    return search.found;
+}
+
+TEST_F(ThemeTest, SettingIsANumberThatIsZeroForDark) {
+    EXPECT_TRUE(IsLightAppTheme()) << "absent";
+    struct Case {
+        DWORD value;
+        bool light;
+    };
+    for (const Case item : {Case{0, false}, Case{1, true}, Case{2, true}, Case{0xFFFFFFFF, true}}) {
+        AppThemeSetting::Set(item.value);
+        EXPECT_EQ(IsLightAppTheme(), item.light) << item.value;
+    }
+}
+
+TEST_F(ThemeTest, SettingOfAnotherTypeCountsAsLight) {
+    const wchar_t text[] = L"0";
+    AppThemeSetting::Write(REG_SZ, text, sizeof(text));
+    EXPECT_TRUE(IsLightAppTheme()) << "text";
+    const DWORD64 zero = 0;
+    AppThemeSetting::Write(REG_QWORD, &zero, sizeof(zero));
+    EXPECT_TRUE(IsLightAppTheme()) << "64 bits";
+    AppThemeSetting::Write(REG_BINARY, &zero, sizeof(DWORD));
+    EXPECT_TRUE(IsLightAppTheme()) << "bytes";
+    AppThemeSetting::Set(0);
+    EXPECT_FALSE(IsLightAppTheme());
+}
+
+TEST_F(ThemeTest, ColoursAreThoseOfTheTheme) {
+    struct Case {
+        const char* name;
+        bool isSet;
+        DWORD value;
+        COLORREF background;
+        COLORREF text;
+    };
+    const Case cases[] = {
+        {"absent", false, 0, GetSysColor(COLOR_BTNFACE), GetSysColor(COLOR_WINDOWTEXT)},
+        {"light", true, 1, GetSysColor(COLOR_BTNFACE), GetSysColor(COLOR_WINDOWTEXT)},
+        {"dark", true, 0, DarkBackground, DarkText},
+    };
+    for (const Case& item : cases) {
+        AppThemeSetting::Remove();
+        if (item.isSet) {
+            AppThemeSetting::Set(item.value);
+        }
+        DialogTheme theme;
+        theme.textColour = RGB(1, 2, 3);
+        ApplyTheme(Dialog(), theme);
+        EXPECT_EQ(ColourOf(theme.brush), item.background) << item.name;
+        EXPECT_EQ(theme.textColour, item.text) << item.name;
+        EXPECT_FALSE(theme.font) << item.name;
+    }
+}
+
+TEST_F(ThemeTest, SecondCallReplacesTheBrush) {
+    DialogTheme theme;
+    AppThemeSetting::Set(0);
+    ApplyTheme(Dialog(), theme);
+    const HBRUSH first = theme.brush.get();
+    AppThemeSetting::Set(1);
+    ApplyTheme(Dialog(), theme);
+    EXPECT_EQ(ColourOf(theme.brush), GetSysColor(COLOR_BTNFACE));
+    EXPECT_TRUE(theme.brush.get() == first || GetObjectType(first) == 0) << "the first is deleted";
+}
+
+TEST_F(ThemeTest, WindowAndAllBelowItGetTheExplorerLook) {
+    const HWND child = Child(Dialog());
+    const HWND grandchild = Child(child);
+    const HWND second = Child(Dialog());
+    const WindowOwner stranger = MessageOnlyWindow();
+    for (const HWND window : {Dialog(), child, grandchild, second}) {
+        ASSERT_FALSE(HasThemeName(window, L"Explorer"));
+    }
+    DialogTheme theme;
+    ApplyTheme(Dialog(), theme);
+    for (const HWND window : {Dialog(), child, grandchild, second}) {
+        EXPECT_TRUE(HasThemeName(window, L"Explorer"));
+    }
+    EXPECT_FALSE(HasThemeName(stranger.get(), L"Explorer"));
+}
+
+TEST_F(ThemeTest, ThemeIsAppliedToNoWindowWithoutHarm) {
+    for (const DWORD light : {0U, 1U}) {
+        AppThemeSetting::Set(light);
+        DialogTheme theme;
+        ApplyTheme(nullptr, theme);
+        EXPECT_TRUE(theme.brush);
+    }
+}
+
+TEST_F(ThemeTest, InterfaceFontIsSegoeAtTheResolutionOfTheScreen) {
+    const WindowDc screen(nullptr);
+    const int dpi = GetDeviceCaps(screen.get(), LOGPIXELSY);
+    for (const int points : {9, 12, 1, 40}) {
+        const Font font = CreateUiFont(points);
+        LOGFONTW data{};
+        ASSERT_NE(GetObjectW(font.get(), sizeof(data), &data), 0);
+        // Rounded to the nearest pixel.
+        EXPECT_EQ(data.lfHeight, -((points * dpi * 2 + 72) / 144)) << points;
+        EXPECT_EQ(data.lfWidth, 0);
+        EXPECT_EQ(data.lfEscapement, 0);
+        EXPECT_EQ(data.lfOrientation, 0);
+        EXPECT_EQ(data.lfWeight, 400);
+        EXPECT_EQ(data.lfItalic, 0);
+        EXPECT_EQ(data.lfUnderline, 0);
+        EXPECT_EQ(data.lfStrikeOut, 0);
+        EXPECT_EQ(data.lfCharSet, DEFAULT_CHARSET);
+        EXPECT_EQ(data.lfOutPrecision, OUT_DEFAULT_PRECIS);
+        EXPECT_EQ(data.lfClipPrecision, CLIP_DEFAULT_PRECIS);
+        EXPECT_EQ(data.lfQuality, CLEARTYPE_QUALITY);
+        EXPECT_EQ(data.lfPitchAndFamily, DEFAULT_PITCH);
+        EXPECT_STREQ(data.lfFaceName, L"Segoe UI");
+    }
+}
+
+TEST_F(ThemeTest, ControlsAreDrawnTransparentlyInTheTextColour) {
+    const Canvas canvas(10, 10);
+    const HDC dc = canvas.Context();
+    DialogTheme theme;
+    theme.textColour = RGB(12, 34, 56);
+    SetBkMode(dc, OPAQUE);
+    EXPECT_EQ(ThemedCtlColor(dc, theme), GetSysColorBrush(COLOR_BTNFACE)) << "without a brush";
+    EXPECT_EQ(GetBkMode(dc), TRANSPARENT);
+    EXPECT_EQ(GetTextColor(dc), RGB(12, 34, 56));
+    theme.brush.reset(CreateSolidBrush(RGB(9, 9, 9)));
+    theme.textColour = RGB(65, 43, 21);
+    SetBkMode(dc, OPAQUE);
+    EXPECT_EQ(ThemedCtlColor(dc, theme), theme.brush.get());
+    EXPECT_EQ(GetBkMode(dc), TRANSPARENT);
+    EXPECT_EQ(GetTextColor(dc), RGB(65, 43, 21));
+}
+
+TEST_F(ThemeTest, BackgroundFillsTheClientAreaAndNothingElse) {
+    RECT client{};
+    GetClientRect(Dialog(), &client);
+    ASSERT_TRUE(client.right == 60 && client.bottom == 40);
+    const Canvas canvas(80, 60);
+    DialogTheme theme;
+    EXPECT_FALSE(EraseThemedBackground(Dialog(), canvas.Context(), theme)) << "without a brush";
+    EXPECT_EQ(canvas.PointsOf(Canvas::Untouched).size(), 80U * 60U);
+    theme.brush.reset(CreateSolidBrush(RGB(9, 8, 7)));
+    EXPECT_TRUE(EraseThemedBackground(Dialog(), canvas.Context(), theme));
+    EXPECT_EQ(canvas.PointsOf(RGB(9, 8, 7)).size(), 60U * 40U);
+    EXPECT_EQ(canvas.At(59, 39), RGB(9, 8, 7));
+    EXPECT_EQ(canvas.PointsOf(Canvas::Untouched).size(), 80U * 60U - 60U * 40U);
+}
+
+TEST_F(ThemeTest, ReleaseDeletesTheFontAndTheBrush) {
+    DialogTheme theme;
+    theme.font = CreateUiFont(9);
+    ApplyTheme(Dialog(), theme);
+    const HFONT font = theme.font.get();
+    const HBRUSH brush = theme.brush.get();
+    ASSERT_EQ(GetObjectType(font), DWORD{OBJ_FONT});
+    ASSERT_EQ(GetObjectType(brush), DWORD{OBJ_BRUSH});
+    ReleaseTheme(theme);
+    EXPECT_FALSE(theme.font);
+    EXPECT_FALSE(theme.brush);
+    EXPECT_EQ(GetObjectType(font), 0U);
+    EXPECT_EQ(GetObjectType(brush), 0U);
+    ReleaseTheme(theme);
+    EXPECT_FALSE(theme.font || theme.brush) << "an empty one stays empty";
+}
+
+}  // namespace
+}  // namespace morvane::test

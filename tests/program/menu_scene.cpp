@@ -1,0 +1,264 @@
+#include "program/menu_scene.h"
+
+#include <array>
+
+#include "support/tray.h"
+
+namespace morvane::test {
+namespace {
+
+constexpr POINT MenuSpot{500, 450};
+
+// Around the items, and of a separator: what this session's menus are drawn with.
+constexpr LONG MenuMargin = 3;
+
+LONG SeparatorHeight() {
+    return GetSystemMetrics(SM_CYMENUSIZE) / 2;
+}
+
+struct PlaceInMenu {
+    int itemsAbove;
+    int separatorsAbove;
+};
+
+constexpr std::array<PlaceInMenu, 8> Places = {{
+    {0, 0},
+    {1, 1},
+    {2, 1},
+    {3, 2},
+    {4, 2},
+    {5, 2},
+    {6, 3},
+    {7, 4},
+}};
+constexpr int ItemCount = 8;
+constexpr int SeparatorCount = 4;
+
+struct Shape {
+    int items;
+    int separators;
+};
+
+// Every item of a menu has the same height.
+RECT RectAt(HWND menu, const PlaceInMenu& place, const Shape& shape) {
+    const RECT frame = WindowRect(menu);
+    const LONG height =
+        (frame.bottom - frame.top - 2 * MenuMargin - shape.separators * SeparatorHeight()) /
+        shape.items;
+    const LONG top = frame.top + MenuMargin + place.itemsAbove * height +
+                     place.separatorsAbove * SeparatorHeight();
+    return {frame.left + MenuMargin, top, frame.right - MenuMargin, top + height};
+}
+
+bool IsMinSize(Item submenu) {
+    return submenu == Item::AddRemoveMinSize;
+}
+
+HWND WaitForMenu(const Program& program) {
+    std::vector<HWND> menus;
+    const bool came = WaitUntil([&] {
+        menus = MenuWindows(program);
+        return menus.size() == 1 && WindowSize(menus.front()).cy > 2 * MenuMargin;
+    });
+    return came ? menus.front() : nullptr;
+}
+
+// Keys choose what is below the last choice; a menu just opened has none.
+void MoveSelectionTo(Item item) {
+    TapKeys(VK_DOWN, static_cast<int>(item) + 1);
+}
+
+bool FailedBecause(const char* reason) {
+    ADD_FAILURE() << reason;
+    return false;
+}
+
+int PlaceOf(std::wstring_view title) {
+    const int place = RowOfTitle(title);
+    EXPECT_GE(place, 0) << "no such row";
+    return place;
+}
+
+}  // namespace
+
+const char* NameOf(Way way) {
+    return way == Way::Mouse ? "by mouse" : "by keyboard";
+}
+
+Row AddRemoveRow(std::wstring_view title) {
+    return {Item::AddRemove, PlaceOf(title), static_cast<int>(RowTitles().size())};
+}
+
+Row MinSizeRow(std::wstring_view title) {
+    return {Item::AddRemoveMinSize, PlaceOf(title) + 1, static_cast<int>(RowTitles().size()) + 1};
+}
+
+Row ActiveWindowRow() {
+    return {Item::AddRemoveMinSize, 0, static_cast<int>(RowTitles().size()) + 1};
+}
+
+std::vector<HWND> MenuWindows(const Program& program) {
+    std::vector<HWND> menus;
+    for (const HWND window : VisibleWindowsOfClass(L"#32768")) {
+        if (ProcessOf(window) == program.ProcessId()) {
+            menus.push_back(window);
+        }
+    }
+    return menus;
+}
+
+bool MenuCloses(const Program& program) {
+    return WaitUntil([&] { return MenuWindows(program).empty(); });
+}
+
+HWND OpenMenuByIcon(const Program& program, MouseButton button) {
+    if (!WaitUntil([] { return TrayIconPresent(); })) {
+        return nullptr;
+    }
+    Click(TrayIconCentre().value_or(POINT{}), button);
+    return WaitForMenu(program);
+}
+
+HWND OpenMenu(const Program& program) {
+    MovePointer(MenuSpot);
+    PostMessageW(program.ControlWindow(), TrayMessage, 1, WM_LBUTTONUP);
+    return WaitForMenu(program);
+}
+
+RECT ItemRect(HWND menu, Item item) {
+    return RectAt(menu, Places.at(static_cast<std::size_t>(item)), {ItemCount, SeparatorCount});
+}
+
+RECT RowRect(HWND submenu, const Row& row) {
+    const int separators = IsMinSize(row.submenu) ? 1 : 0;
+    return RectAt(submenu, {row.place, row.place > 0 ? separators : 0}, {row.count, separators});
+}
+
+POINT CentreOf(const RECT& rect) {
+    return {(rect.left + rect.right) / 2, (rect.top + rect.bottom) / 2};
+}
+
+HWND OpenSubmenu(const Program& program, Item submenu, Way way) {
+    const std::vector<HWND> menus = MenuWindows(program);
+    if (menus.size() != 1) {
+        return nullptr;
+    }
+    const HWND menu = menus.front();
+    if (way == Way::Mouse) {
+        const POINT at = CentreOf(ItemRect(menu, submenu));
+        // From a little aside: a menu notices the pointer only when it moves.
+        MovePointer({at.x - 3, at.y});
+        MovePointer(at);
+    } else {
+        MoveSelectionTo(submenu);
+        TapKey(VK_RIGHT);
+    }
+    // Told by its handle: while a pass raises one menu after the other, either can be the highest.
+    HWND opened = nullptr;
+    static_cast<void>(WaitUntil([&] {
+        for (const HWND window : MenuWindows(program)) {
+            if (window != menu && WindowSize(window).cy > 2 * MenuMargin) {
+                opened = window;
+            }
+        }
+        return opened != nullptr;
+    }));
+    return opened;
+}
+
+bool Choose(const Program& program, Item item, Way way) {
+    const std::vector<HWND> menus = MenuWindows(program);
+    if (menus.size() != 1) {
+        return FailedBecause("no single menu to choose from");
+    }
+    if (way == Way::Mouse) {
+        Click(CentreOf(ItemRect(menus.front(), item)), MouseButton::Left);
+    } else {
+        MoveSelectionTo(item);
+        TapKey(VK_RETURN);
+    }
+    return MenuCloses(program) || FailedBecause("the choice leaves the menu open");
+}
+
+bool Choose(const Program& program, const Row& row, Way way) {
+    const HWND submenu = OpenSubmenu(program, row.submenu, way);
+    if (submenu == nullptr) {
+        return FailedBecause("no submenu to choose from");
+    }
+    if (way == Way::Mouse) {
+        Click(CentreOf(RowRect(submenu, row)), MouseButton::Left);
+    } else {
+        // The submenu opens with its first row selected.
+        TapKeys(VK_DOWN, row.place);
+        TapKey(VK_RETURN);
+    }
+    return MenuCloses(program) || FailedBecause("the choice leaves the menu open");
+}
+
+bool OpenAndChoose(const Program& program, Item item, Way way) {
+    return (OpenMenu(program) != nullptr || FailedBecause("no menu")) && Choose(program, item, way);
+}
+
+bool OpenAndChoose(const Program& program, const Row& row, Way way) {
+    return (OpenMenu(program) != nullptr || FailedBecause("no menu")) && Choose(program, row, way);
+}
+
+void TapKeys(WORD virtualKey, int times) {
+    for (int i = 0; i < times; ++i) {
+        TapKey(virtualKey);
+    }
+}
+
+bool DismissMenu(const Program& program) {
+    for (std::size_t open = MenuWindows(program).size(); open > 0; --open) {
+        TapKey(VK_ESCAPE);
+        if (!WaitUntil([&] { return MenuWindows(program).size() < open; })) {
+            return false;
+        }
+    }
+    return MenuCloses(program);
+}
+
+bool FileBecomes(const std::string& content) {
+    return WaitUntil([&] { return ReadSettings() == content; });
+}
+
+HWND AboutDialog(const Program& program) {
+    for (const HWND window : VisibleWindowsOfClass(L"MorvaneAboutDialog")) {
+        if (ProcessOf(window) == program.ProcessId()) {
+            return window;
+        }
+    }
+    return nullptr;
+}
+
+HWND OpenAbout(const Program& program) {
+    if (!program.PostCommand(AboutCommand)) {
+        return nullptr;
+    }
+    // Complete once the owner is disabled: the dialog is laid out and placed before that.
+    static_cast<void>(WaitUntil([&] {
+        return AboutDialog(program) != nullptr && IsWindowEnabled(program.ControlWindow()) == FALSE;
+    }));
+    return AboutDialog(program);
+}
+
+bool AboutCloses(const Program& program) {
+    return WaitUntil([&] {
+        return AboutDialog(program) == nullptr && IsWindowEnabled(program.ControlWindow()) != FALSE;
+    });
+}
+
+std::wstring ControlText(HWND dialog, int id) {
+    std::wstring text(256, L'\0');
+    DWORD_PTR length = 0;
+    if (SendMessageTimeoutW(GetDlgItem(dialog, id), WM_GETTEXT, text.size(),
+                            reinterpret_cast<LPARAM>(text.data()), SMTO_NORMAL,
+                            static_cast<UINT>(DefaultTimeout.count()), &length) == 0) {
+        return L"(no answer)";
+    }
+    text.resize(length);
+    return text;
+}
+
+}  // namespace morvane::test
