@@ -1,0 +1,147 @@
+// Tells a shell script where on the screen something is, as soon as it is there.
+//
+//   screen_areas icon          the icon in the notification area
+//   screen_areas menus COUNT   that many open menus, from left to right
+//   screen_areas about         the About window, once it is laid out
+//   screen_areas balloon       the balloon of the notification area
+//   screen_areas taskbar       nothing, once there is a task bar to put icons on
+//   screen_areas no-about      nothing, once there is no About window any more
+//   screen_areas no-tips       nothing, once no tool tip is shown any more
+//
+// Each area is a line "X Y WIDTH HEIGHT" in screen pixels. The exit status is 0 on success, 1 when
+// something did not come about in ten seconds, 2 for a wrong call.
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdio>
+#include <cwchar>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+#include "base/win.h"
+#include "support/tray.h"
+#include "support/wait.h"
+#include "support/window_state.h"
+
+#include <commctrl.h>
+#include <fcntl.h>
+#include <io.h>
+
+namespace morvane::areas {
+
+namespace {
+
+using Areas = std::vector<RECT>;
+
+enum ExitStatus : int { Done = 0, NotDone = 1, WrongCall = 2 };
+
+Areas IconAreas() {
+    Areas areas;
+    for (const test::TrayIcon& icon : test::TrayIcons()) {
+        areas.push_back(icon.rect);
+    }
+    return areas;
+}
+
+Areas MenuAreas() {
+    Areas areas;
+    for (const HWND menu : test::VisibleWindowsOfClass(L"#32768")) {
+        areas.push_back(test::WindowRect(menu));
+    }
+    std::sort(areas.begin(), areas.end(),
+              [](const RECT& one, const RECT& other) { return one.left < other.left; });
+    return areas;
+}
+
+Areas AboutAreas() {
+    Areas areas;
+    for (const HWND dialog : test::VisibleWindowsOfClass(L"MorvaneAboutDialog")) {
+        // Its owner is disabled only after the dialog has been laid out and placed.
+        if (IsWindowEnabled(GetWindow(dialog, GW_OWNER)) == FALSE) {
+            areas.push_back(test::WindowRect(dialog));
+        }
+    }
+    return areas;
+}
+
+Areas BalloonAreas() {
+    const std::optional<test::Balloon> balloon = test::ShownBalloon();
+    return balloon ? Areas{balloon->rect} : Areas{};
+}
+
+bool IsTip(HWND tooltip) {
+    return (GetWindowLongPtrW(tooltip, GWL_STYLE) & TTS_BALLOON) == 0;
+}
+
+bool NoTips() {
+    const std::vector<HWND> tooltips = test::VisibleWindowsOfClass(TOOLTIPS_CLASSW);
+    return std::none_of(tooltips.begin(), tooltips.end(), IsTip);
+}
+
+bool NoAbout() {
+    return test::VisibleWindowsOfClass(L"MorvaneAboutDialog").empty();
+}
+
+// An area without extent is a window that is still being made.
+bool AreComplete(const Areas& areas, std::size_t count) {
+    return areas.size() == count && std::none_of(areas.begin(), areas.end(), [](const RECT& area) {
+               return IsRectEmpty(&area) != FALSE;
+           });
+}
+
+int Print(Areas (*find)(), std::size_t count) {
+    Areas areas;
+    const bool came = test::WaitUntil([&] {
+        areas = find();
+        return AreComplete(areas, count);
+    });
+    for (const RECT& area : areas) {
+        std::printf("%ld %ld %ld %ld\n", area.left, area.top, area.right - area.left,
+                    area.bottom - area.top);
+    }
+    return came ? Done : NotDone;
+}
+
+int WaitFor(bool (*condition)()) {
+    return test::WaitUntil(condition) ? Done : NotDone;
+}
+
+int Run(std::wstring_view what) {
+    if (what == L"icon") {
+        return Print(IconAreas, 1);
+    }
+    if (what == L"about") {
+        return Print(AboutAreas, 1);
+    }
+    if (what == L"balloon") {
+        return Print(BalloonAreas, 1);
+    }
+    if (what == L"taskbar") {
+        return test::WaitForTaskbar() ? Done : NotDone;
+    }
+    if (what == L"no-about") {
+        return WaitFor(NoAbout);
+    }
+    if (what == L"no-tips") {
+        return WaitFor(NoTips);
+    }
+    return WrongCall;
+}
+
+}  // namespace
+
+}  // namespace morvane::areas
+
+// Called by the C runtime's start-up; no header declares it.
+int wmain(int count, wchar_t** values);
+
+int wmain(int count, wchar_t** values) {
+    using namespace morvane::areas;
+    // Plain LF, as the script that reads it expects.
+    static_cast<void>(_setmode(_fileno(stdout), _O_BINARY));
+    if (count == 3 && std::wstring_view(values[1]) == L"menus") {
+        return Print(MenuAreas, std::wcstoul(values[2], nullptr, 10));
+    }
+    return count == 2 ? Run(values[1]) : WrongCall;
+}

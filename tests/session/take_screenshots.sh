@@ -1,0 +1,282 @@
+#!/usr/bin/env bash
+#
+# Takes the pictures of docs/screenshots anew: the program as it is now, among real windows, in a
+# private Wine session. The menu is worked with the pointer, as a user would do it.
+
+set -euo pipefail
+
+ROOT=$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)
+# shellcheck source=tests/session/wine_session.sh
+source "$ROOT/tests/session/wine_session.sh"
+
+PROGRAM=$ROOT/build/release/Morvane.exe
+REPORT=$ROOT/build/release/window_report.exe
+AREAS=$ROOT/build/release/screen_areas.exe
+PICTURES=$ROOT/docs/screenshots
+FONT=/usr/share/fonts/truetype/liberation/LiberationSans-Regular.ttf
+PATIENCE=15   # seconds until something that should happen counts as failed
+CONTROL_CLASS=MorvaneHiddenWindow
+ABOUT=1009    # the menu's number of this command
+MORVANE_PID=''
+
+# How far down the menu the middle of an item lies, in hundredths of the menu's height. Only the
+# height of all items together depends on the font of a language.
+ADD_REMOVE=21
+MIN_SIZE=31
+
+LANGUAGES=(
+    "en English" "ja Japanese" "zh-cn Chinese, simplified" "zh-tw Chinese, traditional" "ko Korean"
+    "es Spanish" "fr French" "de German" "pt Portuguese (Brazil)" "ru Russian"
+)
+
+fail() {
+    echo "screenshots: FAILED: $*" >&2
+    exit 1
+}
+
+report() {
+    wine "$REPORT" "$@" || fail "window_report $*"
+}
+
+areas() {
+    wine "$AREAS" "$@" || fail "screen_areas $*"
+}
+
+# Out of reach of the terminal's Ctrl+C, which is to reach this script alone.
+start_program() {
+    setsid wine "$@" </dev/null >/dev/null 2>&1 &
+}
+
+# Renamed into place: a pass that met a half-written file would take it at its word.
+write_settings() {
+    printf '%s\n' "$@" >"$SETTINGS.new"
+    mv "$SETTINGS.new" "$SETTINGS"
+}
+
+# Returns once the menu can be opened. The language is $1.
+start_morvane() {
+    MORVANE_LANG=$1 start_program "$PROGRAM"
+    MORVANE_PID=$!
+    areas icon >/dev/null
+}
+
+end_morvane() {
+    report close-hidden "$CONTROL_CLASS"
+    wait "$MORVANE_PID" || fail "Morvane's exit code is $?"
+}
+
+# The program under the pointer notices it only when it moves.
+point_at() {
+    xdotool mousemove "$(($1 - 3))" "$2" mousemove "$1" "$2"
+}
+
+click_at() {
+    point_at "$@"
+    xdotool click 1
+}
+
+# The window $1 is the one that was worked with last.
+open_menu() {
+    local x y width height
+    report activate "$1"
+    report wait "$PATIENCE" "active:$1"
+    read -r x y width height < <(areas icon)
+    click_at $((x + width / 2)) $((y + height / 2))
+    areas menus 1 >/dev/null
+}
+
+# Opens the submenu at the height $1 of the open menu.
+open_submenu() {
+    local x y width height
+    read -r x y width height < <(areas menus 1)
+    point_at $((x + width / 2)) $((y + height * $1 / 100))
+    areas menus 2 >/dev/null
+    areas no-tips
+}
+
+# A click on the empty desktop, where no picture reaches.
+close_menu() {
+    click_at 20 20
+    areas menus 0
+}
+
+# The smallest area that holds the open menu and submenu, in ImageMagick's form.
+menu_area() {
+    areas menus 2 | awk '{
+             if (NR == 1 || $1 < left) left = $1
+             if (NR == 1 || $2 < top) top = $2
+             if ($1 + $3 > right) right = $1 + $3
+             if ($2 + $4 > bottom) bottom = $2 + $4
+         }
+         END { printf "%dx%d+%d+%d\n", right - left, bottom - top, left, top }'
+}
+
+# Photographs the screen once nothing changes on it any more, and cuts the area $2 out as $1.
+take() {
+    local picture=$1 area=$2 end=$((SECONDS + PATIENCE)) now=$SESSION_DIR/now.rgb
+    local before=$SESSION_DIR/before.rgb
+    rm -f "$now" "$before"
+    while :; do
+        [[ ! -e $now ]] || mv "$now" "$before"
+        import -window root -depth 8 "$now"
+        ! cmp -s "$before" "$now" || break
+        ((SECONDS < end)) || fail "the screen does not come to rest for $picture"
+    done
+    convert -size "$SESSION_SCREEN" -depth 8 "$now" -crop "$area" +repage "$picture"
+}
+
+# Makes the picture $1 of the documentation from the picture $2: as small as it can be.
+publish() {
+    convert "$2" +dither -colors 256 -strip -define png:compression-level=9 \
+        -define png:exclude-chunks=all "PNG8:$PICTURES/$1.png"
+    echo "docs/screenshots/$1.png: $(stat -c %s "$PICTURES/$1.png") bytes"
+}
+
+take_and_publish() {
+    take "$SESSION_DIR/picture.png" "$2"
+    publish "$1" "$SESSION_DIR/picture.png"
+}
+
+open_two_windows() {
+    local folder
+    folder=$(wine cmd /c 'echo %APPDATA%' | tr -d '\r')
+    SETTINGS=$(winepath -u "$folder")/Morvane/config.txt
+    mkdir -p "$(dirname "$SETTINGS")"
+    printf '%s\r\n' "To do" "" "- answer the mail of Monday" "- book the room for the review" \
+        "- water the plants" >"$WINEPREFIX/drive_c/Notes.txt"
+    printf '%s\n' '{\rtf1\ansi{\fonttbl{\f0 Liberation Sans;}}\f0' \
+        '\fs32\b The year in numbers\b0\par' \
+        '\fs22\par The first quarter went as expected. Orders came in evenly and the new\par' \
+        'warehouse took over its share in March. The second one was better than\par' \
+        'planned, for two reasons that the next pages explain.\par}' \
+        >"$WINEPREFIX/drive_c/Report.rtf"
+    start_program notepad 'C:\Notes.txt'
+    start_program 'C:\Program Files\Windows NT\Accessories\wordpad.exe' 'C:\Report.rtf'
+    report wait "$PATIENCE" ordinary:Notes ordinary:Report
+    report place Report 520 270 620 440
+    report place Notes 720 360 340 220
+    # From now on Wine draws it in front, until Morvane changes that.
+    report activate Report
+    report wait "$PATIENCE" active:Report
+    areas taskbar
+}
+
+# All of them out of the corner where the menu opens.
+open_more_windows() {
+    start_program winemine
+    start_program regedit
+    report wait "$PATIENCE" ordinary:WineMine ordinary:Registry
+    report place Report 100 80 620 440
+    report place Notes 300 170 340 220
+    report place WineMine 660 330 160 226
+    report place Registry 180 300 420 260
+}
+
+# At 1000, 568, Notepad's status bar is grey and WordPad's page white (1).
+wait_until_notes_are_drawn_in_front() {
+    local end=$((SECONDS + PATIENCE))
+    while [[ $(import -window root -crop 1x1+1000+568 miff:- |
+        convert - -format '%[fx:mean]' info:) == 1 ]]; do
+        ((SECONDS < end)) || fail "the pinned window is not drawn in front"
+    done
+}
+
+take_main() {
+    write_settings '@pinning=1' 'Notes'
+    start_morvane en
+    report wait "$PATIENCE" topmost:Notes ordinary:Report
+    wait_until_notes_are_drawn_in_front
+    open_menu Report
+    open_submenu "$ADD_REMOVE"
+    take_and_publish main 780x550+500+250
+    close_menu
+}
+
+# The About window of the running program as the file $1.
+take_about() {
+    local x y width height
+    report command-hidden "$CONTROL_CLASS" "$ABOUT"
+    read -r x y width height < <(areas about)
+    take "$1" "${width}x$height+$x+$y"
+    # Its button lies in the lower right corner.
+    click_at $((x + width - 40)) $((y + height - 30))
+    areas no-about
+}
+
+take_abouts() {
+    local theme='HKCU\Software\Microsoft\Windows\CurrentVersion\Themes\Personalize'
+    take_about "$SESSION_DIR/picture.png"
+    publish about-light "$SESSION_DIR/picture.png"
+    wine reg add "$theme" /v AppsUseLightTheme /t REG_DWORD /d 0 /f >/dev/null
+    take_about "$SESSION_DIR/picture.png"
+    publish about-dark "$SESSION_DIR/picture.png"
+    wine reg delete "$theme" /v AppsUseLightTheme /f >/dev/null
+}
+
+take_languages() {
+    local language code area cells=()
+    for language in "${LANGUAGES[@]}"; do
+        code=${language%% *}
+        start_morvane "$code"
+        open_menu Registry
+        open_submenu "$MIN_SIZE"
+        area=$(menu_area)
+        take "$SESSION_DIR/menu.png" "$area"
+        close_menu
+        take_about "$SESSION_DIR/about.png"
+        end_morvane
+        convert -background white -font "$FONT" -pointsize 16 \
+            "label:${language#* } ($code)" "$SESSION_DIR/menu.png" -size 1x8 xc:white \
+            "$SESSION_DIR/about.png" -append +set label "$SESSION_DIR/$code.png"
+        cells+=("$SESSION_DIR/$code.png")
+    done
+    # It insists on a font, although nothing is left to write.
+    montage -font "$FONT" -background white -gravity northwest -tile 2x \
+        -geometry '504x352+12+16>' "${cells[@]}" "$SESSION_DIR/picture.png"
+    publish languages "$SESSION_DIR/picture.png"
+}
+
+take_menus() {
+    local area
+    open_menu Report
+    open_submenu "$ADD_REMOVE"
+    area=$(menu_area)
+    take_and_publish menu-add-remove "$area"
+    close_menu
+    open_menu Report
+    open_submenu "$MIN_SIZE"
+    area=$(menu_area)
+    take_and_publish menu-min-size "$area"
+}
+
+# The first row of the open submenu, which is to the left of the menu.
+take_balloon() {
+    local x y width height
+    read -r x y width height < <(areas menus 2)
+    click_at $((x + width / 2)) $((y + 12))
+    areas menus 0
+    point_at 20 20
+    areas balloon >/dev/null
+    areas no-tips
+    take_and_publish balloon 300x120+980+680
+}
+
+(($# == 0)) || { echo "usage: ${0##*/}" >&2; exit 2; }
+cmake --build "$ROOT/build/release" --target window_report screen_areas
+mkdir -p "$PICTURES"
+trap session_close EXIT
+trap 'exit 129' HUP
+trap 'exit 130' INT
+trap 'exit 143' TERM
+session_open
+open_two_windows
+take_main
+take_abouts
+end_morvane
+open_more_windows
+write_settings '@pinning=1' 'Notes' 'WineMine 160 226'
+take_languages
+start_morvane en
+take_menus
+take_balloon
+end_morvane
