@@ -1,0 +1,13 @@
+"""Texts with places to be filled in, written @NAME@."""
+
+import re
+
+
+def fill(template, values):
+    """The template's text with every @NAME@ replaced; a name without a value is an error."""
+    return re.sub(r"@([A-Z][A-Z0-9_]*)@", lambda match: values[match[1]],
+                  template.read_text(encoding="utf-8"))
+
+
+def write_as_windows_text(path, text):
+    path.write_text(text, encoding="utf-8", newline="\r\n")

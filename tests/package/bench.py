@@ -1,0 +1,156 @@
+"""What the tests of installer and uninstaller do to a disposable Wine session, and see in it."""
+
+import functools
+import getpass
+import os
+import pathlib
+import shutil
+import signal
+import subprocess
+import sys
+import time
+
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+sys.path.insert(0, str(ROOT / "packaging"))
+
+PATIENCE = 30  # seconds until something that should happen counts as failed
+UNINSTALL_KEY = r"HKCU\Software\Microsoft\Windows\CurrentVersion\Uninstall\Morvane"
+CONTROL_CLASS = "MorvaneHiddenWindow"
+
+PROFILE = pathlib.Path(os.environ.get("WINEPREFIX", "/nonexistent"))
+DRIVE = PROFILE / "drive_c"
+APP_DATA = DRIVE / "users" / getpass.getuser() / "AppData"
+PROGRAMS = APP_DATA / "Local" / "Programs"
+INSTALLED = PROGRAMS / "Morvane"
+SETTINGS = APP_DATA / "Roaming" / "Morvane" / "config.txt"
+START_MENU = APP_DATA / "Roaming" / "Microsoft" / "Windows" / "Start Menu" / "Programs"
+START_MENU_ENTRY = START_MENU / "Morvane.lnk"
+STARTUP_SHORTCUT = START_MENU / "StartUp" / "Morvane.lnk"
+
+
+def is_disposable():
+    return os.environ.get("MORVANE_TEST_DISPOSABLE") == "1"
+
+
+def wait_until(condition, what):
+    end = time.monotonic() + PATIENCE
+    while not condition():
+        if time.monotonic() > end:
+            raise AssertionError(f"after {PATIENCE} s still not: {what}")
+        time.sleep(0.1)
+
+
+def wine(*arguments):
+    """Runs a program and returns its exit code."""
+    return subprocess.run(["wine", *map(str, arguments)], stdin=subprocess.DEVNULL,
+                          stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, timeout=120,
+                          check=False).returncode
+
+
+def start(*arguments):
+    return subprocess.Popen(["wine", *map(str, arguments)], stdin=subprocess.DEVNULL,
+                            stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+
+
+def wine_unquoted(program, arguments):
+    """The same with arguments that reach the program without quotes, blanks or not: what follows
+    /D= and _?= is taken as it stands."""
+    return wine(program, *arguments.split(" "))
+
+
+class Report:
+    """The program that tells which windows are on top."""
+
+    def __init__(self, build):
+        self._program = build / "window_report.exe"
+
+    def expect(self, *expectations):
+        if wine(self._program, "wait", PATIENCE, *expectations) != 0:
+            raise AssertionError(f"not so after {PATIENCE} s: {' '.join(expectations)}")
+
+    def close_hidden(self):
+        return wine(self._program, "close-hidden", CONTROL_CLASS)
+
+
+def registered():
+    """The values of the entry in the list of installed programs; empty when there is none."""
+    result = subprocess.run(["wine", "reg", "query", UNINSTALL_KEY], stdin=subprocess.DEVNULL,
+                            stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, check=False)
+    if result.returncode != 0:
+        return {}
+    rows = [line.split(None, 2) for line in result.stdout.decode().splitlines()
+            if line.startswith("    ")]
+    return {row[0]: row[2] if len(row) > 2 else "" for row in rows}
+
+
+def running():
+    """The processes that run the program, by the file that each was started from."""
+    found = {}
+    for process in pathlib.Path("/proc").glob("[0-9]*"):
+        try:
+            if f"WINEPREFIX={PROFILE}".encode() not in (process / "environ").read_bytes().split(b"\0"):
+                continue
+            command = (process / "cmdline").read_bytes().split(b"\0")[0].decode()
+        except (OSError, UnicodeDecodeError):
+            continue
+        if command.lower().endswith("\\morvane.exe"):
+            found[int(process.name)] = command
+    return found
+
+
+class Paused:
+    """Stops every running copy for as long as the object is in use."""
+
+    def __enter__(self):
+        self._processes = list(running())
+        for process in self._processes:
+            os.kill(process, signal.SIGSTOP)
+
+    def __exit__(self, *_):
+        for process in self._processes:
+            os.kill(process, signal.SIGCONT)
+
+
+def windows_path(path):
+    return "C:\\" + str(path.relative_to(DRIVE)).replace("/", "\\")
+
+
+def files_below(folder):
+    return sorted(str(path.relative_to(folder)) for path in folder.rglob("*") if path.is_file())
+
+
+def uninstall(*arguments, folder=INSTALLED):
+    """Returns once the uninstaller, which goes on in a copy of itself, has come to its end."""
+    wine(folder / "Uninstall.exe", "/S", *arguments)
+    wait_until(lambda: not (folder / "Uninstall.exe").exists(), "the uninstaller ends")
+
+
+def uninstall_in_place(*arguments, folder=INSTALLED):
+    """The uninstaller without its copy, so that its exit code can be seen; the file itself stays."""
+    return wine_unquoted(folder / "Uninstall.exe",
+                         " ".join(["/S", *arguments, f"_?={windows_path(folder)}"]))
+
+
+def clean():
+    """No program, no settings, nothing running: what a test begins and ends with."""
+    for process in running():
+        os.kill(process, signal.SIGKILL)
+    wait_until(lambda: not running(), "no copy runs")
+    for folder in (INSTALLED, SETTINGS.parent):
+        shutil.rmtree(folder, ignore_errors=True)
+    for entry in (START_MENU_ENTRY, STARTUP_SHORTCUT):
+        entry.unlink(missing_ok=True)
+    wine("reg", "delete", UNINSTALL_KEY, "/f")
+
+
+@functools.cache
+def can_mount():
+    """Whether a file system of a given size can be made, to fill it up."""
+    folder = DRIVE / "mount-trial"
+    folder.mkdir()
+    done = subprocess.run(["mount", "-t", "tmpfs", "-o", "size=64k", "none", str(folder)],
+                          stderr=subprocess.DEVNULL, check=False).returncode == 0
+    if done:
+        subprocess.run(["umount", str(folder)], check=True)
+    folder.rmdir()
+    return done

@@ -1,0 +1,240 @@
+#!/usr/bin/python3
+"""Facts about the files that users download.
+
+usage: files_test.py BUILD_FOLDER PACKAGE_FOLDER [UNITTEST-ARGUMENT...]
+"""
+
+import hashlib
+import json
+import os
+import pathlib
+import re
+import shutil
+import subprocess
+import sys
+import tempfile
+import unittest
+import zipfile
+
+import yaml
+
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+sys.path.insert(0, str(ROOT / "packaging"))
+
+import package  # noqa: E402
+
+BUILD = pathlib.Path(sys.argv.pop(1)).resolve()
+PACKAGE = pathlib.Path(sys.argv.pop(1)).resolve()
+VERSION = package.read_version(BUILD)
+LANGUAGES = ("English", "Japanese", "SimpChinese", "TradChinese", "Korean", "Spanish", "French",
+             "German", "PortugueseBR", "Russian")
+
+
+def digest(path):
+    return hashlib.sha256(path.read_bytes()).hexdigest()
+
+
+def make_package(build, out, **environment):
+    subprocess.run([str(ROOT / "packaging" / "package.py"), str(build), str(out)], check=True,
+                   stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
+                   env={**os.environ, **environment})
+
+
+def names_and_digests(folder):
+    return {str(path.relative_to(folder)): digest(path)
+            for path in sorted(folder.rglob("*")) if path.is_file()}
+
+
+class DownloadsTest(unittest.TestCase):
+    def test_every_file_is_there(self):
+        self.assertEqual(sorted(names_and_digests(PACKAGE)), sorted([
+            f"Morvane-{VERSION}-portable.zip",
+            f"Morvane-{VERSION}-setup.exe",
+            f"Morvane-{VERSION}.cdx.json",
+            "SHA256SUMS",
+            "scoop/morvane.json",
+            "winget/Morvane.Morvane.installer.yaml",
+            "winget/Morvane.Morvane.locale.en-US.yaml",
+            "winget/Morvane.Morvane.yaml",
+        ]))
+
+    def test_checksums_are_those_of_the_files(self):
+        subprocess.run(["sha256sum", "--check", "--strict", "--quiet", "SHA256SUMS"], cwd=PACKAGE,
+                       check=True)
+        listed = [line.split()[1] for line in (PACKAGE / "SHA256SUMS").read_text().splitlines()]
+        self.assertEqual(listed, [f"Morvane-{VERSION}-portable.zip", f"Morvane-{VERSION}-setup.exe",
+                                  f"Morvane-{VERSION}.cdx.json"])
+
+    def test_archive_holds_program_licence_and_read_me(self):
+        with zipfile.ZipFile(PACKAGE / f"Morvane-{VERSION}-portable.zip") as archive:
+            folder = f"Morvane-{VERSION}/"
+            self.assertEqual(sorted(archive.namelist()),
+                             [folder + "LICENSE.txt", folder + "Morvane.exe",
+                              folder + "README.txt"])
+            self.assertEqual(archive.read(folder + "Morvane.exe"),
+                             (BUILD / "Morvane.exe").read_bytes())
+            read_me = archive.read(folder + "README.txt").decode()
+            self.assertIn(VERSION, read_me)
+            self.assertNotIn("@", read_me)
+            for name in ("LICENSE.txt", "README.txt"):
+                text = archive.read(folder + name)
+                self.assertEqual(text.count(b"\n"), text.count(b"\r\n"), name)
+
+    def test_installer_speaks_every_language_of_the_program(self):
+        texts = (ROOT / "packaging" / "installer" / "texts.nsh").read_text(encoding="utf-8")
+        names = set(re.findall(r"^LangString (\w+)", texts, re.MULTILINE))
+        self.assertGreaterEqual(len(names), 7)
+        for language in LANGUAGES:
+            own = set(re.findall(rf"^LangString (\w+) \${{LANG_{language.upper()}}} \"[^\"]+\"$",
+                                 texts, re.MULTILINE))
+            self.assertEqual(own, names, language)
+
+    def test_installer_says_the_programs_own_words(self):
+        texts = (ROOT / "packaging" / "installer" / "texts.nsh").read_text(encoding="utf-8")
+        table = (ROOT / "src" / "i18n" / "string_table.cpp").read_text(encoding="utf-8")
+        for name, row in (("START_WITH_WINDOWS", "StrStartWithWindows"),
+                          ("STARTUP_FAILED", "StrStartupFailed")):
+            columns = re.search(rf"// {row}\n((?:\s+L\".*\",\n){{10}})", table)[1]
+            self.assertEqual(re.findall(rf"^LangString {name} \S+ \"(.*)\"$", texts, re.MULTILINE),
+                             re.findall(r'L"(.*)",', columns))
+
+
+class ManifestTest(unittest.TestCase):
+    def load(self, name):
+        with (PACKAGE / "winget" / name).open(encoding="utf-8") as file:
+            # Versions and dates as they are written, not as numbers.
+            return yaml.load(file, yaml.BaseLoader)
+
+    def assert_has(self, manifest, *fields):
+        for field in fields:
+            self.assertTrue(manifest.get(field), field)
+
+    def test_every_manifest_names_package_version_and_schema(self):
+        for name, kind in (("Morvane.Morvane.yaml", "version"),
+                           ("Morvane.Morvane.installer.yaml", "installer"),
+                           ("Morvane.Morvane.locale.en-US.yaml", "defaultLocale")):
+            manifest = self.load(name)
+            self.assertEqual(manifest["PackageIdentifier"], "Morvane.Morvane", name)
+            self.assertEqual(manifest["PackageVersion"], VERSION, name)
+            self.assertEqual(manifest["ManifestType"], kind)
+            self.assertEqual(manifest["ManifestVersion"], "1.10.0", name)
+
+    def test_version_manifest_names_the_locale_that_there_is(self):
+        self.assertEqual(self.load("Morvane.Morvane.yaml")["DefaultLocale"],
+                         self.load("Morvane.Morvane.locale.en-US.yaml")["PackageLocale"])
+
+    def test_locale_manifest_has_what_is_required(self):
+        manifest = self.load("Morvane.Morvane.locale.en-US.yaml")
+        self.assert_has(manifest, "PackageLocale", "Publisher", "PackageName", "License",
+                        "ShortDescription")
+        self.assertLessEqual(len(manifest["ShortDescription"]), 256)
+
+    def test_installer_manifest_describes_the_installer(self):
+        manifest = self.load("Morvane.Morvane.installer.yaml")
+        self.assertEqual(manifest["InstallerType"], "nullsoft")
+        self.assertEqual(manifest["Scope"], "user")
+        self.assertEqual(manifest["ProductCode"], "Morvane")
+        installer, = manifest["Installers"]
+        self.assertEqual(installer["Architecture"], "x64")
+        name = f"Morvane-{VERSION}-setup.exe"
+        self.assertRegex(installer["InstallerUrl"], rf"^https://.+/{re.escape(name)}$")
+        self.assertEqual(installer["InstallerSha256"], digest(PACKAGE / name).upper())
+
+    def test_scoop_manifest_describes_the_archive(self):
+        manifest = json.loads((PACKAGE / "scoop" / "morvane.json").read_text(encoding="utf-8"))
+        self.assert_has(manifest, "version", "description", "homepage", "license", "architecture",
+                        "shortcuts")
+        self.assertEqual(manifest["version"], VERSION)
+        archive = manifest["architecture"]["64bit"]
+        name = f"Morvane-{VERSION}-portable.zip"
+        self.assertRegex(archive["url"], rf"^https://.+/{re.escape(name)}$")
+        self.assertEqual(archive["hash"], digest(PACKAGE / name))
+        with zipfile.ZipFile(PACKAGE / name) as files:
+            for program, _ in manifest["shortcuts"]:
+                self.assertIn(f"{archive['extract_dir']}/{program}", files.namelist())
+
+
+class BillOfMaterialsTest(unittest.TestCase):
+    def test_it_names_the_program_and_what_is_linked_into_it(self):
+        document = json.loads((PACKAGE / f"Morvane-{VERSION}.cdx.json").read_text(encoding="utf-8"))
+        self.assertEqual(document["bomFormat"], "CycloneDX")
+        self.assertRegex(document["serialNumber"], r"^urn:uuid:[0-9a-f-]{36}$")
+        program = document["metadata"]["component"]
+        self.assertEqual((program["name"], program["version"]), ("Morvane", VERSION))
+        self.assertEqual(program["hashes"],
+                         [{"alg": "SHA-256", "content": digest(BUILD / "Morvane.exe")}])
+        for part in document["components"]:
+            for field in ("name", "version", "licenses", "purl"):
+                self.assertTrue(part.get(field), f"{part}: {field}")
+        edges, = document["dependencies"]
+        self.assertEqual(edges["dependsOn"], [part["bom-ref"] for part in document["components"]])
+
+
+class SigningTest(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.folder = pathlib.Path(folder.name)
+        self.certificate = self.folder / "certificate.pem"
+        self.key = self.folder / "key.pem"
+        subprocess.run(
+            ["openssl", "req", "-x509", "-newkey", "rsa:2048", "-nodes", "-days", "2", "-subj",
+             "/CN=throw-away", "-addext", "extendedKeyUsage=codeSigning", "-keyout", str(self.key),
+             "-out", str(self.certificate)], check=True, stderr=subprocess.DEVNULL)
+        self.out = self.folder / "dist"
+
+    def make_signed(self, **environment):
+        make_package(BUILD, self.out, MORVANE_SIGN_CERT=str(self.certificate),
+                     MORVANE_SIGN_KEY=str(self.key), **environment)
+
+    def is_signed(self, path):
+        return subprocess.run(["osslsigncode", "verify", "-CAfile", str(self.certificate), "-in",
+                               str(path)], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
+                              check=False).returncode == 0
+
+    def test_installer_and_program_are_signed_with_the_certificate(self):
+        self.make_signed(SOURCE_DATE_EPOCH=f"{int(self.certificate.stat().st_mtime)}")
+        installer, = self.out.glob("*-setup.exe")
+        self.assertTrue(self.is_signed(installer))
+        with zipfile.ZipFile(next(self.out.glob("*.zip"))) as archive:
+            program = pathlib.Path(archive.extract(f"Morvane-{VERSION}/Morvane.exe", self.folder))
+        self.assertTrue(self.is_signed(program))
+
+        spoiled = bytearray(installer.read_bytes())
+        spoiled[len(spoiled) // 2] ^= 1
+        installer.write_bytes(spoiled)
+        self.assertFalse(self.is_signed(installer))
+
+    def test_nothing_is_signed_without_a_certificate(self):
+        self.assertFalse(self.is_signed(PACKAGE / f"Morvane-{VERSION}-setup.exe"))
+
+    def test_certificate_without_its_key_is_an_error(self):
+        with self.assertRaises(subprocess.CalledProcessError):
+            make_package(BUILD, self.out, MORVANE_SIGN_CERT=str(self.certificate))
+
+
+class ReproducibilityTest(unittest.TestCase):
+    def test_another_folder_gives_the_same_bytes(self):
+        with tempfile.TemporaryDirectory(prefix="another-folder-of-another-length-") as folder:
+            other = pathlib.Path(folder) / "sources"
+            other.mkdir()
+            for name in ("CMakeLists.txt", "CMakePresets.json", "LICENSE"):
+                shutil.copy(ROOT / name, other)
+            for name in ("cmake", "src", "packaging"):
+                shutil.copytree(ROOT / name, other / name)
+            build = other / "build" / "release"
+            for command in (["cmake", "--preset", "release", "-DMORVANE_BUILD_TESTS=OFF"],
+                            ["cmake", "--build", "--preset", "release", "--target", "Morvane"]):
+                subprocess.run(command, cwd=other, check=True, stdin=subprocess.DEVNULL,
+                               stdout=subprocess.DEVNULL)
+            self.assertEqual(digest(build / "Morvane.exe"), digest(BUILD / "Morvane.exe"))
+            date = f"{int(package.release_date().timestamp())}"
+            subprocess.run([str(other / "packaging" / "package.py"), str(build),
+                            str(other / "dist")], cwd=other, check=True, stdin=subprocess.DEVNULL,
+                           stdout=subprocess.DEVNULL, env={**os.environ, "SOURCE_DATE_EPOCH": date})
+            self.maxDiff = None
+            self.assertEqual(names_and_digests(other / "dist"), names_and_digests(PACKAGE))
+
+
+if __name__ == "__main__":
+    unittest.main(verbosity=2)

@@ -1,0 +1,272 @@
+#!/usr/bin/python3
+"""Installs, upgrades and removes the program in a disposable Wine session.
+
+usage: install_test.py BUILD_FOLDER PACKAGE_FOLDER [UNITTEST-ARGUMENT...]
+"""
+
+import hashlib
+import pathlib
+import subprocess
+import sys
+import tempfile
+import unittest
+
+import bench
+from bench import INSTALLED, SETTINGS, STARTUP_SHORTCUT, START_MENU_ENTRY
+
+import package
+
+BUILD = pathlib.Path(sys.argv.pop(1)).resolve()
+PACKAGE = pathlib.Path(sys.argv.pop(1)).resolve()
+
+OLD_VERSION = "26.9.11.1"
+EXIT_STILL_RUNNING = 3
+EXIT_NOT_WRITTEN = 4
+EXIT_STARTUP_FAILED = 5
+EXIT_DATA_KEPT = 6
+FILES = ["LICENSE.txt", "Morvane.exe", "Uninstall.exe"]
+
+
+def digest(path):
+    return hashlib.sha256(path.read_bytes()).hexdigest()
+
+
+@unittest.skipUnless(bench.is_disposable(), "the profile is not a disposable one")
+class InstallerTest(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.setup, = PACKAGE.glob("*-setup.exe")
+        cls.report = bench.Report(BUILD)
+        cls.version = package.read_version(BUILD)
+        cls.stage = tempfile.TemporaryDirectory()
+        stage = pathlib.Path(cls.stage.name)
+        # One byte more, behind what Windows loads: a program file that can be told from the new one.
+        old_program = stage / "Morvane.exe"
+        old_program.write_bytes((BUILD / "Morvane.exe").read_bytes() + b"\0")
+        cls.old_setup = stage / "old-setup.exe"
+        package.make_installer(stage, old_program, OLD_VERSION, None, cls.old_setup)
+
+    @classmethod
+    def tearDownClass(cls):
+        cls.stage.cleanup()
+
+    def setUp(self):
+        bench.clean()
+        self.addCleanup(bench.clean)
+
+    def install(self, *arguments, setup=None):
+        self.assertEqual(bench.wine(setup or self.setup, "/S", *arguments), 0)
+
+    def open_notepad(self):
+        notepad = bench.start("notepad")
+        self.addCleanup(notepad.wait)
+        self.addCleanup(notepad.kill)
+        self.report.expect("ordinary:Notepad")
+
+    def pin_notepad(self):
+        SETTINGS.parent.mkdir(parents=True, exist_ok=True)
+        SETTINGS.write_text("@pinning=1\r\nNotepad\r\n", encoding="utf-8")
+
+    def assert_installed(self, version):
+        self.assertEqual(bench.files_below(INSTALLED), FILES)
+        self.assertTrue(START_MENU_ENTRY.exists())
+        self.assertEqual(bench.registered().get("DisplayVersion"), version)
+
+    def assert_gone(self):
+        self.assertFalse(INSTALLED.exists())
+        self.assertFalse(START_MENU_ENTRY.exists())
+        self.assertFalse(STARTUP_SHORTCUT.exists())
+        self.assertEqual(bench.registered(), {})
+        self.assertEqual(bench.running(), {})
+
+    def test_fresh_install_puts_everything_in_place_and_starts_nothing(self):
+        self.install()
+        self.assert_installed(self.version)
+        self.assertEqual(digest(INSTALLED / "Morvane.exe"), digest(BUILD / "Morvane.exe"))
+        self.assertFalse(STARTUP_SHORTCUT.exists())
+        self.assertEqual(bench.running(), {})
+        values = bench.registered()
+        folder = bench.windows_path(INSTALLED)
+        self.assertEqual(values["DisplayName"], "Morvane")
+        self.assertEqual(values["Publisher"], "the Morvane authors")
+        self.assertEqual(values["DisplayIcon"], folder + "\\Morvane.exe,0")
+        self.assertEqual(values["InstallLocation"], folder)
+        self.assertEqual(values["UninstallString"], f'"{folder}\\Uninstall.exe"')
+        self.assertEqual(values["QuietUninstallString"], f'"{folder}\\Uninstall.exe" /S')
+        size = sum((INSTALLED / name).stat().st_size for name in ("Morvane.exe", "LICENSE.txt"))
+        self.assertAlmostEqual(int(values["EstimatedSize"], 16), size / 1024, delta=1)
+
+    def test_choices_are_taken_from_the_command_line(self):
+        self.install("/STARTUP=1", "/START=1")
+        self.assertTrue(STARTUP_SHORTCUT.exists())
+        bench.wait_until(bench.running, "the program is started")
+        self.install("/STARTUP=0", "/START=0")
+        self.assertFalse(STARTUP_SHORTCUT.exists())
+        self.assertEqual(bench.running(), {})
+
+    def test_failure_of_the_startup_shortcut_is_told_and_the_program_is_there(self):
+        STARTUP_SHORTCUT.mkdir(parents=True)
+        self.addCleanup(STARTUP_SHORTCUT.rmdir)
+        self.assertEqual(bench.wine(self.setup, "/S", "/STARTUP=1"), EXIT_STARTUP_FAILED)
+        self.assert_installed(self.version)
+
+    def test_life_from_install_over_upgrade_to_removal(self):
+        self.open_notepad()
+        self.pin_notepad()
+        self.install("/STARTUP=1", "/START=1", setup=self.old_setup)
+        self.assert_installed(OLD_VERSION)
+        self.report.expect("topmost:Notepad")
+        before = bench.running()
+        settings = SETTINGS.read_bytes()
+
+        self.install()
+        self.assert_installed(self.version)
+        self.assertEqual(digest(INSTALLED / "Morvane.exe"), digest(BUILD / "Morvane.exe"))
+        bench.wait_until(bench.running, "the new version runs")
+        self.assertTrue(set(before).isdisjoint(bench.running()))
+        self.assertEqual(SETTINGS.read_bytes(), settings)
+        self.assertTrue(STARTUP_SHORTCUT.exists())
+        self.report.expect("topmost:Notepad")
+
+        bench.uninstall()
+        self.report.expect("ordinary:Notepad")
+        self.assert_gone()
+        self.assertEqual(SETTINGS.read_bytes(), settings)
+
+        self.install("/STARTUP=1", "/START=1")
+        self.report.expect("topmost:Notepad")
+        bench.uninstall("/REMOVEDATA")
+        self.report.expect("ordinary:Notepad")
+        self.assert_gone()
+        self.assertFalse(SETTINGS.parent.exists())
+
+    def test_upgrade_lets_windows_go_before_it_replaces_the_program(self):
+        self.open_notepad()
+        self.pin_notepad()
+        self.install("/START=1", setup=self.old_setup)
+        self.report.expect("topmost:Notepad")
+        self.install("/START=0")
+        self.report.expect("ordinary:Notepad")
+        self.assertEqual(bench.running(), {})
+
+    def test_second_install_changes_nothing(self):
+        self.install("/STARTUP=1")
+        first = {name: digest(INSTALLED / name) for name in FILES}
+        values = bench.registered()
+        self.install()
+        self.assertEqual({name: digest(INSTALLED / name) for name in FILES}, first)
+        self.assertEqual(bench.registered(), values)
+        self.assertTrue(STARTUP_SHORTCUT.exists())
+
+    def test_second_uninstall_has_nothing_to_do(self):
+        self.install()
+        self.assertEqual(bench.uninstall_in_place(), 0)
+        # Run in place, the uninstaller cannot delete itself.
+        self.assertEqual(bench.files_below(INSTALLED), ["Uninstall.exe"])
+        self.assertEqual(bench.registered(), {})
+        self.assertEqual(bench.uninstall_in_place(), 0)
+        self.assertEqual(bench.files_below(INSTALLED), ["Uninstall.exe"])
+
+    def test_uninstall_leaves_the_users_own_files(self):
+        self.install()
+        (INSTALLED / "notes.txt").write_text("mine")
+        bench.uninstall()
+        self.assertEqual(bench.files_below(INSTALLED), ["notes.txt"])
+
+    def test_settings_that_cannot_be_deleted_are_told(self):
+        self.install()
+        SETTINGS.parent.mkdir()
+        holder = subprocess.Popen(
+            ["wine", "cmd", "/c", f"pause >{bench.windows_path(SETTINGS)}"],
+            stdin=subprocess.PIPE, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        self.addCleanup(holder.wait)
+        self.addCleanup(holder.stdin.close)
+        bench.wait_until(SETTINGS.exists, "the file is held open")
+        self.assertEqual(bench.uninstall_in_place("/REMOVEDATA"), EXIT_DATA_KEPT)
+        self.assertEqual(bench.registered(), {})
+
+    def test_folder_with_blanks_and_other_letters(self):
+        folder = bench.DRIVE / "Ünser Ordner 東京" / "a b"
+        self.assertEqual(bench.wine_unquoted(self.setup, '/S /D=C:\\Ünser Ordner 東京\\a b'), 0)
+        self.assertEqual(bench.files_below(folder), FILES)
+        self.assertFalse(INSTALLED.exists())
+        # An upgrade finds the folder by itself.
+        self.install("/STARTUP=1", "/START=1")
+        self.assertFalse(INSTALLED.exists())
+        bench.wait_until(bench.running, "the program is started")
+        bench.uninstall(folder=folder)
+        self.assert_gone()
+        self.assertFalse(folder.exists())
+        folder.parent.rmdir()
+
+    def test_copy_that_does_not_end_stops_the_upgrade(self):
+        self.install("/START=1", setup=self.old_setup)
+        # Written while its window is created.
+        bench.wait_until(SETTINGS.exists, "the program is started")
+        before = {name: digest(INSTALLED / name) for name in FILES}
+        with bench.Paused():
+            self.assertEqual(bench.wine(self.setup, "/S"), EXIT_STILL_RUNNING)
+            self.assertEqual(bench.uninstall_in_place(), EXIT_STILL_RUNNING)
+        self.assertEqual(bench.files_below(INSTALLED), FILES)
+        self.assertEqual({name: digest(INSTALLED / name) for name in FILES}, before)
+        self.assertEqual(bench.registered()["DisplayVersion"], OLD_VERSION)
+
+    def test_folder_that_cannot_exist_is_told(self):
+        (bench.DRIVE / "file").write_text("no folder")
+        self.addCleanup((bench.DRIVE / "file").unlink)
+        self.assertEqual(bench.wine_unquoted(self.setup, '/S /D=C:\\file\\Morvane'),
+                         EXIT_NOT_WRITTEN)
+        self.assert_gone()
+
+    def test_files_that_cannot_be_written_leave_the_older_version_running(self):
+        self.install("/START=1", setup=self.old_setup)
+        bench.wait_until(SETTINGS.exists, "the program is started")
+        before = bench.running()
+        (INSTALLED / "LICENSE.txt.new").mkdir()
+        self.assertEqual(bench.wine(self.setup, "/S"), EXIT_NOT_WRITTEN)
+        (INSTALLED / "LICENSE.txt.new").rmdir()
+        self.assert_installed(OLD_VERSION)
+        self.assertEqual(bench.running(), before)
+
+    def test_program_file_that_cannot_be_replaced_leaves_nothing_half_installed(self):
+        (INSTALLED / "Morvane.exe").mkdir(parents=True)
+        self.assertEqual(bench.wine(self.setup, "/S"), EXIT_NOT_WRITTEN)
+        self.assertEqual(bench.files_below(INSTALLED), [])
+        self.assertEqual(bench.registered(), {})
+        self.assertFalse(START_MENU_ENTRY.exists())
+
+    def test_full_disk_leaves_nothing_half_installed(self):
+        if not bench.can_mount():
+            self.skipTest("no file system of a given size can be mounted here")
+        disk = bench.DRIVE / "disk"
+        disk.mkdir()
+        self.addCleanup(disk.rmdir)
+        subprocess.run(["mount", "-t", "tmpfs", "-o", "size=64k", "none", str(disk)], check=True)
+        self.addCleanup(subprocess.run, ["umount", str(disk)], check=True)
+        self.assertEqual(bench.wine_unquoted(self.setup, '/S /D=C:\\disk\\Morvane'),
+                         EXIT_NOT_WRITTEN)
+        self.assertEqual(list(disk.iterdir()), [])
+        self.assert_gone()
+
+    def test_full_disk_leaves_the_older_version_running(self):
+        if not bench.can_mount():
+            self.skipTest("no file system of a given size can be mounted here")
+        INSTALLED.mkdir(parents=True)
+        subprocess.run(["mount", "-t", "tmpfs", "-o", "size=500k", "none", str(INSTALLED)],
+                       check=True)
+        self.addCleanup(subprocess.run, ["umount", "-l", str(INSTALLED)], check=True)
+        self.install("/START=1", setup=self.old_setup)
+        bench.wait_until(bench.running, "the program is started")
+        before = bench.running()
+        room = INSTALLED / "room"
+        with self.assertRaises(OSError), room.open("wb", buffering=0) as file:
+            while True:
+                file.write(bytes(4096))
+        self.assertEqual(bench.wine(self.setup, "/S"), EXIT_NOT_WRITTEN)
+        self.assertEqual(bench.running(), before)
+        room.unlink()
+        self.assert_installed(OLD_VERSION)
+
+
+if __name__ == "__main__":
+    unittest.main(verbosity=2)
