@@ -113,7 +113,7 @@ std::wstring TruncateForMenu(std::wstring_view text) {
 void AppendPinItem(HMENU menu, UINT id, std::wstring_view text, PinState state) {
     menuItemRecords.push_back({TruncateForMenu(text), state});
     // The item data of an owner-drawn item travels in the place of its text.
-    const auto itemData = reinterpret_cast<const wchar_t*>(menuItemRecords.size());
+    const auto* const itemData = reinterpret_cast<const wchar_t*>(menuItemRecords.size());
     if (AppendMenuW(menu, MF_OWNERDRAW, id, itemData) != FALSE) {
         AttachString(menu, menuItemRecords.back().text);
     }

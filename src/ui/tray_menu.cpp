@@ -1,5 +1,6 @@
 #include "ui/tray_menu.h"
 
+#include <ranges>
 #include <string_view>
 #include <vector>
 
@@ -68,8 +69,8 @@ void RaiseOpenMenu() {
                       reinterpret_cast<LPARAM>(&menuWindows));
     // Enumerated from the top downwards: raised from the bottom up, submenus stay above their
     // menus.
-    for (auto window = menuWindows.rbegin(); window != menuWindows.rend(); ++window) {
-        SetWindowPos(*window, HWND_TOPMOST, 0, 0, 0, 0,
+    for (const HWND window : std::ranges::reverse_view(menuWindows)) {
+        SetWindowPos(window, HWND_TOPMOST, 0, 0, 0, 0,
                      SWP_NOSIZE | SWP_NOMOVE | SWP_NOACTIVATE | SWP_NOOWNERZORDER);
     }
 }
