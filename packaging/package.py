@@ -18,7 +18,6 @@ import hashlib
 import os
 import pathlib
 import re
-import shlex
 import shutil
 import subprocess
 import sys
@@ -50,25 +49,35 @@ def release_date():
     return datetime.datetime.fromtimestamp(int(epoch), datetime.timezone.utc)
 
 
+def download_address():
+    address = os.environ.get("MORVANE_URL")
+    if not address:
+        address = "https://morvane.example"
+        print(f"package: no MORVANE_URL; the manifests name {address}", file=sys.stderr)
+    return address
+
+
 def sha256(path):
     return hashlib.sha256(path.read_bytes()).hexdigest()
 
 
-def signing_command(date):
-    """What to put before the name of a file to sign it in place; None without a certificate."""
+def signing_environment(date):
+    """What the signing script is told by its environment; None without a certificate."""
     certificate = os.environ.get("MORVANE_SIGN_CERT")
     key = os.environ.get("MORVANE_SIGN_KEY")
     if not certificate and not key:
         return None
     if not certificate or not key:
         raise SystemExit("package: MORVANE_SIGN_CERT and MORVANE_SIGN_KEY belong together")
-    return [str(HERE / "sign.sh"), os.path.abspath(certificate), os.path.abspath(key),
-            str(int(date.timestamp()))]
+    return {**os.environ,
+            "MORVANE_SIGN_CERT": os.path.abspath(certificate),
+            "MORVANE_SIGN_KEY": os.path.abspath(key),
+            "MORVANE_SIGN_EPOCH": str(int(date.timestamp()))}
 
 
-def sign(command, path):
-    if command:
-        run(*command, path)
+def sign(signing, path):
+    if signing:
+        run(HERE / "sign.sh", path, env=signing)
 
 
 def make_portable(stage, program, version, date, archive):
@@ -96,14 +105,13 @@ def make_installer(stage, program, version, signing, installer):
         "PROGRAM": program,
         "LICENSE": license_text,
         "ICON": ROOT / "src" / "res" / "morvane.ico",
-        "INSTALLED_KIB": (program.stat().st_size + license_text.stat().st_size) // 1024 + 1,
         "OUTPUT": installer,
     }
     if signing:
-        definitions["SIGN_UNINSTALLER"] = shlex.join(signing)
+        definitions["SIGN"] = HERE / "sign.sh"
     run("makensis", "-V2", "-WX", "-INPUTCHARSET", "UTF8",
         *(f"-D{name}={value}" for name, value in definitions.items()), "morvane.nsi",
-        cwd=HERE / "installer")
+        cwd=HERE / "installer", env=signing)
     sign(signing, installer)
 
 
@@ -118,7 +126,7 @@ def make_manifests(out, values):
 def package(build, out, stage):
     version = read_version(build)
     date = release_date()
-    signing = signing_command(date)
+    signing = signing_environment(date)
     if out.exists():
         shutil.rmtree(out)
     out.mkdir(parents=True)
@@ -139,7 +147,7 @@ def package(build, out, stage):
     make_manifests(out, {
         "VERSION": version,
         "DATE": f"{date:%Y-%m-%d}",
-        "URL": os.environ.get("MORVANE_URL", "https://morvane.example"),
+        "URL": download_address(),
         "INSTALLER": installer.name,
         "INSTALLER_SHA256": sha256(installer).upper(),
         "PORTABLE": archive.name,

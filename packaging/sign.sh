@@ -2,15 +2,17 @@
 #
 # Signs a program file in place.
 #
-#   sign.sh CERTIFICATES KEY EPOCH FILE
+#   sign.sh FILE
 #
-# With the address of a time stamping service in MORVANE_SIGN_TIME_URL the signature carries that
-# service's time, else the time EPOCH, and is the same every time.
+# By the environment: MORVANE_SIGN_CERT and MORVANE_SIGN_KEY, certificate chain and key (PEM);
+# MORVANE_SIGN_TIME_URL, a time stamping service. Without a service the signature carries the time
+# MORVANE_SIGN_EPOCH, and is the same every time.
 
 set -euo pipefail
 
-certificates=$1 key=$2 epoch=$3 file=$4
-arguments=(-h sha256 -certs "$certificates" -key "$key" -n Morvane -time "$epoch")
+file=$1
+arguments=(-h sha256 -certs "$MORVANE_SIGN_CERT" -key "$MORVANE_SIGN_KEY" -n Morvane
+    -time "$MORVANE_SIGN_EPOCH")
 [[ -z ${MORVANE_SIGN_TIME_URL:-} ]] || arguments+=(-ts "$MORVANE_SIGN_TIME_URL")
 osslsigncode sign "${arguments[@]}" -in "$file" -out "$file.signed" >/dev/null
 mv "$file.signed" "$file"

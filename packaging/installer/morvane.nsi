@@ -1,5 +1,5 @@
-; The per-user installer. Defined by the caller: VERSION, PROGRAM and LICENSE (files), ICON,
-; INSTALLED_KIB, OUTPUT, and SIGN_UNINSTALLER where a command is to sign the uninstaller.
+; The per-user installer. Defined by the caller: VERSION, PROGRAM and LICENSE (files), ICON, OUTPUT,
+; and SIGN where a program is to sign the uninstaller.
 ;
 ; Exit codes, for silent use; docs/deployment.md tells administrators of them.
 !define EXIT_STILL_RUNNING 3
@@ -29,6 +29,8 @@ RequestExecutionLevel user
 !define PUBLISHER "the Morvane authors"
 !define START_MENU_ENTRY "$SMPROGRAMS\Morvane.lnk"
 !define STAGED .new ; ends the names of files until all of them are there
+!define KEPT .old ; ends the names of copies of what is replaced, until all of it is
+!define FILE_PATIENCE 25 ; attempts, 200 ms apart, at a file that somebody holds
 !define CLOSE_PATIENCE 10000 ; milliseconds, for one copy
 
 Name "Morvane"
@@ -46,11 +48,12 @@ VIAddVersionKey /LANG=0 "LegalCopyright" "Copyright © 2026 ${PUBLISHER}"
 VIAddVersionKey /LANG=0 "ProductName" "Morvane"
 VIAddVersionKey /LANG=0 "ProductVersion" "${VERSION}"
 
-!ifdef SIGN_UNINSTALLER
-!uninstfinalize '${SIGN_UNINSTALLER} "%1"' = 0
+!ifdef SIGN
+!uninstfinalize '"${SIGN}" "%1"' = 0
 !endif
 
-Var wasRunning ; 1 when a copy was closed
+Var isReplacing ; 1 from the first file that is replaced until the last step has succeeded
+Var hasClosed ; 1 when a running copy was closed and its end seen
 
 !define MUI_ICON "${ICON}"
 !define MUI_UNICON "${ICON}"
@@ -83,11 +86,20 @@ Var wasRunning ; 1 when a copy was closed
 !insertmacro MUI_LANGUAGE Russian
 !include texts.nsh
 
+; The user's display language, where the stub's choice by the first part of it is the wrong one:
+; Chinese of Hong Kong and Macau is written traditionally.
+!macro CHOOSE_LANGUAGE
+    System::Call "kernel32::GetUserDefaultUILanguage() i .r0"
+    ${If} $0 = 0x0C04
+    ${OrIf} $0 = 0x1404
+        StrCpy $LANGUAGE ${LANG_TRADCHINESE}
+    ${EndIf}
+!macroend
+
 ; Closes the running copy the way its own menu does, so that it lets its windows go, and returns
 ; once its process has ended. Sets the error flag when it does not end.
 !macro DEFINE_CLOSE_RUNNING_COPY prefix
 Function ${prefix}CloseRunningCopy
-    StrCpy $wasRunning 0
     ; One instance runs at a time, but another may start while this one ends.
     ${For} $R0 1 3
         ; Its window is message-only and found only below the parent of those, -3.
@@ -96,28 +108,19 @@ Function ${prefix}CloseRunningCopy
             ClearErrors
             Return
         ${EndIf}
-        StrCpy $wasRunning 1
         System::Call "user32::GetWindowThreadProcessId(p r0, *i .r1)"
         System::Call "kernel32::OpenProcess(i 0x00100000, i 0, i r1) p .r2" ; SYNCHRONIZE
-        System::Call "user32::PostMessageW(p r0, i ${WM_CLOSE}, p 0, p 0)"
-        ${If} $2 P= 0
-            ; A process of higher rights, say. Its window is all there is to watch.
-            StrCpy $3 258
-            ${For} $R1 1 50
-                System::Call "user32::IsWindow(p r0) i .r4"
-                ${If} $4 = 0
-                    StrCpy $3 0
-                    ${Break}
-                ${EndIf}
-                Sleep 200
-            ${Next}
-        ${Else}
-            System::Call "kernel32::WaitForSingleObject(p r2, i ${CLOSE_PATIENCE}) i .r3"
-            System::Call "kernel32::CloseHandle(p r2)"
+        System::Call "user32::PostMessageW(p r0, i ${WM_CLOSE}, p 0, p 0) i .r3"
+        ${If} $3 = 0
+            ; A process of higher rights, which takes no messages from this one.
+            ${Break}
         ${EndIf}
+        System::Call "kernel32::WaitForSingleObject(p r2, i ${CLOSE_PATIENCE}) i .r3"
+        System::Call "kernel32::CloseHandle(p r2)"
         ${If} $3 <> 0
             ${Break}
         ${EndIf}
+        StrCpy $hasClosed 1
     ${Next}
     SetErrors
 FunctionEnd
@@ -137,33 +140,90 @@ FunctionEnd
 !insertmacro DEFINE_CLOSE_RUNNING_COPY ""
 !insertmacro DEFINE_CLOSE_RUNNING_COPY "un."
 
-; Moves a staged file over the one that it is to become. Sets the error flag on failure.
-!macro REPLACE name
-    System::Call "kernel32::MoveFileExW(w '$INSTDIR\${name}${STAGED}', w '$INSTDIR\${name}', i 1) i .r0"
-    ${If} $0 = 0
-        SetErrors
+; Moves the file $R3 over $R4. Somebody may hold it for a moment: a virus scanner, a copy that is
+; about to end, one that has just been started and had no window to be found by. Sets the error flag
+; on failure.
+Function MoveOver
+    ${For} $R2 1 ${FILE_PATIENCE}
+        ; Paths in variables: the call's own text takes an apostrophe in them for the end of a string.
+        System::Call "kernel32::MoveFileExW(w R3, w R4, i 1) i .r0" ; MOVEFILE_REPLACE_EXISTING
+        ${If} $0 <> 0
+            ClearErrors
+            Return
+        ${EndIf}
+        Sleep 200
+        Call CloseRunningCopy
+    ${Next}
+    SetErrors
+FunctionEnd
+
+; Keeps a copy of what will be replaced, or notes by its absence that there was nothing.
+!macro KEEP name
+    Delete "$INSTDIR\${name}${KEPT}"
+    ${If} ${FileExists} "$INSTDIR\${name}"
+        CopyFiles /SILENT "$INSTDIR\${name}" "$INSTDIR\${name}${KEPT}"
     ${EndIf}
 !macroend
 
-Function DeleteStagedFiles
-    Delete "$INSTDIR\Morvane.exe${STAGED}"
-    Delete "$INSTDIR\Uninstall.exe${STAGED}"
-    Delete "$INSTDIR\LICENSE.txt${STAGED}"
-    ; Only when it is empty, that is, when nothing was installed before.
-    SetOutPath "$TEMP"
-    RMDir "$INSTDIR"
-FunctionEnd
+!macro REPLACE name
+    StrCpy $R3 "$INSTDIR\${name}${STAGED}"
+    StrCpy $R4 "$INSTDIR\${name}"
+    Call MoveOver
+!macroend
 
-; Every end that is none of success. What was there before is there still.
+!macro RESTORE name
+    StrCpy $R3 "$INSTDIR\${name}${KEPT}"
+    StrCpy $R4 "$INSTDIR\${name}"
+    ${If} ${FileExists} $R3
+        Call MoveOver
+    ${Else}
+        Delete $R4
+    ${EndIf}
+!macroend
+
+!macro DELETE_ASIDE name
+    Delete "$INSTDIR\${name}${STAGED}"
+    Delete "$INSTDIR\${name}${KEPT}"
+!macroend
+
+; Every end that is none of success: what was there before is there again.
 Function .onInstFailed
-    Call DeleteStagedFiles
-    ${If} $wasRunning = 1
+    ${If} $isReplacing = 1
+        !insertmacro RESTORE Morvane.exe
+        !insertmacro RESTORE LICENSE.txt
+        !insertmacro RESTORE Uninstall.exe
+    ${EndIf}
+    !insertmacro DELETE_ASIDE Morvane.exe
+    !insertmacro DELETE_ASIDE LICENSE.txt
+    !insertmacro DELETE_ASIDE Uninstall.exe
+    SetOutPath "$PROFILE"
+    ${If} $isReplacing = 1
+    ${AndIfNot} ${FileExists} "$INSTDIR\Morvane.exe"
+        Delete "${START_MENU_ENTRY}"
+        DeleteRegKey HKCU "${UNINSTALL_KEY}"
+    ${EndIf}
+    ; Only when it is empty, that is, when nothing was installed before.
+    RMDir "$INSTDIR"
+    ${If} $hasClosed = 1
         Exec '"$INSTDIR\Morvane.exe"'
     ${EndIf}
 FunctionEnd
 
-; The stub silently goes to the default folder when the one asked for cannot exist: refuse instead.
+; An older version in another folder, $R9: its Startup shortcut is made anew for this one, and its
+; files go.
+Function LeaveOldFolder
+    ${If} ${FileExists} "$SMSTARTUP\Morvane.lnk"
+        Call EnableStartup
+    ${EndIf}
+    Delete "$R9\Morvane.exe"
+    Delete "$R9\LICENSE.txt"
+    Delete "$R9\Uninstall.exe"
+    RMDir "$R9"
+FunctionEnd
+
+; The stub goes without a word to the default folder when the one asked for cannot exist: refuse instead.
 Function .onInit
+    !insertmacro CHOOSE_LANGUAGE
     System::Call "kernel32::GetCommandLineW() t .r0"
     ClearErrors
     ${WordFind} "$0" " /D=" "E+1}" $1
@@ -184,7 +244,8 @@ FunctionEnd
 
 Section
     SetShellVarContext current
-    StrCpy $wasRunning 0
+    StrCpy $hasClosed 0
+    StrCpy $isReplacing 0
     SetErrorLevel ${EXIT_NOT_WRITTEN}
 
     ; All that takes room on the disk comes before anything that cannot be taken back.
@@ -195,6 +256,11 @@ Section
     File "/oname=Morvane.exe${STAGED}" "${PROGRAM}"
     File "/oname=LICENSE.txt${STAGED}" "${LICENSE}"
     WriteUninstaller "$INSTDIR\Uninstall.exe${STAGED}"
+    !insertmacro KEEP Morvane.exe
+    !insertmacro KEEP LICENSE.txt
+    !insertmacro KEEP Uninstall.exe
+    ; Or the shortcut and what is started from here would work in the program's folder and hold it.
+    SetOutPath "$PROFILE"
     IfErrors notWritten
 
     Call RequireNoRunningCopy
@@ -206,9 +272,14 @@ Section
     ; The program first: when a copy in another session holds it, nothing has been replaced.
     !insertmacro REPLACE Morvane.exe
     IfErrors notWritten
+    StrCpy $isReplacing 1
     !insertmacro REPLACE LICENSE.txt
+    IfErrors notWritten
     !insertmacro REPLACE Uninstall.exe
+    IfErrors notWritten
     CreateShortcut "${START_MENU_ENTRY}" "$INSTDIR\Morvane.exe"
+    ReadRegStr $R9 HKCU "${UNINSTALL_KEY}" "InstallLocation"
+    ClearErrors ; there need not be one
     WriteRegStr HKCU "${UNINSTALL_KEY}" "DisplayName" "Morvane"
     WriteRegStr HKCU "${UNINSTALL_KEY}" "DisplayVersion" "${VERSION}"
     WriteRegStr HKCU "${UNINSTALL_KEY}" "DisplayIcon" "$INSTDIR\Morvane.exe,0"
@@ -216,11 +287,20 @@ Section
     WriteRegStr HKCU "${UNINSTALL_KEY}" "InstallLocation" "$INSTDIR"
     WriteRegStr HKCU "${UNINSTALL_KEY}" "UninstallString" '"$INSTDIR\Uninstall.exe"'
     WriteRegStr HKCU "${UNINSTALL_KEY}" "QuietUninstallString" '"$INSTDIR\Uninstall.exe" /S'
-    WriteRegDWORD HKCU "${UNINSTALL_KEY}" "EstimatedSize" ${INSTALLED_KIB}
     WriteRegDWORD HKCU "${UNINSTALL_KEY}" "NoModify" 1
     WriteRegDWORD HKCU "${UNINSTALL_KEY}" "NoRepair" 1
     IfErrors notWritten
+    !insertmacro DELETE_ASIDE Morvane.exe
+    !insertmacro DELETE_ASIDE LICENSE.txt
+    !insertmacro DELETE_ASIDE Uninstall.exe
+    StrCpy $isReplacing 0
+    ${GetSize} "$INSTDIR" "/S=0K" $0 $1 $2
+    WriteRegDWORD HKCU "${UNINSTALL_KEY}" "EstimatedSize" $0
     SetErrorLevel 0
+    ${If} $R9 != ""
+    ${AndIf} $R9 != $INSTDIR
+        Call LeaveOldFolder
+    ${EndIf}
     Return
 
     notWritten:
@@ -244,7 +324,7 @@ Section
     ; What ran before runs again, unless it is not wanted.
     ${GetOptions} $R0 "/START=" $R1
     ${If} $R1 == ""
-        StrCpy $R1 $wasRunning
+        StrCpy $R1 $hasClosed
     ${EndIf}
     ${If} $R1 == 1
         Exec '"$INSTDIR\Morvane.exe"'
@@ -252,6 +332,7 @@ Section
 SectionEnd
 
 Function EnableStartup
+    StrCpy $0 1 ; where it cannot even be started
     ExecWait '"$INSTDIR\Morvane.exe" --install-startup' $0
     ${If} $0 <> 0
         SetErrorLevel ${EXIT_STARTUP_FAILED}
@@ -261,6 +342,10 @@ FunctionEnd
 
 Function DisableStartup
     ExecWait '"$INSTDIR\Morvane.exe" --remove-startup'
+    ${If} ${FileExists} "$SMSTARTUP\Morvane.lnk"
+        SetErrorLevel ${EXIT_STARTUP_FAILED}
+        MessageBox MB_OK|MB_ICONEXCLAMATION "$(STARTUP_FAILED)" /SD IDOK
+    ${EndIf}
 FunctionEnd
 
 ; The check box shows how things are: after an upgrade they stay as they were.
@@ -294,56 +379,94 @@ SectionEnd
 Section /o "un.$(REMOVE_SETTINGS)" SettingsSection
 SectionEnd
 
+Function un.onUninstFailed
+    ${If} $hasClosed = 1
+        Exec '"$INSTDIR\Morvane.exe"'
+    ${EndIf}
+FunctionEnd
+
+; Sets the error flag when somebody, a copy in another session say, holds the program's file.
+Function un.RequireFreeProgram
+    ${IfNot} ${FileExists} "$INSTDIR\Morvane.exe"
+        Return
+    ${EndIf}
+    ${For} $R2 1 ${FILE_PATIENCE}
+        ClearErrors
+        FileOpen $0 "$INSTDIR\Morvane.exe" a
+        ${IfNot} ${Errors}
+            FileClose $0
+            Return
+        ${EndIf}
+        Sleep 200
+        Call un.CloseRunningCopy
+    ${Next}
+    SetErrors
+FunctionEnd
+
+; Needs the program. $R8 becomes the exit code, and $R9 the text, when something is left behind.
+Function un.RemoveTraces
+    ${If} ${FileExists} "$INSTDIR\Morvane.exe"
+        ExecWait '"$INSTDIR\Morvane.exe" --remove-startup'
+    ${EndIf}
+    ${If} ${FileExists} "$SMSTARTUP\Morvane.lnk"
+        StrCpy $R8 ${EXIT_STARTUP_FAILED}
+        StrCpy $R9 "$(STARTUP_FAILED)"
+    ${EndIf}
+    ${If} ${SectionIsSelected} ${SettingsSection}
+    ${AndIf} ${FileExists} "$APPDATA\Morvane"
+        StrCpy $0 1 ; where it cannot even be started
+        ExecWait '"$INSTDIR\Morvane.exe" --remove-data' $0
+        ${If} $0 <> 0
+            StrCpy $R8 ${EXIT_DATA_KEPT}
+            StrCpy $R9 "$(DATA_KEPT)"
+        ${EndIf}
+    ${EndIf}
+FunctionEnd
+
 Function un.Remove
     SetShellVarContext current
+    SetOutPath "$PROFILE"
+    StrCpy $hasClosed 0
     Call un.RequireNoRunningCopy
     ${If} ${Errors}
         SetErrorLevel ${EXIT_STILL_RUNNING}
         Abort
     ${EndIf}
-
-    StrCpy $R9 0
-    ${If} ${FileExists} "$INSTDIR\Morvane.exe"
-        ExecWait '"$INSTDIR\Morvane.exe" --remove-startup'
-    ${EndIf}
-    ${If} ${SectionIsSelected} ${SettingsSection}
-        ClearErrors
-        ExecWait '"$INSTDIR\Morvane.exe" --remove-data' $0
-        ${If} ${Errors}
-        ${OrIf} $0 <> 0
-            StrCpy $R9 1
-        ${EndIf}
-    ${EndIf}
-
-    ClearErrors
-    Delete "$INSTDIR\Morvane.exe"
+    Call un.RequireFreeProgram
     ${If} ${Errors}
-        ; The entry in the list of programs stays, so that it can be tried again.
         SetErrorLevel ${EXIT_NOT_WRITTEN}
         DetailPrint "$(NOT_DELETED)"
         MessageBox MB_OK|MB_ICONSTOP "$(NOT_DELETED)" /SD IDOK
         Abort
     ${EndIf}
+
+    StrCpy $R8 0
+    Call un.RemoveTraces
+    Delete "$INSTDIR\Morvane.exe"
     Delete "$INSTDIR\LICENSE.txt"
     Delete "$INSTDIR\Uninstall.exe"
     Delete "${START_MENU_ENTRY}"
     DeleteRegKey HKCU "${UNINSTALL_KEY}"
     ; Only when nothing of the user's is in it.
-    SetOutPath "$TEMP"
     RMDir "$INSTDIR"
 
-    ${If} $R9 = 1
-        SetErrorLevel ${EXIT_DATA_KEPT}
-        DetailPrint "$(DATA_KEPT)"
-        MessageBox MB_OK|MB_ICONEXCLAMATION "$(DATA_KEPT)" /SD IDOK
+    ${If} $R8 <> 0
+        SetErrorLevel $R8
+        DetailPrint "$R9"
+        MessageBox MB_OK|MB_ICONEXCLAMATION "$R9" /SD IDOK
     ${EndIf}
 FunctionEnd
 
 Function un.onInit
+    !insertmacro CHOOSE_LANGUAGE
     ${GetParameters} $R0
     ClearErrors
     ${GetOptions} $R0 "/REMOVEDATA" $R1
     ${IfNot} ${Errors}
-        !insertmacro SelectSection ${SettingsSection}
+        ; Not for any other value: what is deleted is gone.
+        ${If} $R1 == ""
+        ${OrIf} $R1 == "=1"
+            !insertmacro SelectSection ${SettingsSection}
+        ${EndIf}
     ${EndIf}
 FunctionEnd

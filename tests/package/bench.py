@@ -15,7 +15,6 @@ sys.path.insert(0, str(ROOT / "packaging"))
 
 PATIENCE = 30  # seconds until something that should happen counts as failed
 UNINSTALL_KEY = r"HKCU\Software\Microsoft\Windows\CurrentVersion\Uninstall\Morvane"
-CONTROL_CLASS = "MorvaneHiddenWindow"
 
 PROFILE = pathlib.Path(os.environ.get("WINEPREFIX", "/nonexistent"))
 DRIVE = PROFILE / "drive_c"
@@ -68,9 +67,6 @@ class Report:
         if wine(self._program, "wait", PATIENCE, *expectations) != 0:
             raise AssertionError(f"not so after {PATIENCE} s: {' '.join(expectations)}")
 
-    def close_hidden(self):
-        return wine(self._program, "close-hidden", CONTROL_CLASS)
-
 
 def registered():
     """The values of the entry in the list of installed programs; empty when there is none."""
@@ -115,6 +111,30 @@ def windows_path(path):
     return "C:\\" + str(path.relative_to(DRIVE)).replace("/", "\\")
 
 
+class Mounted:
+    """A small file system of its own at the folder, for as long as the object is in use."""
+
+    def __init__(self, folder, options):
+        self._folder = folder
+        self._options = options
+
+    def __enter__(self):
+        self._folder.mkdir(parents=True, exist_ok=True)
+        subprocess.run(["mount", "-t", "tmpfs", "-o", self._options, "none", str(self._folder)],
+                       check=True)
+
+    def __exit__(self, *_):
+        # Lazily: a program that just ended may still hold its file.
+        subprocess.run(["umount", "-l", str(self._folder)], check=True)
+
+
+def users_files():
+    """Every file and folder of the users, less the folders for temporary files."""
+    users = DRIVE / "users"
+    return {str(path.relative_to(users)) for path in users.rglob("*")
+            if "Temp" not in path.relative_to(users).parts}
+
+
 def files_below(folder):
     return sorted(str(path.relative_to(folder)) for path in folder.rglob("*") if path.is_file())
 
@@ -122,7 +142,10 @@ def files_below(folder):
 def uninstall(*arguments, folder=INSTALLED):
     """Returns once the uninstaller, which goes on in a copy of itself, has come to its end."""
     wine(folder / "Uninstall.exe", "/S", *arguments)
-    wait_until(lambda: not (folder / "Uninstall.exe").exists(), "the uninstaller ends")
+    wait_until(lambda: not (folder / "Uninstall.exe").exists() and not registered(),
+               "the uninstaller has done its work")
+    wait_until(lambda: not any(folder.parent.glob(folder.name)) or any(folder.iterdir()),
+               "the uninstaller ends")
 
 
 def uninstall_in_place(*arguments, folder=INSTALLED):

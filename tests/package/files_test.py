@@ -16,12 +16,14 @@ import tempfile
 import unittest
 import zipfile
 
+import pefile
 import yaml
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 sys.path.insert(0, str(ROOT / "packaging"))
 
 import package  # noqa: E402
+from signing import is_signed, make_certificate
 
 BUILD = pathlib.Path(sys.argv.pop(1)).resolve()
 PACKAGE = pathlib.Path(sys.argv.pop(1)).resolve()
@@ -37,7 +39,12 @@ def digest(path):
 def make_package(build, out, **environment):
     subprocess.run([str(ROOT / "packaging" / "package.py"), str(build), str(out)], check=True,
                    stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
-                   env={**os.environ, **environment})
+                   env={**without_signing(), **environment})
+
+
+def without_signing():
+    return {name: value for name, value in os.environ.items()
+            if not name.startswith("MORVANE_SIGN_")}
 
 
 def names_and_digests(folder):
@@ -163,6 +170,8 @@ class BillOfMaterialsTest(unittest.TestCase):
         self.assertEqual((program["name"], program["version"]), ("Morvane", VERSION))
         self.assertEqual(program["hashes"],
                          [{"alg": "SHA-256", "content": digest(BUILD / "Morvane.exe")}])
+        self.assertEqual({part["name"] for part in document["components"]},
+                         {"libstdc++", "libgcc", "mingw-w64 runtime", "winpthreads"})
         for part in document["components"]:
             for field in ("name", "version", "licenses", "purl"):
                 self.assertTrue(part.get(field), f"{part}: {field}")
@@ -175,38 +184,29 @@ class SigningTest(unittest.TestCase):
         folder = tempfile.TemporaryDirectory()
         self.addCleanup(folder.cleanup)
         self.folder = pathlib.Path(folder.name)
-        self.certificate = self.folder / "certificate.pem"
-        self.key = self.folder / "key.pem"
-        subprocess.run(
-            ["openssl", "req", "-x509", "-newkey", "rsa:2048", "-nodes", "-days", "2", "-subj",
-             "/CN=throw-away", "-addext", "extendedKeyUsage=codeSigning", "-keyout", str(self.key),
-             "-out", str(self.certificate)], check=True, stderr=subprocess.DEVNULL)
+        self.certificate, self.key = make_certificate(self.folder)
         self.out = self.folder / "dist"
 
-    def make_signed(self, **environment):
-        make_package(BUILD, self.out, MORVANE_SIGN_CERT=str(self.certificate),
-                     MORVANE_SIGN_KEY=str(self.key), **environment)
-
-    def is_signed(self, path):
-        return subprocess.run(["osslsigncode", "verify", "-CAfile", str(self.certificate), "-in",
-                               str(path)], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
-                              check=False).returncode == 0
-
     def test_installer_and_program_are_signed_with_the_certificate(self):
-        self.make_signed(SOURCE_DATE_EPOCH=f"{int(self.certificate.stat().st_mtime)}")
+        make_package(BUILD, self.out, MORVANE_SIGN_CERT=str(self.certificate),
+                     MORVANE_SIGN_KEY=str(self.key),
+                     SOURCE_DATE_EPOCH=f"{int(self.certificate.stat().st_mtime)}")
         installer, = self.out.glob("*-setup.exe")
-        self.assertTrue(self.is_signed(installer))
+        self.assertTrue(is_signed(installer, self.certificate))
         with zipfile.ZipFile(next(self.out.glob("*.zip"))) as archive:
             program = pathlib.Path(archive.extract(f"Morvane-{VERSION}/Morvane.exe", self.folder))
-        self.assertTrue(self.is_signed(program))
+        self.assertTrue(is_signed(program, self.certificate))
 
         spoiled = bytearray(installer.read_bytes())
         spoiled[len(spoiled) // 2] ^= 1
         installer.write_bytes(spoiled)
-        self.assertFalse(self.is_signed(installer))
+        self.assertFalse(is_signed(installer, self.certificate))
 
     def test_nothing_is_signed_without_a_certificate(self):
-        self.assertFalse(self.is_signed(PACKAGE / f"Morvane-{VERSION}-setup.exe"))
+        with pefile.PE(str(PACKAGE / f"Morvane-{VERSION}-setup.exe"), fast_load=True) as installer:
+            signature = installer.OPTIONAL_HEADER.DATA_DIRECTORY[
+                pefile.DIRECTORY_ENTRY["IMAGE_DIRECTORY_ENTRY_SECURITY"]]
+            self.assertEqual(signature.Size, 0)
 
     def test_certificate_without_its_key_is_an_error(self):
         with self.assertRaises(subprocess.CalledProcessError):
@@ -231,7 +231,7 @@ class ReproducibilityTest(unittest.TestCase):
             date = f"{int(package.release_date().timestamp())}"
             subprocess.run([str(other / "packaging" / "package.py"), str(build),
                             str(other / "dist")], cwd=other, check=True, stdin=subprocess.DEVNULL,
-                           stdout=subprocess.DEVNULL, env={**os.environ, "SOURCE_DATE_EPOCH": date})
+                           stdout=subprocess.DEVNULL, env={**without_signing(), "SOURCE_DATE_EPOCH": date})
             self.maxDiff = None
             self.assertEqual(names_and_digests(other / "dist"), names_and_digests(PACKAGE))
 

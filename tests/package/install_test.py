@@ -5,6 +5,7 @@ usage: install_test.py BUILD_FOLDER PACKAGE_FOLDER [UNITTEST-ARGUMENT...]
 """
 
 import hashlib
+import os
 import pathlib
 import subprocess
 import sys
@@ -15,6 +16,7 @@ import bench
 from bench import INSTALLED, SETTINGS, STARTUP_SHORTCUT, START_MENU_ENTRY
 
 import package
+from signing import is_signed, make_certificate
 
 BUILD = pathlib.Path(sys.argv.pop(1)).resolve()
 PACKAGE = pathlib.Path(sys.argv.pop(1)).resolve()
@@ -24,6 +26,7 @@ EXIT_STILL_RUNNING = 3
 EXIT_NOT_WRITTEN = 4
 EXIT_STARTUP_FAILED = 5
 EXIT_DATA_KEPT = 6
+NEEDS_MOUNT = "no file system can be mounted here"
 FILES = ["LICENSE.txt", "Morvane.exe", "Uninstall.exe"]
 
 
@@ -93,8 +96,8 @@ class InstallerTest(unittest.TestCase):
         self.assertEqual(values["InstallLocation"], folder)
         self.assertEqual(values["UninstallString"], f'"{folder}\\Uninstall.exe"')
         self.assertEqual(values["QuietUninstallString"], f'"{folder}\\Uninstall.exe" /S')
-        size = sum((INSTALLED / name).stat().st_size for name in ("Morvane.exe", "LICENSE.txt"))
-        self.assertAlmostEqual(int(values["EstimatedSize"], 16), size / 1024, delta=1)
+        size = sum((INSTALLED / name).stat().st_size for name in FILES)
+        self.assertAlmostEqual(int(values["EstimatedSize"], 16), size / 1024, delta=3)
 
     def test_choices_are_taken_from_the_command_line(self):
         self.install("/STARTUP=1", "/START=1")
@@ -112,6 +115,7 @@ class InstallerTest(unittest.TestCase):
 
     def test_life_from_install_over_upgrade_to_removal(self):
         self.open_notepad()
+        before_all = bench.users_files()
         self.pin_notepad()
         self.install("/STARTUP=1", "/START=1", setup=self.old_setup)
         self.assert_installed(OLD_VERSION)
@@ -138,9 +142,11 @@ class InstallerTest(unittest.TestCase):
         bench.uninstall("/REMOVEDATA")
         self.report.expect("ordinary:Notepad")
         self.assert_gone()
-        self.assertFalse(SETTINGS.parent.exists())
+        # What the system keeps for itself, the folder of per-user programs.
+        self.assertLessEqual(bench.users_files() - before_all,
+                             {str(bench.PROGRAMS.relative_to(bench.DRIVE / "users"))})
 
-    def test_upgrade_lets_windows_go_before_it_replaces_the_program(self):
+    def test_upgrade_lets_windows_go(self):
         self.open_notepad()
         self.pin_notepad()
         self.install("/START=1", setup=self.old_setup)
@@ -148,6 +154,13 @@ class InstallerTest(unittest.TestCase):
         self.install("/START=0")
         self.report.expect("ordinary:Notepad")
         self.assertEqual(bench.running(), {})
+
+    def test_copy_that_is_just_starting_is_closed_too(self):
+        for _ in range(3):
+            self.install("/START=1")
+            bench.wait_until(bench.running, "the program is started")
+            self.install("/START=0")
+            self.assertEqual(bench.running(), {})
 
     def test_second_install_changes_nothing(self):
         self.install("/STARTUP=1")
@@ -165,7 +178,15 @@ class InstallerTest(unittest.TestCase):
         self.assertEqual(bench.files_below(INSTALLED), ["Uninstall.exe"])
         self.assertEqual(bench.registered(), {})
         self.assertEqual(bench.uninstall_in_place(), 0)
+        self.assertEqual(bench.uninstall_in_place("/REMOVEDATA"), 0)
         self.assertEqual(bench.files_below(INSTALLED), ["Uninstall.exe"])
+
+    def test_settings_stay_unless_their_removal_is_asked_for_in_so_many_words(self):
+        self.pin_notepad()
+        for option in ("", "/REMOVEDATA=0", "/REMOVEDATAX"):
+            self.install()
+            bench.uninstall(*[option] if option else [])
+            self.assertTrue(SETTINGS.exists(), option)
 
     def test_uninstall_leaves_the_users_own_files(self):
         self.install()
@@ -186,18 +207,37 @@ class InstallerTest(unittest.TestCase):
         self.assertEqual(bench.registered(), {})
 
     def test_folder_with_blanks_and_other_letters(self):
-        folder = bench.DRIVE / "Ünser Ordner 東京" / "a b"
-        self.assertEqual(bench.wine_unquoted(self.setup, '/S /D=C:\\Ünser Ordner 東京\\a b'), 0)
+        folder = bench.DRIVE / "Ünser Ordner 東京" / "O'Brien's b"
+        self.assertEqual(
+            bench.wine_unquoted(self.setup, f"/S /D={bench.windows_path(folder)}"), 0)
         self.assertEqual(bench.files_below(folder), FILES)
         self.assertFalse(INSTALLED.exists())
         # An upgrade finds the folder by itself.
         self.install("/STARTUP=1", "/START=1")
         self.assertFalse(INSTALLED.exists())
-        bench.wait_until(bench.running, "the program is started")
+        bench.wait_until(SETTINGS.exists, "the program is started")
         bench.uninstall(folder=folder)
         self.assert_gone()
         self.assertFalse(folder.exists())
         folder.parent.rmdir()
+
+    def test_another_folder_leaves_nothing_in_the_old_one(self):
+        self.install("/STARTUP=1", setup=self.old_setup)
+        shortcut = STARTUP_SHORTCUT.read_bytes()
+        folder = bench.DRIVE / "other"
+        self.assertEqual(
+            bench.wine_unquoted(self.setup, f"/S /D={bench.windows_path(folder)}"), 0)
+        self.assertEqual(bench.files_below(folder), FILES)
+        self.assertFalse(INSTALLED.exists())
+        self.assertEqual(bench.registered()["InstallLocation"], bench.windows_path(folder))
+        self.assertNotEqual(STARTUP_SHORTCUT.read_bytes(), shortcut)
+        bench.uninstall(folder=folder)
+        self.assert_gone()
+
+    def test_older_version_replaces_a_newer_one(self):
+        self.install()
+        self.install(setup=self.old_setup)
+        self.assert_installed(OLD_VERSION)
 
     def test_copy_that_does_not_end_stops_the_upgrade(self):
         self.install("/START=1", setup=self.old_setup)
@@ -228,44 +268,89 @@ class InstallerTest(unittest.TestCase):
         self.assert_installed(OLD_VERSION)
         self.assertEqual(bench.running(), before)
 
-    def test_program_file_that_cannot_be_replaced_leaves_nothing_half_installed(self):
-        (INSTALLED / "Morvane.exe").mkdir(parents=True)
+    def test_failure_in_the_middle_of_replacing_brings_the_older_version_back(self):
+        self.install("/START=1", setup=self.old_setup)
+        bench.wait_until(SETTINGS.exists, "the program is started")
+        before = {name: digest(INSTALLED / name) for name in ("Morvane.exe", "Uninstall.exe")}
+        # Not even an empty folder can be replaced by a file.
+        (INSTALLED / "LICENSE.txt").unlink()
+        (INSTALLED / "LICENSE.txt").mkdir()
+        self.assertEqual(bench.wine(self.setup, "/S"), EXIT_NOT_WRITTEN)
+        self.assertEqual({name: digest(INSTALLED / name) for name in before}, before)
+        self.assertEqual(bench.files_below(INSTALLED), sorted(before))
+        self.assertEqual(bench.registered()["DisplayVersion"], OLD_VERSION)
+        bench.wait_until(bench.running, "the older version runs again")
+
+    def test_failure_in_the_middle_of_a_fresh_install_leaves_nothing(self):
+        (INSTALLED / "LICENSE.txt").mkdir(parents=True)
         self.assertEqual(bench.wine(self.setup, "/S"), EXIT_NOT_WRITTEN)
         self.assertEqual(bench.files_below(INSTALLED), [])
         self.assertEqual(bench.registered(), {})
         self.assertFalse(START_MENU_ENTRY.exists())
 
-    def test_full_disk_leaves_nothing_half_installed(self):
-        if not bench.can_mount():
-            self.skipTest("no file system of a given size can be mounted here")
+    @unittest.skipUnless(bench.can_mount(), NEEDS_MOUNT)
+    def test_read_only_target_is_told(self):
         disk = bench.DRIVE / "disk"
-        disk.mkdir()
-        self.addCleanup(disk.rmdir)
-        subprocess.run(["mount", "-t", "tmpfs", "-o", "size=64k", "none", str(disk)], check=True)
-        self.addCleanup(subprocess.run, ["umount", str(disk)], check=True)
-        self.assertEqual(bench.wine_unquoted(self.setup, '/S /D=C:\\disk\\Morvane'),
-                         EXIT_NOT_WRITTEN)
-        self.assertEqual(list(disk.iterdir()), [])
+        with bench.Mounted(disk, "ro"):
+            self.assertEqual(bench.wine(self.setup, "/S", "/D=C:\\disk\\Morvane"),
+                             EXIT_NOT_WRITTEN)
+        disk.rmdir()
         self.assert_gone()
 
+    @unittest.skipUnless(bench.can_mount(), NEEDS_MOUNT)
+    def test_full_disk_leaves_nothing_half_installed(self):
+        disk = bench.DRIVE / "disk"
+        with bench.Mounted(disk, "size=64k"):
+            self.assertEqual(bench.wine(self.setup, "/S", "/D=C:\\disk\\Morvane"),
+                             EXIT_NOT_WRITTEN)
+            self.assertEqual(list(disk.iterdir()), [])
+        disk.rmdir()
+        self.assert_gone()
+
+    @unittest.skipUnless(bench.can_mount(), NEEDS_MOUNT)
     def test_full_disk_leaves_the_older_version_running(self):
-        if not bench.can_mount():
-            self.skipTest("no file system of a given size can be mounted here")
-        INSTALLED.mkdir(parents=True)
-        subprocess.run(["mount", "-t", "tmpfs", "-o", "size=500k", "none", str(INSTALLED)],
-                       check=True)
-        self.addCleanup(subprocess.run, ["umount", "-l", str(INSTALLED)], check=True)
-        self.install("/START=1", setup=self.old_setup)
-        bench.wait_until(bench.running, "the program is started")
-        before = bench.running()
-        room = INSTALLED / "room"
-        with self.assertRaises(OSError), room.open("wb", buffering=0) as file:
-            while True:
-                file.write(bytes(4096))
-        self.assertEqual(bench.wine(self.setup, "/S"), EXIT_NOT_WRITTEN)
-        self.assertEqual(bench.running(), before)
-        room.unlink()
-        self.assert_installed(OLD_VERSION)
+        with bench.Mounted(INSTALLED, "size=600k"):
+            self.install("/START=1", setup=self.old_setup)
+            bench.wait_until(SETTINGS.exists, "the program is started")
+            before = bench.running()
+            room = INSTALLED / "room"
+            with self.assertRaises(OSError), room.open("wb", buffering=0) as file:
+                while True:
+                    file.write(bytes(4096))
+            self.assertEqual(bench.wine(self.setup, "/S"), EXIT_NOT_WRITTEN)
+            self.assertEqual(bench.running(), before)
+            room.unlink()
+            self.assert_installed(OLD_VERSION)
+
+    def walk_through(self, process):
+        """Takes the choice that each page offers first, until the program has ended."""
+        def press_return():
+            subprocess.run(["xdotool", "key", "Return"], check=True)
+            return process.poll() is not None
+        bench.wait_until(press_return, "the last page is left")
+        self.assertEqual(process.returncode, 0)
+
+    def test_pages_lead_to_a_running_program_and_back(self):
+        self.walk_through(bench.start(self.setup))
+        self.assert_installed(self.version)
+        bench.wait_until(SETTINGS.exists, "the program is started, as the last page offers")
+        self.assertFalse(STARTUP_SHORTCUT.exists())
+        self.walk_through(bench.start(INSTALLED / "Uninstall.exe",
+                                      f"_?={bench.windows_path(INSTALLED)}"))
+        self.assertEqual(bench.files_below(INSTALLED), ["Uninstall.exe"])
+        self.assertEqual(bench.registered(), {})
+        self.assertEqual(bench.running(), {})
+        self.assertTrue(SETTINGS.exists())
+
+    def test_uninstaller_of_a_signed_installer_is_signed(self):
+        stage = pathlib.Path(self.stage.name)
+        certificate, key = make_certificate(stage)
+        signed_setup = stage / "signed-setup.exe"
+        package.make_installer(stage, BUILD / "Morvane.exe", self.version, {
+            **os.environ, "MORVANE_SIGN_CERT": str(certificate), "MORVANE_SIGN_KEY": str(key),
+            "MORVANE_SIGN_EPOCH": str(int(certificate.stat().st_mtime))}, signed_setup)
+        self.install(setup=signed_setup)
+        self.assertTrue(is_signed(INSTALLED / "Uninstall.exe", certificate))
 
 
 if __name__ == "__main__":

@@ -148,8 +148,9 @@ session_open() {
     # Every server leaves a folder behind in the folder for temporary files.
     export TMPDIR=$SESSION_DIR/tmp
     export WINEDEBUG=-all
-    # No offers to install add-ons, and no debugger window that hangs on a crash.
-    export WINEDLLOVERRIDES='mscoree=;mshtml=;winedbg.exe=d'
+    # No offers to install add-ons, no debugger window that hangs on a crash, and no menu entries of
+    # the host made from shortcuts: their maker holds a new shortcut open for a while.
+    export WINEDLLOVERRIDES='mscoree=;mshtml=;winedbg.exe=d;winemenubuilder.exe=d'
     unset DISPLAY
     session_copy_template "$SESSION_DIR/profile" || return
     session_start_screen || return
