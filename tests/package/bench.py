@@ -79,19 +79,29 @@ def registered():
     return {row[0]: row[2] if len(row) > 2 else "" for row in rows}
 
 
-def running():
-    """The processes that run the program, by the file that each was started from."""
+def processes():
+    """The command lines, as lists, of all processes of the session, by their numbers."""
     found = {}
     for process in pathlib.Path("/proc").glob("[0-9]*"):
         try:
-            if f"WINEPREFIX={PROFILE}".encode() not in (process / "environ").read_bytes().split(b"\0"):
-                continue
-            command = (process / "cmdline").read_bytes().split(b"\0")[0].decode()
+            if f"WINEPREFIX={PROFILE}".encode() in (process / "environ").read_bytes().split(b"\0"):
+                found[int(process.name)] = [
+                    word for word in (process / "cmdline").read_bytes().decode().split("\0") if word]
         except (OSError, UnicodeDecodeError):
             continue
-        if command.lower().endswith("\\morvane.exe"):
-            found[int(process.name)] = command
     return found
+
+
+def running():
+    """The processes that run the program, by the file that each was started from; without those
+    that only carry out a switch."""
+    return {number: command[0] for number, command in processes().items()
+            if len(command) == 1 and command[0].lower().endswith("\\morvane.exe")}
+
+
+def expect_nothing_running():
+    """Waits, since a process is still to be seen for a moment after Windows counts it as ended."""
+    wait_until(lambda: not running(), "no copy runs")
 
 
 class Paused:
@@ -141,9 +151,13 @@ def files_below(folder):
 
 def uninstall(*arguments, folder=INSTALLED):
     """Returns once the uninstaller, which goes on in a copy of itself, has come to its end."""
-    wine(folder / "Uninstall.exe", "/S", *arguments)
-    wait_until(lambda: not (folder / "Uninstall.exe").exists() and not registered(),
-               "the uninstaller has done its work")
+    status = wine(folder / "Uninstall.exe", "/S", *arguments)
+    try:
+        wait_until(lambda: not (folder / "Uninstall.exe").exists() and not registered(),
+                   f"the uninstaller, started with status {status}, has done its work")
+    except AssertionError as error:
+        raise AssertionError(f"{error}; there are {files_below(folder)}, {registered()}, "
+                             f"{processes()}") from error
     wait_until(lambda: not any(folder.parent.glob(folder.name)) or any(folder.iterdir()),
                "the uninstaller ends")
 
@@ -158,7 +172,7 @@ def clean():
     """No program, no settings, nothing running: what a test begins and ends with."""
     for process in running():
         os.kill(process, signal.SIGKILL)
-    wait_until(lambda: not running(), "no copy runs")
+    expect_nothing_running()
     for folder in (INSTALLED, SETTINGS.parent):
         shutil.rmtree(folder, ignore_errors=True)
     for entry in (START_MENU_ENTRY, STARTUP_SHORTCUT):

@@ -80,14 +80,14 @@ class InstallerTest(unittest.TestCase):
         self.assertFalse(START_MENU_ENTRY.exists())
         self.assertFalse(STARTUP_SHORTCUT.exists())
         self.assertEqual(bench.registered(), {})
-        self.assertEqual(bench.running(), {})
+        bench.expect_nothing_running()
 
     def test_fresh_install_puts_everything_in_place_and_starts_nothing(self):
         self.install()
         self.assert_installed(self.version)
         self.assertEqual(digest(INSTALLED / "Morvane.exe"), digest(BUILD / "Morvane.exe"))
         self.assertFalse(STARTUP_SHORTCUT.exists())
-        self.assertEqual(bench.running(), {})
+        bench.expect_nothing_running()
         values = bench.registered()
         folder = bench.windows_path(INSTALLED)
         self.assertEqual(values["DisplayName"], "Morvane")
@@ -105,7 +105,7 @@ class InstallerTest(unittest.TestCase):
         bench.wait_until(bench.running, "the program is started")
         self.install("/STARTUP=0", "/START=0")
         self.assertFalse(STARTUP_SHORTCUT.exists())
-        self.assertEqual(bench.running(), {})
+        bench.expect_nothing_running()
 
     def test_failure_of_the_startup_shortcut_is_told_and_the_program_is_there(self):
         STARTUP_SHORTCUT.mkdir(parents=True)
@@ -127,7 +127,7 @@ class InstallerTest(unittest.TestCase):
         self.assert_installed(self.version)
         self.assertEqual(digest(INSTALLED / "Morvane.exe"), digest(BUILD / "Morvane.exe"))
         bench.wait_until(bench.running, "the new version runs")
-        self.assertTrue(set(before).isdisjoint(bench.running()))
+        bench.wait_until(lambda: set(before).isdisjoint(bench.running()), "the old one has ended")
         self.assertEqual(SETTINGS.read_bytes(), settings)
         self.assertTrue(STARTUP_SHORTCUT.exists())
         self.report.expect("topmost:Notepad")
@@ -153,14 +153,14 @@ class InstallerTest(unittest.TestCase):
         self.report.expect("topmost:Notepad")
         self.install("/START=0")
         self.report.expect("ordinary:Notepad")
-        self.assertEqual(bench.running(), {})
+        bench.expect_nothing_running()
 
     def test_copy_that_is_just_starting_is_closed_too(self):
         for _ in range(3):
             self.install("/START=1")
             bench.wait_until(bench.running, "the program is started")
             self.install("/START=0")
-            self.assertEqual(bench.running(), {})
+            bench.expect_nothing_running()
 
     def test_second_install_changes_nothing(self):
         self.install("/STARTUP=1")
@@ -339,7 +339,7 @@ class InstallerTest(unittest.TestCase):
                                       f"_?={bench.windows_path(INSTALLED)}"))
         self.assertEqual(bench.files_below(INSTALLED), ["Uninstall.exe"])
         self.assertEqual(bench.registered(), {})
-        self.assertEqual(bench.running(), {})
+        bench.expect_nothing_running()
         self.assertTrue(SETTINGS.exists())
 
     def test_uninstaller_of_a_signed_installer_is_signed(self):
