@@ -8,6 +8,7 @@ import shutil
 import signal
 import subprocess
 import sys
+import tempfile
 import time
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
@@ -41,9 +42,16 @@ def wait_until(condition, what):
 
 def wine(*arguments):
     """Runs a program and returns its exit code."""
-    return subprocess.run(["wine", *map(str, arguments)], stdin=subprocess.DEVNULL,
-                          stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, timeout=120,
-                          check=False).returncode
+    # A file, not a pipe: what the program starts and leaves running would keep a pipe open.
+    with tempfile.TemporaryFile() as complaints:
+        status = subprocess.run(["wine", *map(str, arguments)], stdin=subprocess.DEVNULL,
+                                stdout=subprocess.DEVNULL, stderr=complaints, timeout=120,
+                                check=False).returncode
+        complaints.seek(0)
+        text = complaints.read().decode(errors="replace")
+    if status != 0 and text:
+        print(f"{arguments} ended with {status}: {text}", file=sys.stderr)
+    return status
 
 
 def start(*arguments):
