@@ -1,10 +1,76 @@
 #include "pin/identity.h"
 
 #include <algorithm>
+#include <array>
+#include <bitset>
+#include <cstddef>
+#include <string>
 
 #include "settings/text.h"
 
 namespace morvane {
+
+namespace {
+
+// Which pairs of neighbouring units a folded title has. Different pairs may share a bit, so a bit
+// that is set says nothing; one that is not set says that the pair is nowhere in the title.
+constexpr std::size_t PairBits = 2048;
+using PairSketch = std::bitset<PairBits>;
+
+std::size_t PairBit(wchar_t first, wchar_t second) {
+    constexpr std::size_t Spread = 61;  // odd, so that (a, b) and (b, a) are told apart
+    return (first * Spread + second) % PairBits;
+}
+
+PairSketch SketchPairs(std::wstring_view folded) {
+    PairSketch pairs;
+    for (std::size_t at = 1; at < folded.size(); ++at) {
+        pairs[PairBit(folded[at - 1], folded[at])] = true;
+    }
+    return pairs;
+}
+
+// False only when the title cannot contain the pattern. Most patterns are refused by their very
+// first pair, without a search through the title.
+bool MayContain(const PairSketch& pairs, std::wstring_view pattern) {
+    wchar_t previous = FoldCase(pattern.front());
+    for (const wchar_t unit : pattern.substr(1)) {
+        const wchar_t folded = FoldCase(unit);
+        if (!pairs[PairBit(previous, folded)]) {
+            return false;
+        }
+        previous = folded;
+    }
+    return true;
+}
+
+bool ContainsFolded(std::wstring_view folded, std::wstring_view pattern) {
+    const auto sameFolded = [](wchar_t titleUnit, wchar_t unit) {
+        return titleUnit == FoldCase(unit);
+    };
+    return std::search(folded.begin(), folded.end(), pattern.begin(), pattern.end(), sameFolded) !=
+           folded.end();
+}
+
+std::int32_t FindBestInFolded(const PinList& list, std::wstring_view folded) {
+    const PairSketch pairs = SketchPairs(folded);
+    std::int32_t best = NoEntry;
+    std::size_t bestLength = 0;
+    std::int32_t index = 0;
+    for (const PinEntry& entry : list.entries) {
+        const std::size_t length = entry.pattern.size();
+        // The length is asked first: a pattern that could not win need not be searched for.
+        if (length > bestLength && length <= folded.size() && MayContain(pairs, entry.pattern) &&
+            ContainsFolded(folded, entry.pattern)) {
+            best = index;
+            bestLength = length;
+        }
+        ++index;
+    }
+    return best;
+}
+
+}  // namespace
 
 bool PatternEquals(std::wstring_view pattern, std::wstring_view title) {
     return EqualsIgnoreCase(pattern, title);
@@ -20,18 +86,15 @@ bool PatternMatches(std::wstring_view title, std::wstring_view pattern) {
 }
 
 std::int32_t FindBestEntryIndex(const PinList& list, std::wstring_view title) {
-    std::int32_t best = NoEntry;
-    std::size_t bestLength = 0;
-    std::int32_t index = 0;
-    for (const PinEntry& entry : list.entries) {
-        // The length is asked first: a pattern that could not win need not be searched for.
-        if (entry.pattern.size() > bestLength && PatternMatches(title, entry.pattern)) {
-            best = index;
-            bestLength = entry.pattern.size();
-        }
-        ++index;
+    // Folded once for all patterns. Titles are read into buffers of this size; only a longer text
+    // takes memory.
+    constexpr std::size_t UsualTitle = 512;
+    std::array<wchar_t, UsualTitle> folded{};
+    if (title.size() > folded.size()) {
+        return FindBestInFolded(list, ToLowerCopy(title));
     }
-    return best;
+    std::transform(title.begin(), title.end(), folded.begin(), FoldCase);
+    return FindBestInFolded(list, {folded.data(), title.size()});
 }
 
 const PinEntry* FindBestEntry(const PinList& list, std::wstring_view title) {

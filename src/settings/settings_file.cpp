@@ -1,8 +1,11 @@
 #include "settings/settings_file.h"
 
 #include <algorithm>
-#include <optional>
+#include <array>
+#include <cstddef>
+#include <memory>
 #include <string_view>
+#include <utility>
 
 #include "base/owners.h"
 #include "settings/settings_text.h"
@@ -23,28 +26,49 @@ FileHandle OpenFile(const std::wstring& path, DWORD access, DWORD disposition) {
                                   FILE_ATTRIBUTE_NORMAL, nullptr));
 }
 
-// All bytes up to the end as it stands when it is reached; a failing read ends the text there.
-std::string ReadToEnd(HANDLE file) {
-    constexpr std::size_t SmallestStep = 4096;
-    // Only a hint for the first step: without it, or when the file grows, the loop goes on.
-    LARGE_INTEGER size{};
-    GetFileSizeEx(file, &size);
-    std::string bytes;
-    std::size_t used = 0;
-    // One byte more than the size, so that the read that meets the end is the first one.
-    std::size_t step = std::max(static_cast<std::size_t>(size.QuadPart) + 1, SmallestStep);
-    while (true) {
-        step = std::min(step, LargestTransfer);
-        bytes.resize(used + step);
+// A file's text, or a part of it, in memory that was not cleared before.
+struct FileText {
+    std::unique_ptr<char[]> bytes;
+    std::size_t length = 0;
+
+    [[nodiscard]] std::string_view View() const { return {bytes.get(), length}; }
+};
+
+// Reads on until the buffer is full or the end is reached, and returns how far it came; a failing
+// read counts as the end.
+std::size_t ReadUpTo(HANDLE file, char* buffer, std::size_t used, std::size_t capacity) {
+    while (used < capacity) {
+        const std::size_t step = std::min(capacity - used, LargestTransfer);
         DWORD count = 0;
         const BOOL read =
-            ::ReadFile(file, bytes.data() + used, static_cast<DWORD>(step), &count, nullptr);
+            ::ReadFile(file, buffer + used, static_cast<DWORD>(step), &count, nullptr);
         used += count;
         if (read == FALSE || count < step) {
-            bytes.resize(used);
-            return bytes;
+            break;
         }
-        step = std::max(used, SmallestStep);
+    }
+    return used;
+}
+
+// The whole text of a file whose beginning has been read already.
+FileText ReadRest(HANDLE file, std::string_view beginning) {
+    // Only a hint: when the file grows meanwhile, the loop goes on. One byte more than the size, so
+    // that the read that meets the end leaves room.
+    LARGE_INTEGER size{};
+    GetFileSizeEx(file, &size);
+    std::size_t capacity =
+        std::max(static_cast<std::size_t>(size.QuadPart), 2 * beginning.size()) + 1;
+    FileText text{std::make_unique_for_overwrite<char[]>(capacity), beginning.size()};
+    std::copy(beginning.begin(), beginning.end(), text.bytes.get());
+    while (true) {
+        text.length = ReadUpTo(file, text.bytes.get(), text.length, capacity);
+        if (text.length < capacity) {
+            return text;
+        }
+        capacity *= 2;
+        FileText larger{std::make_unique_for_overwrite<char[]>(capacity), text.length};
+        std::copy_n(text.bytes.get(), text.length, larger.bytes.get());
+        text = std::move(larger);
     }
 }
 
@@ -68,7 +92,12 @@ PinList ReadSettingsFile(const std::wstring& path) {
     if (!file) {
         return {};
     }
-    return ParseSettingsText(ReadToEnd(file.get()));
+    // Nearly every file is small: one call reads it, without memory and without asking its size.
+    constexpr std::size_t SmallFile = 8192;
+    std::array<char, SmallFile> beginning{};
+    const std::size_t length = ReadUpTo(file.get(), beginning.data(), 0, beginning.size());
+    const std::string_view text(beginning.data(), length);
+    return ParseSettingsText(length < beginning.size() ? text : ReadRest(file.get(), text).View());
 }
 
 bool WriteSettingsFile(const std::wstring& path, const PinList& list) {

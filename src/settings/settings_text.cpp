@@ -104,7 +104,8 @@ bool IsCommentOrEmpty(std::string_view line) {
     return line.empty() || line.front() == '#';
 }
 
-void ParseLine(std::string_view bytes, PinList& list) {
+// The buffer is for the line's text, and shared by all lines of a file.
+void ParseLine(std::string_view bytes, PinList& list, std::wstring& buffer) {
     if (!bytes.empty() && bytes.back() == '\r') {
         bytes.remove_suffix(1);
     }
@@ -113,15 +114,29 @@ void ParseLine(std::string_view bytes, PinList& list) {
     if (IsCommentOrEmpty(bytes)) {
         return;
     }
-    const std::wstring line = Utf8ToWide(bytes);
+    const std::wstring_view line = Utf8ToWide(bytes, buffer);
     // A switch line counts wherever it stands, also after the last entry that is taken; entries
     // beyond the limit are dropped without a word.
     if (ParsePinningLine(line, list) || list.entries.size() >= MaxPinEntries) {
         return;
     }
     if (std::optional<PinEntry> entry = ParseEntryLine(line)) {
+        if (list.entries.empty()) {
+            list.entries.reserve(MaxPinEntries);
+        }
         list.entries.push_back(std::move(*entry));
     }
+}
+
+// Where the next line begins that can still count, from the beginning of a line on. Once the list
+// is full only switch lines do, and no line without an "@" is one.
+std::size_t NextLine(std::string_view bytes, std::size_t start, const PinList& list) {
+    if (list.entries.size() < MaxPinEntries) {
+        return start;
+    }
+    const std::size_t at = bytes.find('@', start);
+    // Without a line end before it, that is the first line: its position 0 follows the last one.
+    return at == std::string_view::npos ? bytes.size() : bytes.rfind('\n', at) + 1;
 }
 
 std::string FormatSizeField(std::int32_t value) {
@@ -130,14 +145,14 @@ std::string FormatSizeField(std::int32_t value) {
 
 }  // namespace
 
-bool SplitSizeSuffix(std::wstring& text, std::int32_t& width, std::int32_t& height) {
+bool SplitSizeSuffix(std::wstring_view& text, std::int32_t& width, std::int32_t& height) {
     const std::optional<SizeSuffix> suffix = FindSizeSuffix(text);
     if (!suffix) {
         return false;
     }
     width = ToCappedSize(suffix->width);
     height = ToCappedSize(suffix->height);
-    text = std::wstring(suffix->pattern);
+    text = suffix->pattern;
     return true;
 }
 
@@ -157,29 +172,26 @@ bool ParsePinningLine(std::wstring_view line, PinList& list) {
 
 std::optional<PinEntry> ParseEntryLine(std::wstring_view line) {
     PinEntry entry;
-    entry.pattern = TrimWhitespace(line);
+    std::wstring_view pattern = TrimmedView(line);
     // Without a well-formed size the whole line is the pattern; nothing is ever reported.
-    static_cast<void>(SplitSizeSuffix(entry.pattern, entry.minWidth, entry.minHeight));
-    if (entry.pattern.size() > MaxPatternLength) {
-        entry.pattern.resize(MaxPatternLength);
-    }
-    if (entry.pattern.empty()) {
+    static_cast<void>(SplitSizeSuffix(pattern, entry.minWidth, entry.minHeight));
+    if (pattern.empty()) {
         return std::nullopt;
     }
+    entry.pattern = pattern.substr(0, MaxPatternLength);
     return entry;
 }
 
 PinList ParseSettingsText(std::string_view bytes) {
     PinList list;
+    std::wstring buffer;
     std::size_t start = 0;
-    while (true) {
-        const std::size_t end = bytes.find('\n', start);
-        ParseLine(bytes.substr(start, end - start), list);
-        if (end == std::string_view::npos) {
-            return list;
-        }
+    while ((start = NextLine(bytes, start, list)) < bytes.size()) {
+        const std::size_t end = std::min(bytes.find('\n', start), bytes.size());
+        ParseLine(bytes.substr(start, end - start), list, buffer);
         start = end + 1;
     }
+    return list;
 }
 
 std::string FormatSettingsText(const PinList& list) {

@@ -34,6 +34,21 @@ std::wstring Utf8ToWide(std::string_view bytes) {
     return text;
 }
 
+std::wstring_view Utf8ToWide(std::string_view bytes, std::wstring& buffer) {
+    constexpr std::size_t SmallestBuffer = 512;
+    if (bytes.empty() || !FitsInt(bytes.size())) {
+        return {};
+    }
+    // One unit for each byte is always enough, so the platform need not be asked for the length.
+    if (buffer.size() < bytes.size()) {
+        buffer.resize(std::max(bytes.size(), SmallestBuffer));
+    }
+    const int byteCount = static_cast<int>(bytes.size());
+    const int length =
+        MultiByteToWideChar(CP_UTF8, 0, bytes.data(), byteCount, buffer.data(), byteCount);
+    return {buffer.data(), static_cast<std::size_t>(std::max(length, 0))};
+}
+
 std::string WideToUtf8(std::wstring_view text) {
     if (text.empty() || !FitsInt(text.size())) {
         return {};

@@ -13,6 +13,9 @@ namespace morvane {
 // Ill-formed bytes become U+FFFD; what the platform refuses gives the empty string.
 [[nodiscard]] std::wstring Utf8ToWide(std::string_view bytes);
 
+// The same for a caller with many texts: into a buffer that only grows. The view is part of it.
+[[nodiscard]] std::wstring_view Utf8ToWide(std::string_view bytes, std::wstring& buffer);
+
 // Unpaired surrogates are replaced by the platform; what it refuses gives the empty string.
 [[nodiscard]] std::string WideToUtf8(std::wstring_view text);
 

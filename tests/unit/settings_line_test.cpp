@@ -245,8 +245,10 @@ TEST(SplitSizeSuffix, TakesTheSizeOffTextThatWasNotTrimmed) {
     };
     for (const EntryCase& c : cases) {
         SCOPED_TRACE(Printed(c.line));
-        PinEntry entry{c.line, -1, -1};
-        EXPECT_TRUE(SplitSizeSuffix(entry.pattern, entry.minWidth, entry.minHeight));
+        std::wstring_view text = c.line;
+        PinEntry entry{L"", -1, -1};
+        EXPECT_TRUE(SplitSizeSuffix(text, entry.minWidth, entry.minHeight));
+        entry.pattern = text;
         EXPECT_EQ(Printed(entry), Printed(c.entry));
     }
 }
@@ -258,8 +260,10 @@ TEST(SplitSizeSuffix, ChangesNothingWhenThereIsNoSize) {
     };
     for (const std::wstring_view text : Texts) {
         SCOPED_TRACE(Printed(text));
-        PinEntry entry{std::wstring(text), -1, -1};
-        EXPECT_FALSE(SplitSizeSuffix(entry.pattern, entry.minWidth, entry.minHeight));
+        std::wstring_view kept = text;
+        PinEntry entry{L"", -1, -1};
+        EXPECT_FALSE(SplitSizeSuffix(kept, entry.minWidth, entry.minHeight));
+        entry.pattern = kept;
         EXPECT_EQ(Printed(entry), Printed({std::wstring(text), -1, -1}));
     }
 }
