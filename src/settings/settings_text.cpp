@@ -11,7 +11,6 @@ namespace morvane {
 namespace {
 
 constexpr std::wstring_view PinningPrefix = L"@pinning=";
-constexpr std::wstring_view Blanks = L" \t";
 
 // Written unchanged on every save; comments that a person typed are lost then.
 constexpr std::string_view Header =
@@ -58,17 +57,35 @@ std::optional<SizeSuffix> FindTabForm(std::wstring_view text) {
     return suffix;
 }
 
+// What separates the fields of the form without tabs.
+bool IsBlank(wchar_t unit) {
+    return unit == L' ' || unit == L'\t';
+}
+
+std::wstring_view WithoutBlankEnd(std::wstring_view text) {
+    while (!text.empty() && IsBlank(text.back())) {
+        text.remove_suffix(1);
+    }
+    return text;
+}
+
+std::size_t FindLastBlank(std::wstring_view text) {
+    for (std::size_t at = text.size(); at > 0; --at) {
+        if (IsBlank(text[at - 1])) {
+            return at - 1;
+        }
+    }
+    return std::wstring_view::npos;
+}
+
 std::optional<SizeSuffix> FindBlankForm(std::wstring_view text) {
     constexpr std::size_t None = std::wstring_view::npos;
-    const std::size_t last = text.find_last_not_of(Blanks);
-    if (last == None) {
-        return std::nullopt;
-    }
-    const std::size_t heightBlank = text.find_last_of(Blanks, last);
+    const std::wstring_view fields = WithoutBlankEnd(text);
+    const std::size_t heightBlank = FindLastBlank(fields);
     if (heightBlank == None) {
         return std::nullopt;
     }
-    const std::wstring_view height = TrimmedView(text.substr(heightBlank + 1, last - heightBlank));
+    const std::wstring_view height = TrimmedView(fields.substr(heightBlank + 1));
     if (!IsNumber(height)) {
         return std::nullopt;
     }
@@ -78,7 +95,7 @@ std::optional<SizeSuffix> FindBlankForm(std::wstring_view text) {
     while (widthEnd > 0 && IsWhiteSpace(text[widthEnd - 1])) {
         --widthEnd;
     }
-    const std::size_t widthBlank = text.substr(0, widthEnd).find_last_of(Blanks);
+    const std::size_t widthBlank = FindLastBlank(text.substr(0, widthEnd));
     if (widthBlank == None) {
         return std::nullopt;  // two numbers alone are a pattern
     }

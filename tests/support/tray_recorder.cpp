@@ -95,8 +95,11 @@ LRESULT RecordCall(TrayRecorder::Shared& shared, const COPYDATASTRUCT& data) {
     if (data.cbData < sizeof(TrayMessage)) {
         return FALSE;
     }
+    LARGE_INTEGER now{};
+    QueryPerformanceCounter(&now);
     const std::scoped_lock lock(shared.mutex);
     TrayCall call = CallFrom(data);
+    call.arrival = now.QuadPart;
     call.watchedWindowTopmost = shared.watchedWindow != nullptr && IsTopmost(shared.watchedWindow);
     call.watchedPathExists = !shared.watchedPath.empty() && PathExists(shared.watchedPath);
     shared.calls.push_back(std::move(call));

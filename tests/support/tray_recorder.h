@@ -26,6 +26,7 @@ struct TrayCall {
     int iconWidth = 0;    // 0 without an icon; pixels
     int iconHeight = 0;
     std::uint64_t pictureHash = 0;  // of the icon's bits; 0 without an icon
+    std::int64_t arrival = 0;       // QueryPerformanceCounter
     // What was found of the things that TrayRecorder::Watch names, at the arrival of the call and
     // before its answer.
     bool watchedWindowTopmost = false;

@@ -5,7 +5,7 @@ import re
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 # The folders that a path between quotes may start from, besides the including file's own.
-INCLUDE_ROOTS = (ROOT / "src", ROOT / "tests")
+INCLUDE_ROOTS = (ROOT / "src", ROOT / "tests", ROOT / "bench")
 INCLUDE = re.compile(r'^[ \t]*#[ \t]*include[ \t]*"([^"]+)"', re.MULTILINE)
 
 

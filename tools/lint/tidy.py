@@ -28,8 +28,9 @@ def own_commands(build):
 
 def configurations():
     """Every configuration that applies to a file of ours; a folder may have one of its own."""
-    return [ROOT / ".clang-tidy", *sorted((ROOT / "src").rglob(".clang-tidy")),
-            *sorted((ROOT / "tests").rglob(".clang-tidy"))]
+    return [ROOT / ".clang-tidy",
+            *(path for folder in ("src", "tests", "bench")
+              for path in sorted((ROOT / folder).rglob(".clang-tidy")))]
 
 
 def cache_key(source, command, common):

@@ -1,0 +1,154 @@
+#include "bare/bare_pass.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <memory>
+
+#include "base/owners.h"
+
+namespace morvane::bare {
+
+namespace {
+
+constexpr int TitleCapacity = 512;
+constexpr int ClassCapacity = 256;
+constexpr UINT ZOrderOnly = SWP_NOSIZE | SWP_NOMOVE | SWP_NOACTIVATE | SWP_SHOWWINDOW;
+
+// Not cleared: a call that fails leaves a length of zero.
+struct Texts {
+    wchar_t title[TitleCapacity];
+    wchar_t className[ClassCapacity];
+};
+
+int AskTitle(HWND window, Texts& texts) {
+    return GetWindowTextW(window, texts.title, TitleCapacity);
+}
+
+void AskClass(HWND window, Texts& texts) {
+    GetClassNameW(window, texts.className, ClassCapacity);
+}
+
+// The length of the title; 0 for a window that is no candidate.
+int AskAll(HWND window, Texts& texts, ClassReads classReads) {
+    if (IsWindowVisible(window) == FALSE || GetWindow(window, GW_OWNER) != nullptr) {
+        return 0;
+    }
+    AskClass(window, texts);
+    const int length = AskTitle(window, texts);
+    if (length > 0 && classReads == ClassReads::Twice) {
+        AskClass(window, texts);
+    }
+    return length;
+}
+
+BOOL CALLBACK AskOnce(HWND window, LPARAM texts) {
+    AskAll(window, *reinterpret_cast<Texts*>(texts), ClassReads::Once);
+    return TRUE;
+}
+
+BOOL CALLBACK AskTwice(HWND window, LPARAM texts) {
+    AskAll(window, *reinterpret_cast<Texts*>(texts), ClassReads::Twice);
+    return TRUE;
+}
+
+struct MarkedSearch {
+    Texts texts;
+    wchar_t mark;
+};
+
+BOOL CALLBACK AskMarkedAgain(HWND window, LPARAM parameter) {
+    auto& search = *reinterpret_cast<MarkedSearch*>(parameter);
+    if (AskAll(window, search.texts, ClassReads::Twice) > 0 &&
+        search.texts.title[0] == search.mark) {
+        AskTitle(window, search.texts);
+    }
+    return TRUE;
+}
+
+struct MarkedList {
+    MarkedSearch search;
+    std::span<HWND> found;
+    std::size_t count;
+};
+
+BOOL CALLBACK CollectMarked(HWND window, LPARAM parameter) {
+    auto& list = *reinterpret_cast<MarkedList*>(parameter);
+    if (AskAll(window, list.search.texts, ClassReads::Once) > 0 &&
+        list.search.texts.title[0] == list.search.mark && list.count < list.found.size()) {
+        list.found[list.count] = window;
+        ++list.count;
+    }
+    return TRUE;
+}
+
+FileHandle OpenForReading(const wchar_t* path) {
+    return FileHandle(CreateFileW(path, GENERIC_READ,
+                                  FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                  OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+}
+
+}  // namespace
+
+void LookAtWindows(ClassReads classReads) {
+    Texts texts;
+    EnumWindows(classReads == ClassReads::Once ? AskOnce : AskTwice,
+                reinterpret_cast<LPARAM>(&texts));
+}
+
+void LookAtAndPin(const PinnedWindows& pinned) {
+    MarkedSearch search;
+    search.mark = pinned.mark;
+    for (const HWND window : pinned.inOrder) {
+        if (IsWindow(window) != FALSE) {
+            AskAll(window, search.texts, ClassReads::Twice);
+        }
+    }
+    EnumWindows(AskMarkedAgain, reinterpret_cast<LPARAM>(&search));
+    for (const HWND window : pinned.inOrder) {
+        if (IsWindow(window) == FALSE) {
+            continue;
+        }
+        AskTitle(window, search.texts);
+        RECT frame;
+        if (IsWindow(window) != FALSE && IsIconic(window) == FALSE) {
+            GetWindowRect(window, &frame);
+        }
+        SetWindowPos(window, HWND_TOPMOST, 0, 0, 0, 0, ZOrderOnly);
+    }
+}
+
+std::size_t FindMarked(wchar_t mark, std::span<HWND> found) {
+    MarkedList list;
+    list.search.mark = mark;
+    list.found = found;
+    list.count = 0;
+    EnumWindows(CollectMarked, reinterpret_cast<LPARAM>(&list));
+    std::sort(found.begin(), found.begin() + static_cast<std::ptrdiff_t>(list.count),
+              [](HWND a, HWND b) {
+                  return reinterpret_cast<std::uintptr_t>(a) < reinterpret_cast<std::uintptr_t>(b);
+              });
+    return list.count;
+}
+
+std::size_t ReadFileOnce(const wchar_t* path, std::span<char> buffer) {
+    const FileHandle file = OpenForReading(path);
+    DWORD count = 0;
+    ReadFile(file.get(), buffer.data(), static_cast<DWORD>(buffer.size()), &count, nullptr);
+    return count;
+}
+
+std::size_t ReadAndConvertFile(const wchar_t* path) {
+    const FileHandle file = OpenForReading(path);
+    LARGE_INTEGER size{};
+    GetFileSizeEx(file.get(), &size);
+    const auto length = static_cast<std::size_t>(size.QuadPart);
+    const auto bytes = std::make_unique_for_overwrite<char[]>(length);
+    DWORD count = 0;
+    ReadFile(file.get(), bytes.get(), static_cast<DWORD>(length), &count, nullptr);
+    const auto text = std::make_unique_for_overwrite<wchar_t[]>(length);
+    return static_cast<std::size_t>(MultiByteToWideChar(
+        CP_UTF8, 0, bytes.get(), static_cast<int>(count), text.get(), static_cast<int>(length)));
+}
+
+}  // namespace morvane::bare

@@ -1,0 +1,154 @@
+#include <algorithm>
+#include <array>
+#include <string>
+#include <vector>
+
+#include "bare/bare_menu.h"
+#include "bare/bare_pass.h"
+#include "base/gdi_owners.h"
+#include "cost/allocation_count.h"
+#include "measure/rows.h"
+#include "measure/scene.h"
+#include "pin/candidates.h"
+#include "pin/discovery.h"
+#include "pin/enforcement.h"
+#include "pin/engine.h"
+#include "support/test_environment.h"
+#include "support/window_state.h"
+#include "ui/menu_build.h"
+#include "ui/menu_rows.h"
+
+namespace morvane::bench {
+
+namespace {
+
+constexpr int EntryCount = 100;
+constexpr int PinnedCount = 50;
+
+std::vector<HWND> WindowsInPassOrder() {
+    std::vector<MatchedWindow> matched = CollectMatchedWindows();
+    std::sort(matched.begin(), matched.end(), IsPinnedBefore);
+    std::vector<HWND> windows;
+    for (const MatchedWindow& match : matched) {
+        windows.push_back(match.window);
+    }
+    return windows;
+}
+
+double AllocationsOfPass() {
+    ApplyAll();
+    const std::size_t before = test::AllocationCount();
+    ApplyAll();
+    return static_cast<double>(test::AllocationCount() - before);
+}
+
+double MeasurePasses(const Plan& plan, std::vector<double>& times) {
+    ApplyAll();
+    for (int repetition = 0; repetition < plan.repetitions; ++repetition) {
+        times.push_back(TimeOf(1, ApplyAll));
+    }
+    return AllocationsOfPass();
+}
+
+// The pass grows with the windows; the time of each number is a point of the picture.
+void MeasureGrowth(const Plan& plan, int windows) {
+    Announce("a pass over " + std::to_string(windows) + " windows");
+    std::vector<double> times;
+    const double allocations = MeasurePasses(plan, times);
+    Emit("windows_" + std::to_string(windows), {{"ours", times}, {"allocations", {allocations}}});
+}
+
+void MeasurePatterns(const Plan& plan) {
+    constexpr std::array<int, 3> Counts = {1, 10, EntryCount};
+    Announce("a pass with 1, 10 and 100 patterns");
+    std::array<std::vector<double>, Counts.size()> times;
+    for (int repetition = 0; repetition <= plan.repetitions; ++repetition) {
+        for (std::size_t turn = 0; turn < Counts.size(); ++turn) {
+            // Another one first in each round.
+            const std::size_t which = (turn + static_cast<std::size_t>(repetition)) % Counts.size();
+            BindEngine(UnmatchedEntries(Counts[which]));
+            const double time = TimeOf(1, ApplyAll);
+            if (repetition > 0) {
+                times[which].push_back(time);
+            }
+        }
+    }
+    Emit("patterns", {{"1", times[0]}, {"10", times[1]}, {"100", times[2]}});
+}
+
+void MeasureUnmatched(const Plan& plan) {
+    Announce("a pass over 500 windows, none matches");
+    BindEngine(UnmatchedEntries(EntryCount));
+    Require(CollectMatchedWindows().empty(), "no match");
+    Emit("pass_none",
+         MeasureInTurn(plan, 1, ApplyAll, [] { bare::LookAtWindows(bare::ClassReads::Twice); }));
+    Announce("the same, beside a loop that asks once for each class");
+    Emit("pass_none_class_once",
+         MeasureInTurn(plan, 1, ApplyAll, [] { bare::LookAtWindows(bare::ClassReads::Once); }));
+}
+
+void MeasureMatched(const Plan& plan) {
+    Announce("a pass over 500 windows, 50 match");
+    BindEngine(EntriesWithMatch(EntryCount));
+    const std::vector<HWND> pinned = WindowsInPassOrder();
+    std::array<HWND, 2 * PinnedCount> marked{};
+    Require(pinned.size() == PinnedCount && bare::FindMarked(*PinnedTitle, marked) == PinnedCount,
+            "50 matches");
+    ApplyAll();
+    Require(std::all_of(pinned.begin(), pinned.end(), test::IsTopmost), "50 windows pinned");
+    Emit("pass_50",
+         MeasureInTurn(plan, 1, ApplyAll, [&] { bare::LookAtAndPin({pinned, *PinnedTitle}); }));
+    Emit("allocations_50", {{"allocations", {AllocationsOfPass()}}});
+    ReleaseAll();
+}
+
+void MeasureMenu(const Plan& plan) {
+    Announce("the menu of 500 windows");
+    BindEngine(EntriesWithMatch(EntryCount));
+    const std::wstring path = test::SettingsPath();
+    const std::wstring folder = test::DataFolder();
+    const auto ours = [] {
+        ForgetRows();
+        PrepareMenuState();
+        const Menu menu = BuildTrayMenu();
+        ForgetRows();
+    };
+    const auto bare = [&] { bare::BuildMenuOnce(path.c_str(), folder.c_str()); };
+    PrepareMenuState();
+    const Menu rows = BuildAddRemoveMenu();
+    const Menu sized = BuildMinSizeMenu();
+    const auto rowCount =
+        static_cast<unsigned>(GetMenuItemCount(rows.get()) + GetMenuItemCount(sized.get()));
+    Require(bare::BuildMenuOnce(path.c_str(), folder.c_str()) == rowCount, "as many rows");
+    Emit("menu_500", MeasureInTurn(plan, 1, ours, bare));
+}
+
+}  // namespace
+
+void MeasureDesktop(const Plan& plan) {
+    test::Actor actor;
+    BindEngine(UnmatchedEntries(EntryCount));
+    int plain = 0;
+    const auto addUpTo = [&](int count) {
+        Announce("opening windows, up to " + std::to_string(count));
+        static_cast<void>(AddWindows(actor, count - plain, PlainTitle));
+        plain = count;
+    };
+    for (const int count : {50, 100, 200, 400}) {
+        addUpTo(count);
+        MeasureGrowth(plan, count);
+    }
+    MeasurePatterns(plan);
+
+    addUpTo(500 - PinnedCount);
+    static_cast<void>(AddWindows(actor, PinnedCount, PinnedTitle));
+    MeasureUnmatched(plan);
+    MeasureMatched(plan);
+    MeasureMenu(plan);
+
+    BindEngine(UnmatchedEntries(EntryCount));
+    addUpTo(800 - PinnedCount);
+    MeasureGrowth(plan, 800);
+}
+
+}  // namespace morvane::bench

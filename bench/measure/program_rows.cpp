@@ -1,0 +1,160 @@
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <string>
+#include <vector>
+
+#include "base/owners.h"
+#include "base/win.h"
+#include "measure/rows.h"
+#include "measure/scene.h"
+#include "support/child_process.h"
+#include "support/program.h"
+#include "support/test_environment.h"
+#include "support/tray_recorder.h"
+#include "support/unix_command.h"
+#include "support/wait.h"
+#include "support/window_state.h"
+
+#include <psapi.h>
+
+namespace morvane::bench {
+
+namespace {
+
+constexpr wchar_t BareClass[] = L"MorvaneBareWindow";
+constexpr wchar_t ControlClass[] = L"MorvaneHiddenWindow";
+constexpr int IdleWindows = 50;
+constexpr int EntryCount = 100;
+constexpr int IdleParts = 15;
+
+std::wstring ProgramPath() {
+    return test::RequiredPath(L"MORVANE_TEST_PROGRAM");
+}
+
+std::wstring BarePath() {
+    return test::RequiredPath(L"MORVANE_BENCH_BARE");
+}
+
+// Ends a program of ours by its message-only window.
+void Close(const test::ChildProcess& child, const wchar_t* className) {
+    PostMessageW(FindWindowExW(HWND_MESSAGE, nullptr, className, nullptr), WM_CLOSE, 0, 0);
+    Require(test::WaitForObject(child.process.get()), "the program ends");
+}
+
+// From the call that starts a program to the arrival of its icon.
+double TimeToIcon(test::TrayRecorder& taskbar, const std::wstring& path, const wchar_t* className) {
+    taskbar.Forget();
+    const std::int64_t start = Ticks();
+    const test::ChildProcess child = test::StartProcess(path, L"");
+    Require(test::WaitUntil([&] { return !taskbar.Calls().empty(); }), "an icon comes");
+    const double time = Microseconds(taskbar.Calls().front().arrival - start);
+    // Its first pass and its message loop come after the icon.
+    static_cast<void>(WaitForInputIdle(child.process.get(), INFINITE));
+    Close(child, className);
+    return time;
+}
+
+// Private bytes of a process.
+double MemoryOf(const test::ChildProcess& child) {
+    PROCESS_MEMORY_COUNTERS counters{};
+    Require(GetProcessMemoryInfo(child.process.get(), &counters, sizeof(counters)) != FALSE,
+            "memory of a process");
+    return static_cast<double>(counters.PagefileUsage);
+}
+
+std::string ShellOutput(const std::string& line) {
+    const test::UnixResult result = test::RunUnix(line);
+    Require(result.exitCode == 0 && !result.output.empty(), line);
+    return result.output;
+}
+
+// The host's folder of a process of this session, by the name of its executable.
+std::string HostProcess(const std::string& executable) {
+    const std::string found =
+        ShellOutput("for p in $(grep -lxF " + executable +
+                    " /proc/[0-9]*/comm); do p=${p%/comm}; "
+                    "grep -qzxF \"WINEPREFIX=$WINEPREFIX\" $p/environ && echo $p; done");
+    Require(std::count(found.begin(), found.end(), '\n') == 1, "one process " + executable);
+    return found.substr(0, found.size() - 1);
+}
+
+// The processor time of both processes so far, in microseconds, from the host's scheduler: the
+// times that Windows programs can ask for move in steps of 10 milliseconds.
+std::array<double, 2> ProcessorTimes(const std::array<std::string, 2>& processes) {
+    constexpr double Nanoseconds = 1000;
+    std::string line;
+    for (const std::string& process : processes) {
+        line +=
+            "awk '{ sum += $1 } END { printf \"%.0f\\n\", sum }' " + process + "/task/*/schedstat; ";
+    }
+    const std::string output = ShellOutput(line);
+    const std::size_t second = output.find('\n') + 1;
+    return {std::stod(output) / Nanoseconds, std::stod(output.substr(second)) / Nanoseconds};
+}
+
+void LetPass(std::chrono::milliseconds duration) {
+    static_cast<void>(test::WaitUntil([] { return false; }, duration));
+}
+
+}  // namespace
+
+void MeasureStart(const Plan& plan) {
+    Announce("from the start to the icon");
+    BindEngine("");
+    test::TrayRecorder taskbar;
+    Pairs pairs;
+    for (int repetition = 0; repetition <= plan.repetitions; ++repetition) {
+        const bool oursFirst = repetition % 2 != 0;
+        double ours = oursFirst ? TimeToIcon(taskbar, ProgramPath(), ControlClass) : 0;
+        const double bare = TimeToIcon(taskbar, BarePath(), BareClass);
+        if (!oursFirst) {
+            ours = TimeToIcon(taskbar, ProgramPath(), ControlClass);
+        }
+        if (repetition > 0) {
+            pairs.ours.push_back(ours);
+            pairs.bare.push_back(bare);
+        }
+    }
+    Emit("start", pairs);
+}
+
+void MeasureIdle(const Plan& plan) {
+    test::Actor actor;
+    const std::vector<HWND> windows = AddWindows(actor, IdleWindows, PinnedTitle);
+    BindEngine(EntriesWithMatch(EntryCount));
+
+    const test::ChildProcess ours = test::StartProcess(ProgramPath(), L"");
+    Require(test::WaitUntil(
+                [&] { return std::all_of(windows.begin(), windows.end(), test::IsTopmost); }),
+            "the program pins");
+    const test::ChildProcess bare = test::StartProcess(BarePath(), std::wstring(1, *PinnedTitle));
+    for (const HWND window : windows) {
+        actor.ForgetRecords(window);
+    }
+    constexpr std::size_t SettledRequests = 8;
+    Require(
+        test::WaitUntil([&] { return actor.Requests(windows.front()).size() >= SettledRequests; }),
+        "both pin");
+
+    const std::array<std::string, 2> processes = {HostProcess("Morvane.exe"),
+                                                  HostProcess("morvane_bare.ex")};
+    const std::chrono::milliseconds part = std::chrono::seconds(plan.idleSeconds) / IdleParts;
+    Pairs times;
+    std::array<double, 2> before = ProcessorTimes(processes);
+    for (int done = 0; done < IdleParts; ++done) {
+        Announce("idle for " + std::to_string(plan.idleSeconds) + " seconds, part " +
+                 std::to_string(done + 1) + " of " + std::to_string(IdleParts));
+        LetPass(part);
+        const std::array<double, 2> after = ProcessorTimes(processes);
+        times.ours.push_back(after[0] - before[0]);
+        times.bare.push_back(after[1] - before[1]);
+        before = after;
+    }
+    Emit("idle_time", times);
+    Emit("idle_memory", {{"ours", {MemoryOf(ours)}}, {"bare", {MemoryOf(bare)}}});
+    Close(bare, BareClass);
+    Close(ours, ControlClass);
+}
+
+}  // namespace morvane::bench

@@ -1,0 +1,73 @@
+#include "measure/scene.h"
+
+#include <array>
+#include <string_view>
+
+#include "app/process.h"
+#include "measure/sampling.h"
+#include "pin/engine.h"
+#include "pin/settings_sync.h"
+#include "support/settings_header.h"
+#include "support/test_environment.h"
+
+namespace morvane::bench {
+
+namespace {
+
+// What people pin: names of programs, of documents, and both.
+constexpr std::array<std::string_view, 10> EntryForms = {
+    "Calculator ",
+    "Quarterly report ",
+    "Chat with team ",
+    "spreadsheet.ods - Table program ",
+    "Music player ",
+    "Build log of project ",
+    "Terminal: server ",
+    "\xC3\x9C"
+    "bersicht der Termine ",
+    "Video call ",
+    "Drawing ",
+};
+
+std::string Entry(int index) {
+    std::string line(EntryForms[static_cast<std::size_t>(index) % EntryForms.size()]);
+    line += std::to_string(index);
+    // Every tenth with a minimum size.
+    return line + (index % 10 == 3 ? "\t640\t480\n" : "\n");
+}
+
+}  // namespace
+
+std::vector<HWND> AddWindows(test::Actor& actor, int count, const wchar_t* title) {
+    test::WindowSpec spec;
+    spec.title = title;
+    spec.width = 160;
+    spec.height = 60;
+    return actor.CreateMany(count, spec);
+}
+
+std::string UnmatchedEntries(int count) {
+    std::string lines;
+    for (int index = 0; index < count; ++index) {
+        lines += Entry(index);
+    }
+    return lines;
+}
+
+std::string EntriesWithMatch(int count) {
+    return UnmatchedEntries(count / 2) + "pinned - a window\n" +
+           UnmatchedEntries(count - count / 2 - 1);
+}
+
+void BindEngine(const std::string& lines) {
+    Require(test::WriteSettings(std::string(test::SettingsHeader) + "@pinning=1\n" + lines),
+            "settings written");
+    PinEngine& engine = Engine();
+    engine.ownClassName = ControlWindowClass;
+    engine.ownWindow = nullptr;
+    engine.settingsPath = test::SettingsPath();
+    engine.pinnedWindows.clear();
+    ReloadSettings();
+}
+
+}  // namespace morvane::bench

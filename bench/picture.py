@@ -1,0 +1,40 @@
+"""The picture of how a pass grows with the number of windows."""
+
+import statistics
+
+import matplotlib
+
+matplotlib.use("svg")
+# Letters stay letters, and the same numbers give the same file.
+matplotlib.rcParams["svg.fonttype"] = "none"
+matplotlib.rcParams["svg.hashsalt"] = "morvane"
+
+from matplotlib import pyplot  # noqa: E402  the back end is chosen before
+
+import rows  # noqa: E402
+
+MICROSECONDS_PER_MILLISECOND = 1000
+
+
+def draw_growth(measured, path):
+    counts = rows.window_counts(measured)
+    times = [[time / MICROSECONDS_PER_MILLISECOND for time in measured[f"windows_{count}"]["ours"]]
+             for count in counts]
+    medians = [statistics.median(column) for column in times]
+    slope, intercept, fit = rows.straight_line(list(zip(counts, medians)))
+
+    figure, axes = pyplot.subplots(figsize=(7, 4))
+    axes.plot([0, counts[-1]], [intercept, intercept + slope * counts[-1]], color="0.6",
+              linewidth=1, label=f"straight line, R² {fit:.4f}")
+    below = [median - min(column) for median, column in zip(medians, times)]
+    above = [max(column) - median for median, column in zip(medians, times)]
+    axes.errorbar(counts, medians, yerr=[below, above], fmt="o", markersize=4, capsize=3,
+                  color="#b02020", label="a pass: median, least and most")
+    axes.set_xlabel("windows of another program")
+    axes.set_ylabel("milliseconds")
+    axes.set_xlim(left=0)
+    axes.set_ylim(bottom=0)
+    axes.legend()
+    figure.tight_layout()
+    figure.savefig(path, metadata={"Date": None, "Creator": None})
+    pyplot.close(figure)
