@@ -27,30 +27,51 @@ IMAGE_IMPORT_DESCRIPTOR* ImportDescriptors(std::byte* base) {
                : nullptr;
 }
 
-void** FindInLibrary(std::byte* base, const IMAGE_IMPORT_DESCRIPTOR& library,
-                     const std::string& name) {
+std::vector<ImportedFunction> FunctionsOf(std::byte* base, const IMAGE_IMPORT_DESCRIPTOR& library) {
+    std::vector<ImportedFunction> functions;
     const auto* names = At<IMAGE_THUNK_DATA>(base, library.OriginalFirstThunk);
     auto* entry = At<void*>(base, library.FirstThunk);
     for (; names->u1.AddressOfData != 0; ++names, ++entry) {
-        if (!IMAGE_SNAP_BY_ORDINAL(names->u1.Ordinal) &&
-            name == At<IMAGE_IMPORT_BY_NAME>(base, names->u1.AddressOfData)->Name) {
-            return entry;
+        if (!IMAGE_SNAP_BY_ORDINAL(names->u1.Ordinal)) {
+            functions.push_back(
+                {At<IMAGE_IMPORT_BY_NAME>(base, names->u1.AddressOfData)->Name, entry});
         }
     }
-    return nullptr;
+    return functions;
+}
+
+// Calls visit(library's name, its functions) for each library that the executable imports from.
+template <typename Visit>
+void ForEachLibrary(Visit visit) {
+    std::byte* const base = ImageBase();
+    const IMAGE_IMPORT_DESCRIPTOR* library = ImportDescriptors(base);
+    for (; library != nullptr && library->Name != 0; ++library) {
+        visit(At<const char>(base, library->Name), FunctionsOf(base, *library));
+    }
 }
 
 }  // namespace
 
 void** FindImport(const std::string& name) {
-    std::byte* const base = ImageBase();
-    const IMAGE_IMPORT_DESCRIPTOR* library = ImportDescriptors(base);
-    for (; library != nullptr && library->Name != 0; ++library) {
-        if (void** const entry = FindInLibrary(base, *library, name)) {
-            return entry;
+    void** found = nullptr;
+    ForEachLibrary([&](const char* /*library*/, const std::vector<ImportedFunction>& functions) {
+        for (const ImportedFunction& function : functions) {
+            if (found == nullptr && function.name == name) {
+                found = function.entry;
+            }
         }
-    }
-    return nullptr;
+    });
+    return found;
+}
+
+std::vector<ImportedFunction> ImportsFrom(const std::string& library) {
+    std::vector<ImportedFunction> found;
+    ForEachLibrary([&](const char* name, const std::vector<ImportedFunction>& functions) {
+        if (lstrcmpiA(name, library.c_str()) == 0) {
+            found.insert(found.end(), functions.begin(), functions.end());
+        }
+    });
+    return found;
 }
 
 void* ExchangeImport(void** entry, void* function) {

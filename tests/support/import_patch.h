@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "base/win.h"
 
@@ -18,6 +19,14 @@ class ImportPatch;
 // The exchange itself, untyped; null when the executable does not import the name.
 [[nodiscard]] void** FindImport(const std::string& name);
 void* ExchangeImport(void** entry, void* function);
+
+// All functions that the executable imports from a library, by name; the library's name in any case
+// ("user32.dll").
+struct ImportedFunction {
+    std::string name;
+    void** entry;
+};
+[[nodiscard]] std::vector<ImportedFunction> ImportsFrom(const std::string& library);
 
 // Throws std::runtime_error: a fault that is not in the import table would never happen.
 [[noreturn]] void FailForMissingImport(const std::string& name);

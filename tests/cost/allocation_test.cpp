@@ -1,0 +1,91 @@
+// How often a pass asks for memory once it has seen all windows: never for a window that does not
+// match, at most once for one that does.
+
+#include <cstddef>
+#include <gtest/gtest.h>
+#include <memory>
+#include <string>
+
+#include "cost/allocation_count.h"
+#include "desktop/engine_test.h"
+#include "pin/enforcement.h"
+#include "pin/engine.h"
+#include "pin/identity.h"
+#include "support/test_environment.h"
+
+namespace morvane::test {
+namespace {
+
+class AllocationTest : public EngineTest {
+protected:
+    void AddWindows(int count, const wchar_t* title) {
+        WindowSpec spec;
+        spec.title = title;
+        ASSERT_EQ(Other().CreateMany(count, spec).size(), static_cast<std::size_t>(count));
+    }
+};
+
+template <typename Work>
+std::size_t AllocationsOf(Work&& work) {
+    const std::size_t before = AllocationCount();
+    work();
+    return AllocationCount() - before;
+}
+
+// Of a pass that has met the same windows before.
+std::size_t AllocationsOfPass() {
+    ApplyAll();
+    return AllocationsOf(ApplyAll);
+}
+
+TEST_F(AllocationTest, AreCounted) {
+    // Kept, or the compiler would leave out what nobody uses.
+    std::unique_ptr<int> one;
+    std::unique_ptr<int[]> some;
+    std::wstring text;
+    EXPECT_EQ(AllocationsOf([&] { one = std::make_unique<int>(1); }), 1U);
+    EXPECT_EQ(AllocationsOf([&] { some = std::make_unique<int[]>(3); }), 1U);
+    EXPECT_EQ(AllocationsOf([&] { text.resize(100); }), 1U);
+    EXPECT_EQ(AllocationsOf([] {}), 0U);
+    EXPECT_EQ(text.size(), static_cast<std::size_t>(*one + 99 + some[2]));
+}
+
+TEST_F(AllocationTest, AWindowWithoutAMatchCostsNone) {
+    ASSERT_TRUE(WriteSettings(FullSettings()));
+    const std::size_t without = AllocationsOfPass();
+    AddWindows(40,
+               L"Editor of texts, with a title that is longer than what a string holds itself ");
+    EXPECT_EQ(AllocationsOfPass(), without);
+    EXPECT_TRUE(Engine().pinnedWindows.empty());
+}
+
+TEST_F(AllocationTest, AWindowWithAMatchCostsOneAtMost) {
+    constexpr int Windows = 40;
+    ASSERT_TRUE(WriteSettings("editor\n" + FullSettings()));
+    const std::size_t without = AllocationsOfPass();
+    AddWindows(Windows, L"Editor ");
+    const std::size_t with = AllocationsOfPass();
+    ASSERT_EQ(Engine().pinnedWindows.size(), static_cast<std::size_t>(Windows));
+    EXPECT_LE(with - without, static_cast<std::size_t>(Windows));
+    EXPECT_EQ(AllocationsOfPass(), with);
+}
+
+TEST_F(AllocationTest, AnEntryOfTheFileCostsOneAtMostAndTheFileTwoMore) {
+    for (const std::string& lines : {FullSettings(), std::string("editor\n"), std::string()}) {
+        LoadSettings(lines);
+        const std::size_t entries = Engine().pinList.entries.size();
+        EXPECT_LE(AllocationsOfPass(), entries + 2);
+    }
+}
+
+TEST_F(AllocationTest, IdentityOfATitleCostsNone) {
+    LoadSettings(FullSettings() + "editor\n");
+    const std::wstring title = std::wstring(480, L'x') + L" - ENTRY-42 - text editor";
+    ASSERT_EQ(title.size(), 505U);
+    std::int32_t found = NoEntry;
+    EXPECT_EQ(AllocationsOf([&] { found = FindBestEntryIndex(Engine().pinList, title); }), 0U);
+    EXPECT_EQ(found, 42);
+}
+
+}  // namespace
+}  // namespace morvane::test

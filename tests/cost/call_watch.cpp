@@ -1,0 +1,116 @@
+#include "cost/call_watch.h"
+
+#include <cstddef>
+#include <stdexcept>
+#include <vector>
+
+#include "base/win.h"
+#include "support/import_patch.h"
+
+namespace morvane::test {
+namespace {
+
+// Each counted function needs a replacement of its own, which has no other way to know its place
+// than by the number that tells it apart from others of the same type.
+template <std::size_t Number, typename Function>
+class CountedCall;
+
+template <std::size_t Number, typename Result, typename... Arguments>
+class CountedCall<Number, Result(WINAPI*)(Arguments...)> {
+public:
+    CountedCall(CallCounts& counts, const char* name) : patch_(name, Count) {
+        original = patch_.Original();
+        counter = &counts[name];
+    }
+
+private:
+    using Function = Result(WINAPI*)(Arguments...);
+
+    static Result WINAPI Count(Arguments... arguments) {
+        ++*counter;
+        return original(arguments...);
+    }
+
+    static inline Function original = nullptr;
+    static inline int* counter = nullptr;
+
+    ImportPatch<Function> patch_;
+};
+
+int otherCalls = 0;
+
+// In the place of functions of any type: a caller of this platform cleans up its own arguments.
+INT_PTR WINAPI CountOther() {
+    ++otherCalls;
+    return 0;
+}
+
+// Replaces what is not counted by name, so that nothing goes unseen.
+class OtherCalls {
+public:
+    explicit OtherCalls(const CallCounts& counted) {
+        otherCalls = 0;
+        for (const ImportedFunction& function : ImportsFrom("user32.dll")) {
+            if (!counted.contains(function.name)) {
+                replaced_.push_back(
+                    {function.entry,
+                     ExchangeImport(function.entry, reinterpret_cast<void*>(&CountOther))});
+            }
+        }
+    }
+    OtherCalls(const OtherCalls&) = delete;
+    OtherCalls& operator=(const OtherCalls&) = delete;
+    OtherCalls(OtherCalls&&) = delete;
+    OtherCalls& operator=(OtherCalls&&) = delete;
+    ~OtherCalls() {
+        for (const Replaced& replaced : replaced_) {
+            ExchangeImport(replaced.entry, replaced.original);
+        }
+    }
+
+private:
+    struct Replaced {
+        void** entry;
+        void* original;
+    };
+    std::vector<Replaced> replaced_;
+};
+
+}  // namespace
+
+CallCounts CountCalls(const std::function<void()>& work) {
+    CallCounts counts;
+    {
+        const CountedCall<0, decltype(&EnumWindows)> enumerate(counts, "EnumWindows");
+        const CountedCall<1, decltype(&IsWindowVisible)> visible(counts, "IsWindowVisible");
+        const CountedCall<2, decltype(&GetWindow)> related(counts, "GetWindow");
+        const CountedCall<3, decltype(&GetClassNameW)> className(counts, "GetClassNameW");
+        const CountedCall<4, decltype(&GetWindowTextW)> title(counts, "GetWindowTextW");
+        const CountedCall<5, decltype(&IsWindow)> alive(counts, "IsWindow");
+        const CountedCall<6, decltype(&IsIconic)> iconic(counts, "IsIconic");
+        const CountedCall<7, decltype(&GetWindowRect)> frame(counts, "GetWindowRect");
+        const CountedCall<8, decltype(&SetWindowPos)> place(counts, "SetWindowPos");
+        const OtherCalls others(counts);
+        const CountedCall<9, decltype(&CreateFileW)> open(counts, "CreateFileW");
+        const CountedCall<10, decltype(&ReadFile)> read(counts, "ReadFile");
+        const CountedCall<11, decltype(&GetFileSizeEx)> size(counts, "GetFileSizeEx");
+        const CountedCall<12, decltype(&CloseHandle)> close(counts, "CloseHandle");
+        work();
+    }
+    counts[OtherWindowCalls] = otherCalls;
+    std::erase_if(counts, [](const auto& entry) { return entry.second == 0; });
+    return counts;
+}
+
+CallCounts Added(const CallCounts& counts, const CallCounts& base) {
+    CallCounts added = counts;
+    for (const auto& [name, count] : base) {
+        if ((added[name] -= count) < 0) {
+            throw std::logic_error("fewer calls of " + name);
+        }
+    }
+    std::erase_if(added, [](const auto& entry) { return entry.second == 0; });
+    return added;
+}
+
+}  // namespace morvane::test

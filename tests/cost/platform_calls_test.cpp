@@ -1,0 +1,165 @@
+// What a pass asks of the platform: every window is asked all that the rules want to know, each
+// time anew, and nothing more.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <string>
+#include <vector>
+
+#include "cost/call_watch.h"
+#include "desktop/engine_test.h"
+#include "pin/enforcement.h"
+#include "pin/engine.h"
+#include "support/test_environment.h"
+#include "support/tray.h"
+
+namespace morvane::test {
+namespace {
+
+class PlatformCallsTest : public EngineTest {
+protected:
+    void SetUp() override {
+        EngineTest::SetUp();
+        // The desktop has windows of its own, which are all there once its task bar is; so has the
+        // system for every process that opens one.
+        ASSERT_TRUE(WaitForTaskbar());
+        ASSERT_NE(Other().Create({.visible = false}), nullptr);
+    }
+
+    // The calls of a pass that are due to the actor's windows of this kind, for one of them.
+    void ExpectForEach(const WindowSpec& spec, const CallCounts& first, const CallCounts& later) {
+        constexpr int Windows = 3;
+        const CallCounts before = CountCalls(ApplyAll);
+        std::vector<HWND> windows;
+        for (int count = 0; count < Windows; ++count) {
+            windows.push_back(Other().Create(spec));
+        }
+        EXPECT_EQ(Added(CountCalls(ApplyAll), before), Times(first, Windows));
+        EXPECT_EQ(Added(CountCalls(ApplyAll), before), Times(later, Windows));
+        for (const HWND window : windows) {
+            Other().Destroy(window);
+        }
+        EXPECT_EQ(CountCalls(PruneRemembered), OfDead(first, Windows));
+        EXPECT_EQ(CountCalls(ApplyAll), before);
+    }
+
+    [[nodiscard]] static CallCounts Times(CallCounts counts, int factor) {
+        for (auto& [name, count] : counts) {
+            count *= factor;
+        }
+        return counts;
+    }
+
+private:
+    // A window that was pinned is looked at once more after its death, and then forgotten.
+    [[nodiscard]] static CallCounts OfDead(const CallCounts& first, int windows) {
+        return first.contains("SetWindowPos") ? CallCounts{{"IsWindow", windows}} : CallCounts{};
+    }
+};
+
+constexpr DWORD Popup = WS_POPUP | WS_CAPTION;
+
+TEST_F(PlatformCallsTest, AWindowIsAskedNoMoreThanItsFirstRefusalTakes) {
+    const CallCounts hidden = {{"IsWindowVisible", 1}};
+    const CallCounts owned = {{"IsWindowVisible", 1}, {"GetWindow", 1}};
+    const CallCounts ours = {{"IsWindowVisible", 1}, {"GetWindow", 1}, {"GetClassNameW", 1}};
+    const CallCounts untitled = {
+        {"IsWindowVisible", 1}, {"GetWindow", 1}, {"GetClassNameW", 1}, {"GetWindowTextW", 1}};
+    // The class is read twice, by the test for our own windows and by that for security dialogs.
+    const CallCounts all = {
+        {"IsWindowVisible", 1}, {"GetWindow", 1}, {"GetClassNameW", 2}, {"GetWindowTextW", 1}};
+    ASSERT_TRUE(WriteSettings("editor\n"));
+    const HWND owner = Other().Create({.title = L"Calculator"});
+    const struct {
+        const char* name;
+        WindowSpec spec;
+        CallCounts counts;
+    } cases[] = {
+        {"hidden", {.title = L"Editor", .visible = false}, hidden},
+        {"owned", {.title = L"Editor", .style = Popup, .owner = owner}, owned},
+        {"ours", {.className = L"MorvaneHiddenWindow", .title = L"Editor"}, ours},
+        {"untitled", {.title = L""}, untitled},
+        {"unmatched", {.title = L"Calculator"}, all},
+        {"protected", {.className = L"#32770", .title = L"Windows Security, Editor"}, all},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        ExpectForEach(c.spec, c.counts, c.counts);
+    }
+}
+
+TEST_F(PlatformCallsTest, AMatchingWindowIsAskedItsTitleAgainAndThenToBeTopmost) {
+    // Once for its place in the list and once more when it is pinned; later passes also look
+    // whether what they remember still qualifies.
+    const CallCounts first = {{"IsWindowVisible", 1}, {"GetWindow", 1},   {"GetClassNameW", 2},
+                              {"GetWindowTextW", 3},  {"IsWindow", 2},    {"IsIconic", 1},
+                              {"GetWindowRect", 1},   {"SetWindowPos", 1}};
+    const CallCounts later = {{"IsWindowVisible", 2}, {"GetWindow", 2},   {"GetClassNameW", 4},
+                              {"GetWindowTextW", 4},  {"IsWindow", 3},    {"IsIconic", 1},
+                              {"GetWindowRect", 1},   {"SetWindowPos", 1}};
+    CallCounts grown = first;
+    ++grown["SetWindowPos"];
+    ASSERT_TRUE(WriteSettings("editor\nlarge 640 480\n"));
+    const struct {
+        const char* name;
+        WindowSpec spec;
+        CallCounts first;
+    } cases[] = {
+        {"without a size", {.title = L"Editor"}, first},
+        {"large enough", {.title = L"Large", .width = 640, .height = 480}, first},
+        {"too small", {.title = L"Large", .width = 320, .height = 240}, grown},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        ExpectForEach(c.spec, c.first, later);
+    }
+}
+
+TEST_F(PlatformCallsTest, APassEnumeratesOnceAndReadsTheFileOnce) {
+    ASSERT_TRUE(WriteSettings("editor\n"));
+    const CallCounts counts = CountCalls(ApplyAll);
+    for (const char* const name : {"EnumWindows", "CreateFileW", "ReadFile", "CloseHandle"}) {
+        EXPECT_THAT(counts, testing::Contains(testing::Pair(name, 1)));
+    }
+    EXPECT_FALSE(counts.contains("GetFileSizeEx"));
+    EXPECT_FALSE(counts.contains("SetWindowPos"));
+    EXPECT_FALSE(counts.contains(OtherWindowCalls));
+}
+
+TEST_F(PlatformCallsTest, WithPinningOffAPassLooksAtNoWindow) {
+    const HWND window = Window(L"Editor");
+    ApplySettings("editor\n");
+    ASSERT_EQ(Engine().pinnedWindows, PinnedWindowSet({window}));
+    const CallCounts file = {{"CreateFileW", 1}, {"ReadFile", 1}, {"CloseHandle", 1}};
+    CallCounts releasing = file;
+    releasing.insert({{"IsWindow", 1}, {"SetWindowPos", 1}});
+    ASSERT_TRUE(WriteSettings("@pinning=0\neditor\n"));
+    EXPECT_EQ(CountCalls(ApplyAll), releasing);
+    EXPECT_EQ(CountCalls(ApplyAll), file);
+}
+
+TEST_F(PlatformCallsTest, AFileIsReadByTwoCallsAtMost) {
+    const CallCounts small = {{"CreateFileW", 1}, {"ReadFile", 1}, {"CloseHandle", 1}};
+    const CallCounts large = {
+        {"CreateFileW", 1}, {"ReadFile", 2}, {"GetFileSizeEx", 1}, {"CloseHandle", 1}};
+    const struct {
+        std::size_t size;
+        CallCounts counts;
+    } cases[] = {{12, small}, {8191, small}, {8192, large}, {8193, large}, {1'000'000, large}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.size);
+        std::string text = "@pinning=0\n";
+        text.resize(c.size, '#');
+        ASSERT_TRUE(WriteSettings(text));
+        EXPECT_EQ(CountCalls(ApplyAll), c.counts);
+        EXPECT_FALSE(Engine().pinList.pinning);
+    }
+    ResetProfile();
+    ASSERT_FALSE(ReadSettings());
+    const CallCounts missing = CountCalls(ApplyAll);
+    EXPECT_THAT(missing, testing::Contains(testing::Pair("CreateFileW", 1)));
+    EXPECT_FALSE(missing.contains("ReadFile"));
+}
+
+}  // namespace
+}  // namespace morvane::test
