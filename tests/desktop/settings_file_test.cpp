@@ -8,6 +8,7 @@
 
 #include "base/owners.h"
 #include "desktop/engine_test.h"
+#include "support/import_patch.h"
 #include "support/test_environment.h"
 #include "support/test_files.h"
 
@@ -102,16 +103,34 @@ TEST_F(SettingsFileTest, ShorterContentReplacesTheFileWhole) {
 }
 
 TEST_F(SettingsFileTest, FilesOfEverySizeAreReadToTheEnd) {
-    // Around the sizes at which a reader might stop short.
-    for (const std::size_t size : {0U, 1U, 4095U, 4096U, 4097U, 8192U, 65536U, 3'000'000U}) {
-        std::string bytes(size, '#');
-        bytes += "\n@pinning=off\nnotes\t0\t600";
+    constexpr std::string_view Settings = "\n@pinning=off\nnotes\t0\t600";
+    // Around the sizes at which a reader might stop short, beginning with the smallest.
+    for (const std::size_t size :
+         {Settings.size(), std::size_t{4096}, std::size_t{8191}, std::size_t{8192},
+          std::size_t{8193}, std::size_t{16384}, std::size_t{16385}, std::size_t{65536},
+          std::size_t{3'000'000}}) {
+        std::string bytes(size - Settings.size(), '#');
+        bytes += Settings;
         ASSERT_TRUE(WriteFileBytes(Path(), bytes));
         SCOPED_TRACE(size);
         ExpectRead(Path(), L"notes");
     }
     ASSERT_TRUE(WriteFileBytes(Path(), ""));
     ExpectDefault(ReadSettingsFile(Path()));
+}
+
+BOOL WINAPI TellNoSize(HANDLE /*file*/, LARGE_INTEGER* size) {
+    size->QuadPart = 0;
+    return TRUE;
+}
+
+TEST_F(SettingsFileTest, AFileThatGrowsWhileItIsReadIsReadToTheEnd) {
+    const ImportPatch<BOOL(WINAPI*)(HANDLE, LARGE_INTEGER*)> patch("GetFileSizeEx", TellNoSize);
+    for (const std::size_t size : {10'000U, 16'384U, 16'385U, 100'000U}) {
+        SCOPED_TRACE(size);
+        ASSERT_TRUE(WriteFileBytes(Path(), std::string(size, '#') + "\n@pinning=0\nnotes 0 600"));
+        ExpectRead(Path(), L"notes");
+    }
 }
 
 TEST_F(SettingsFileTest, ControlBytesDoNotEndTheFile) {

@@ -158,6 +158,43 @@ TEST(FindBestEntry, AgreesWithAPlainSearchOnGeneratedLists) {
     }
 }
 
+// Titles of many different units, longer than any that is read, and patterns that differ from a
+// part of the title in one unit or in nothing.
+TEST(FindBestEntry, FindsPartsOfLongTitlesAndNothingElse) {
+    constexpr std::uint32_t ListCount = 300;
+    constexpr std::size_t Longest = 700;
+    constexpr wchar_t Absent = L'\u3042';
+    for (std::uint32_t seed = 1; seed <= ListCount; ++seed) {
+        Generator generator(seed);
+        std::wstring title;
+        for (std::size_t length = generator.Below(Longest) + 1; length > 0; --length) {
+            title += static_cast<wchar_t>(generator.Between(0x20, 0x24F));
+        }
+        PinList list;
+        std::int32_t expected = NoEntry;
+        std::size_t longest = 0;
+        for (std::size_t count = generator.Below(20); count > 0; --count) {
+            const std::size_t start = generator.Below(title.size());
+            std::wstring pattern = title.substr(start, generator.Below(Longest) + 1);
+            const bool spoiled = generator.Below(2) == 0;
+            if (spoiled) {
+                pattern[generator.Below(pattern.size())] = Absent;
+            } else if (pattern.size() > longest) {
+                longest = pattern.size();
+                expected = static_cast<std::int32_t>(list.entries.size());
+            }
+            for (wchar_t& unit : pattern) {
+                if (unit >= L'a' && unit <= L'z' && generator.Below(2) == 0) {
+                    unit = static_cast<wchar_t>(unit - L'a' + L'A');
+                }
+            }
+            list.entries.push_back({pattern, 0, 0});
+        }
+        ASSERT_EQ(FindBestEntryIndex(list, title), expected)
+            << "seed " << seed << ": " << Printed(title) << " in " << Printed(list);
+    }
+}
+
 TEST(PinStateForTitle, TellsWhetherTheIdentifyingEntryHasAMinimumSize) {
     struct Case {
         PinList list;

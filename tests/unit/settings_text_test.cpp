@@ -158,10 +158,32 @@ TEST(ParseSettingsText, TakesAHundredEntries) {
 }
 
 TEST(ParseSettingsText, HonoursASwitchLineBehindTheLastEntryTaken) {
-    EXPECT_EQ(Printed(ParseSettingsText(NumberedLines(100) + "@pinning=0")),
-              Printed({false, NumberedEntries(100)}));
     EXPECT_EQ(Printed(ParseSettingsText("@pinning=off\n" + NumberedLines(150) + "@pinning=on\n")),
               Printed({true, NumberedEntries(100)}));
+    const struct {
+        std::string_view rest;
+        bool pinning;
+    } cases[] = {
+        {"@pinning=0", false},
+        {"@pinning=0\n", false},
+        {"@pinning=0\r\n", false},
+        {"a\n\n \t@PINNING=Off \r\nb", false},
+        {"\xE3\x80\x80@pinning=0\n", false},
+        {"someone@somewhere\n@pinning=0\n@", false},
+        {"@pinning=0\n@pinning=1\n", true},
+        {"@pinning=0\n@pinning=\n", false},
+        {"@pinning\n=0\n", true},
+        {"a @pinning=0\n", true},
+        {"#@pinning=0\n", true},
+        {"# a\n#\n@\n@@pinning=0", true},
+        {"@pinning=0\xFF\n", true},
+        {"\xFF@pinning=0\n", true},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(Printed(c.rest));
+        EXPECT_EQ(Printed(ParseSettingsText(NumberedLines(100) + std::string(c.rest))),
+                  Printed({c.pinning, NumberedEntries(100)}));
+    }
 }
 
 TEST(ParseSettingsText, CountsEntriesOnlyTowardsTheLimit) {
