@@ -100,14 +100,14 @@ void AskFolders(const wchar_t* dataFolder) {
     std::array<wchar_t, MAX_PATH> folder{};
     SHGetFolderPathW(nullptr, CSIDL_APPDATA, nullptr, SHGFP_TYPE_CURRENT, folder.data());
     CreateDirectoryW(dataFolder, nullptr);
-    GetFileAttributesW(dataFolder);
+    static_cast<void>(GetFileAttributesW(dataFolder));
 }
 
 void AskStartup(const wchar_t* anyFile) {
     PWSTR text = nullptr;
     SHGetKnownFolderPath(FOLDERID_Startup, 0, nullptr, &text);
     const ShellText owned(text);
-    GetFileAttributesW(anyFile);
+    static_cast<void>(GetFileAttributesW(anyFile));
 }
 
 }  // namespace

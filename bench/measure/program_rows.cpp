@@ -85,8 +85,8 @@ std::array<double, 2> ProcessorTimes(const std::array<std::string, 2>& processes
     constexpr double Nanoseconds = 1000;
     std::string line;
     for (const std::string& process : processes) {
-        line +=
-            "awk '{ sum += $1 } END { printf \"%.0f\\n\", sum }' " + process + "/task/*/schedstat; ";
+        line += "awk '{ sum += $1 } END { printf \"%.0f\\n\", sum }' " + process +
+                "/task/*/schedstat; ";
     }
     const std::string output = ShellOutput(line);
     const std::size_t second = output.find('\n') + 1;

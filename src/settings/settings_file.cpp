@@ -97,7 +97,11 @@ PinList ReadSettingsFile(const std::wstring& path) {
     std::array<char, SmallFile> beginning{};
     const std::size_t length = ReadUpTo(file.get(), beginning.data(), 0, beginning.size());
     const std::string_view text(beginning.data(), length);
-    return ParseSettingsText(length < beginning.size() ? text : ReadRest(file.get(), text).View());
+    if (length < beginning.size()) {
+        return ParseSettingsText(text);
+    }
+    const FileText whole = ReadRest(file.get(), text);
+    return ParseSettingsText(whole.View());
 }
 
 bool WriteSettingsFile(const std::wstring& path, const PinList& list) {
