@@ -6,7 +6,6 @@
 #include "bare/bare_menu.h"
 #include "bare/bare_pass.h"
 #include "base/gdi_owners.h"
-#include "cost/allocation_count.h"
 #include "measure/rows.h"
 #include "measure/scene.h"
 #include "pin/candidates.h"
@@ -24,6 +23,7 @@ namespace {
 
 constexpr int EntryCount = 100;
 constexpr int PinnedCount = 50;
+constexpr int AllCount = 500;
 
 std::vector<HWND> WindowsInPassOrder() {
     std::vector<MatchedWindow> matched = CollectMatchedWindows();
@@ -33,29 +33,6 @@ std::vector<HWND> WindowsInPassOrder() {
         windows.push_back(match.window);
     }
     return windows;
-}
-
-double AllocationsOfPass() {
-    ApplyAll();
-    const std::size_t before = test::AllocationCount();
-    ApplyAll();
-    return static_cast<double>(test::AllocationCount() - before);
-}
-
-double MeasurePasses(const Plan& plan, std::vector<double>& times) {
-    ApplyAll();
-    for (int repetition = 0; repetition < plan.repetitions; ++repetition) {
-        times.push_back(TimeOf(1, ApplyAll));
-    }
-    return AllocationsOfPass();
-}
-
-// The pass grows with the windows; the time of each number is a point of the picture.
-void MeasureGrowth(const Plan& plan, int windows) {
-    Announce("a pass over " + std::to_string(windows) + " windows");
-    std::vector<double> times;
-    const double allocations = MeasurePasses(plan, times);
-    Emit("windows_" + std::to_string(windows), {{"ours", times}, {"allocations", {allocations}}});
 }
 
 void MeasurePatterns(const Plan& plan) {
@@ -127,28 +104,13 @@ void MeasureMenu(const Plan& plan) {
 
 void MeasureDesktop(const Plan& plan) {
     test::Actor actor;
-    BindEngine(UnmatchedEntries(EntryCount));
-    int plain = 0;
-    const auto addUpTo = [&](int count) {
-        Announce("opening windows, up to " + std::to_string(count));
-        static_cast<void>(AddWindows(actor, count - plain, PlainTitle));
-        plain = count;
-    };
-    for (const int count : {50, 100, 200, 400}) {
-        addUpTo(count);
-        MeasureGrowth(plan, count);
-    }
-    MeasurePatterns(plan);
-
-    addUpTo(500 - PinnedCount);
+    Announce("opening 500 windows");
+    static_cast<void>(AddWindows(actor, AllCount - PinnedCount, PlainTitle));
     static_cast<void>(AddWindows(actor, PinnedCount, PinnedTitle));
+    MeasurePatterns(plan);
     MeasureUnmatched(plan);
     MeasureMatched(plan);
     MeasureMenu(plan);
-
-    BindEngine(UnmatchedEntries(EntryCount));
-    addUpTo(800 - PinnedCount);
-    MeasureGrowth(plan, 800);
 }
 
 }  // namespace morvane::bench

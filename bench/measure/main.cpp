@@ -21,6 +21,7 @@ void MeasureAll(const Plan& plan) {
     MeasureTexts(plan);
     MeasureStart(plan);
     MeasureDesktop(plan);
+    MeasureGrowth(plan);
     MeasureIdle(plan);
 }
 

@@ -69,13 +69,15 @@ std::string ShellOutput(const std::string& line) {
     return result.output;
 }
 
-// The host's folder of a process of this session, by the name of its executable.
+// The host's folder of a process of this session, by the name of its executable, of which the host
+// keeps 15 characters. Other processes may end while they are looked at.
 std::string HostProcess(const std::string& executable) {
-    const std::string found =
-        ShellOutput("for p in $(grep -lxF " + executable +
-                    " /proc/[0-9]*/comm); do p=${p%/comm}; "
-                    "grep -qzxF \"WINEPREFIX=$WINEPREFIX\" $p/environ && echo $p; done");
-    Require(std::count(found.begin(), found.end(), '\n') == 1, "one process " + executable);
+    const std::string found = ShellOutput("for p in $(grep -lxF " + executable +
+                                          " /proc/[0-9]*/comm 2>/dev/null); do p=${p%/comm}; "
+                                          "if grep -qzxF \"WINEPREFIX=$WINEPREFIX\" $p/environ "
+                                          "2>/dev/null; then echo $p; fi; done");
+    Require(std::count(found.begin(), found.end(), '\n') == 1,
+            "one process " + executable + ": " + found);
     return found.substr(0, found.size() - 1);
 }
 

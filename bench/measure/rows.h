@@ -12,8 +12,11 @@ void MeasureTexts(const Plan& plan);
 // From the start of the program to its icon. Needs a desktop without other windows.
 void MeasureStart(const Plan& plan);
 
-// Everything about passes and the menu, over windows of another process that it opens and closes.
+// Passes and the menu, over 500 windows of another process that it opens and closes.
 void MeasureDesktop(const Plan& plan);
+
+// A pass over more and more windows, which it opens and closes.
+void MeasureGrowth(const Plan& plan);
 
 // The program and the bare loop, side by side, left to themselves.
 void MeasureIdle(const Plan& plan);

@@ -4,7 +4,9 @@
 #include <string_view>
 
 #include "app/process.h"
+#include "cost/allocation_count.h"
 #include "measure/sampling.h"
+#include "pin/enforcement.h"
 #include "pin/engine.h"
 #include "pin/settings_sync.h"
 #include "support/settings_header.h"
@@ -57,6 +59,13 @@ std::string UnmatchedEntries(int count) {
 std::string EntriesWithMatch(int count) {
     return UnmatchedEntries(count / 2) + "pinned - a window\n" +
            UnmatchedEntries(count - count / 2 - 1);
+}
+
+double AllocationsOfPass() {
+    ApplyAll();
+    const std::size_t before = test::AllocationCount();
+    ApplyAll();
+    return static_cast<double>(test::AllocationCount() - before);
 }
 
 void BindEngine(const std::string& lines) {

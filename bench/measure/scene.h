@@ -24,6 +24,9 @@ inline constexpr wchar_t PinnedTitle[] = L"Pinned - a window of another program 
 // As many entries; one of them is what all titles of the pinned kind contain.
 [[nodiscard]] std::string EntriesWithMatch(int count);
 
+// How often a pass asks for memory that has seen all windows before.
+[[nodiscard]] double AllocationsOfPass();
+
 // The engine as the program binds it, to a settings file with these lines.
 void BindEngine(const std::string& lines);
 

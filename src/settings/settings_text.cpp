@@ -101,8 +101,11 @@ std::optional<SizeSuffix> FindBlankForm(std::wstring_view text) {
     }
     const std::wstring_view width =
         TrimmedView(text.substr(widthBlank + 1, widthEnd - widthBlank - 1));
+    if (!IsNumber(width)) {
+        return std::nullopt;
+    }
     const std::wstring_view pattern = TrimmedView(text.substr(0, widthBlank));
-    if (!IsNumber(width) || pattern.empty()) {
+    if (pattern.empty()) {
         return std::nullopt;
     }
     return SizeSuffix{pattern, width, height};
@@ -112,8 +115,11 @@ std::optional<SizeSuffix> FindSizeSuffix(std::wstring_view text) {
     // A title that ends in two numbers ("Report 2024 01") is read as a pattern with a size: the
     // format has no way to tell, and stays as it is. In the form with tabs the pattern may come out
     // empty, and its line is no entry then; with blanks, such a line is a pattern of numbers.
-    const std::optional<SizeSuffix> tabForm = FindTabForm(text);
-    return tabForm ? tabForm : FindBlankForm(text);
+    std::optional<SizeSuffix> suffix = FindTabForm(text);
+    if (!suffix) {
+        suffix = FindBlankForm(text);
+    }
+    return suffix;
 }
 
 // Only raw bytes decide: a line of blanks and then "#" is not a comment.
