@@ -88,20 +88,29 @@ def conditions_in_words(result):
             f"{result['repetitions']} repetitions, load of the machine {load} after.")
 
 
+def outcome_in_words(report):
+    missed = [row[0] for row in report if row[-1] == rows.verdict(False)]
+    return "Missed: " + "; ".join(missed) + "." if missed else "Every goal is reached."
+
+
 def document_part(result, report):
     lines = [conditions_in_words(result), ""]
-    lines.append("| | Morvane | compared with | ratio: median (least to most) | goal | |")
-    lines.append("|---|---|---|---|---|---|")
+    lines.append("| | Morvane | compared with | ratio: median (range) | of the least | goal | |")
+    lines.append("|---|---|---|---|---|---|---|")
     lines += ["| " + " | ".join(row) + " |" for row in report]
+    lines += ["", outcome_in_words(report)]
     return "\n".join(lines) + "\n"
 
 
 def print_table(result, report):
-    head = ("", "Morvane", "compared with", "ratio: median (range)", "goal", "")
+    head = ("", "Morvane", "compared with", "ratio: median (range)", "of the least", "goal", "")
     widths = [max(len(row[column]) for row in [head, *report]) for column in range(len(head))]
     for row in [head, *report]:
         print("  ".join(cell.ljust(width) for cell, width in zip(row, widths)).rstrip())
     print(conditions_in_words(result))
+    print(outcome_in_words(report))
+    if result["load"][0] > result["machine"]["cores"] / 4:
+        print("The machine was busy with something else: the numbers mean little.")
 
 
 def publish(result, report):

@@ -67,6 +67,11 @@ def ratios(ours, bare):
     return [mine / other for mine, other in zip(ours, bare)]
 
 
+def ratio_of_least(record):
+    """What disturbs a time only ever lengthens it: the least ones are the least disturbed."""
+    return f"{min(record['ours']) / min(record['bare']):.2f}"
+
+
 def comparison_row(comparison, record, result):
     quotients = ratios(record["ours"], record["bare"])
     median = statistics.median(quotients)
@@ -82,9 +87,11 @@ def comparison_row(comparison, record, result):
         mark = verdict(median <= comparison.goal)
     if comparison.goal is not None and comparison.goal < 1:
         ratio = spread([1 / quotient for quotient in quotients], 0) + " × faster"
+        least = f"{min(record['bare']) / min(record['ours']):.0f} × faster"
     else:
         ratio = spread(quotients) + " ×"
-    return (comparison.what, ours, f"{bare}: {comparison.bare}", ratio, goal, mark)
+        least = f"{ratio_of_least(record)} ×"
+    return (comparison.what, ours, f"{bare}: {comparison.bare}", ratio, least, goal, mark)
 
 
 def window_counts(measured):
@@ -112,9 +119,10 @@ def growth_rows(measured):
         record = measured[f"windows_{count}"]
         yield (f"pass, {count} windows, no match", in_time(median),
                f"{in_time(statistics.median(record['bare']))}: {CALLS}",
-               spread(ratios(record["ours"], record["bare"])) + " ×", "–", "–")
+               spread(ratios(record["ours"], record["bare"])) + " ×",
+               f"{ratio_of_least(record)} ×", "–", "–")
     yield ("growth with the windows", f"{in_time(slope)} per window", "a straight line",
-           f"R² {fit:.4f}", f"R² ≥ {MIN_FIT}", verdict(fit >= MIN_FIT))
+           f"R² {fit:.4f}", "–", f"R² ≥ {MIN_FIT}", verdict(fit >= MIN_FIT))
 
 
 def pattern_rows(measured):
@@ -123,7 +131,7 @@ def pattern_rows(measured):
         quotients = ratios(times[count], times["1"])
         yield (f"pass, 500 windows, {count} patterns", in_time(statistics.median(times[count])),
                f"{in_time(statistics.median(times['1']))}: 1 pattern", spread(quotients) + " ×",
-               f"≤ {MAX_PATTERN_COST:.2f} ×",
+               f"{min(times[count]) / min(times['1']):.2f} ×", f"≤ {MAX_PATTERN_COST:.2f} ×",
                verdict(statistics.median(quotients) <= MAX_PATTERN_COST))
 
 
@@ -133,9 +141,9 @@ def allocation_rows(measured):
                     for count in (counts[0], counts[-1]))
     unmatched = (most - fewest) / (counts[-1] - counts[0])
     yield ("allocations for each window without a match", f"{unmatched:g}",
-           f"{fewest:g} for the file of 100 entries", "–", "0", verdict(unmatched <= 0))
+           f"{fewest:g} for the file of 100 entries", "–", "–", "0", verdict(unmatched <= 0))
     matched = (measured["allocations_50"]["allocations"][0] - fewest) / 50
-    yield ("allocations for each window with a match", f"{matched:g}", "–", "–", "≤ 1",
+    yield ("allocations for each window with a match", f"{matched:g}", "–", "–", "–", "≤ 1",
            verdict(matched <= 1))
 
 
@@ -148,6 +156,6 @@ def report(result):
     table += pattern_rows(measured)
     table += allocation_rows(measured)
     size = result["program_bytes"]
-    table.append(("Morvane.exe", f"{size:,} bytes", "–", "–", f"≤ {MAX_PROGRAM_BYTES:,} bytes",
-                  verdict(size <= MAX_PROGRAM_BYTES)))
+    table.append(("Morvane.exe", f"{size:,} bytes", "–", "–", "–",
+                  f"≤ {MAX_PROGRAM_BYTES:,} bytes", verdict(size <= MAX_PROGRAM_BYTES)))
     return table
