@@ -24,7 +24,7 @@ public:
 
     template <typename Range>
     [[nodiscard]] const auto& OneOf(const Range& range) {
-        return std::begin(range)[Below(std::size(range))];
+        return std::data(range)[Below(std::size(range))];
     }
 
 private:

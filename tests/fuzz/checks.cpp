@@ -1,0 +1,209 @@
+#include "fuzz/checks.h"
+
+#include <algorithm>
+#include <optional>
+
+#include "app/command_line.h"
+#include "i18n/language.h"
+#include "pin/identity.h"
+#include "settings/settings_text.h"
+#include "support/settings_reference.h"
+#include "unit/printed.h"
+
+namespace morvane::test {
+namespace {
+
+constexpr int LargestSize = 8192;
+
+bool IsWithinLimits(const PinEntry& entry) {
+    return !entry.pattern.empty() && entry.pattern.size() <= 512 && entry.minWidth >= 0 &&
+           entry.minWidth <= LargestSize && entry.minHeight >= 0 && entry.minHeight <= LargestSize;
+}
+
+bool WithinLimits(const PinList& list) {
+    return list.entries.size() <= 100 &&
+           std::all_of(list.entries.begin(), list.entries.end(), IsWithinLimits);
+}
+
+std::string Difference(const char* what, const PinList& got, const PinList& expected) {
+    return std::string(what) + "\n--- got\n" + Printed(got) + "--- expected\n" + Printed(expected);
+}
+
+struct Stability {
+    bool all = true;
+    bool lineFeeds = false;
+    std::vector<PinEntry> stable;
+};
+
+Stability StabilityOf(const PinList& list, Workplace& workplace) {
+    Stability stability;
+    for (const PinEntry& entry : list.entries) {
+        ++workplace.entries;
+        const std::optional<Unstable> why = WhyUnstable(entry);
+        if (!why) {
+            stability.stable.push_back(entry);
+            continue;
+        }
+        stability.all = false;
+        stability.lineFeeds = stability.lineFeeds || *why == Unstable::LineFeed;
+        ++workplace.unstableEntries.at(static_cast<std::size_t>(*why));
+    }
+    return stability;
+}
+
+// The entries of part, in their order, among those of whole.
+bool HoldsInOrder(const std::vector<PinEntry>& whole, const std::vector<PinEntry>& part) {
+    std::size_t next = 0;
+    for (const PinEntry& entry : whole) {
+        if (next < part.size() && SameEntry(entry, part[next])) {
+            ++next;
+        }
+    }
+    return next == part.size();
+}
+
+// Writes the list and reads it again; again receives what came of it.
+std::string CheckRoundTrip(Workplace& workplace, const PinList& list, PinList& again) {
+    const std::string text = FormatSettingsText(list);
+    if (text != ReferenceFormat(list)) {
+        return "written other than expected: " + Printed(text);
+    }
+    again = ParseSettingsText(workplace.second.Place(text, Guard::BehindEnd));
+    const PinList expected = ReferenceParse(text);
+    if (!SameList(again, expected)) {
+        return Difference("what was written reads wrong", again, expected);
+    }
+    if (!WithinLimits(again)) {
+        return Difference("limits", again, expected);
+    }
+    const Stability stability = StabilityOf(list, workplace);
+    if (stability.all && !SameList(again, list)) {
+        return Difference("the round trip changed something", again, list);
+    }
+    // Lines out of one entry may drive later ones beyond the limit.
+    if (!stability.lineFeeds && !HoldsInOrder(again.entries, stability.stable)) {
+        return Difference("the round trip changed an entry", again, list);
+    }
+    return {};
+}
+
+std::string CheckOrigins(const PinList& list) {
+    for (const PinEntry& entry : list.entries) {
+        const std::optional<Unstable> why = WhyUnstable(entry);
+        if (why && !ComesFromFiles(*why)) {
+            return "an entry that no file can give: " + Printed(entry);
+        }
+    }
+    return {};
+}
+
+StartMode ReferenceStartMode(const std::wstring& commandLine) {
+    if (ReferenceMatches(commandLine, L"--install-startup")) {
+        return StartMode::InstallStartup;
+    }
+    if (ReferenceMatches(commandLine, L"--remove-startup")) {
+        return StartMode::RemoveStartup;
+    }
+    return ReferenceMatches(commandLine, L"--remove-data") ? StartMode::RemoveData : StartMode::Run;
+}
+
+struct Code {
+    const wchar_t* full;
+    const wchar_t* brief;  // null where there is none
+};
+
+// In the order of the languages' numbers.
+constexpr Code Codes[] = {
+    {L"en-us", L"en"}, {L"ja-jp", L"ja"}, {L"zh-cn", nullptr}, {L"zh-tw", nullptr},
+    {L"ko-kr", L"ko"}, {L"es-es", L"es"}, {L"fr-fr", L"fr"},   {L"de-de", L"de"},
+    {L"pt-br", L"pt"}, {L"ru-ru", L"ru"},
+};
+
+int ReferenceLanguage(const std::wstring& code) {
+    const std::wstring lower = ReferenceLower(code);
+    int number = 0;
+    for (const Code& known : Codes) {
+        if (lower == known.full || (known.brief != nullptr && lower == known.brief)) {
+            return number;
+        }
+        ++number;
+    }
+    return 0;
+}
+
+}  // namespace
+
+std::string CheckDocument(Workplace& workplace, std::string_view document, Guard guard) {
+    const PinList list = ParseSettingsText(workplace.first.Place(document, guard));
+    const PinList expected = ReferenceParse(std::string(document));
+    if (!WithinLimits(list)) {
+        return Difference("limits", list, expected);
+    }
+    if (!SameList(list, expected)) {
+        return Difference("reads wrong", list, expected);
+    }
+    if (std::string wrong = CheckOrigins(list); !wrong.empty()) {
+        return wrong;
+    }
+    PinList second;
+    if (std::string wrong = CheckRoundTrip(workplace, list, second); !wrong.empty()) {
+        return wrong;
+    }
+    PinList third;
+    if (std::string wrong = CheckRoundTrip(workplace, second, third); !wrong.empty()) {
+        return wrong;
+    }
+    return second.pinning == list.pinning && third.pinning == list.pinning
+               ? ""
+               : "the round trip changed the master switch";
+}
+
+std::string CheckTitleList(Workplace& workplace, const PinList& list) {
+    PinList again;
+    return CheckRoundTrip(workplace, list, again);
+}
+
+std::string CheckTitle(Workplace& workplace, const PinList& list, const std::wstring& title,
+                       Guard guard) {
+    const std::wstring_view guardedTitle = workplace.first.Place(title, guard);
+    for (const PinEntry& entry : list.entries) {
+        const std::wstring_view pattern = workplace.second.Place(entry.pattern, guard);
+        if (PatternMatches(guardedTitle, pattern) != ReferenceMatches(title, entry.pattern) ||
+            PatternEquals(pattern, guardedTitle) !=
+                (ReferenceLower(title) == ReferenceLower(entry.pattern))) {
+            return "the title " + Printed(title) + " against " + Printed(entry.pattern);
+        }
+    }
+    const int expected = ReferenceBestEntry(list, title);
+    const PinEntry* const best = FindBestEntry(list, guardedTitle);
+    PinState state = PinState::NotPinned;
+    if (expected >= 0) {
+        const PinEntry& entry = list.entries.at(static_cast<std::size_t>(expected));
+        const bool sized = entry.minWidth > 0 || entry.minHeight > 0;
+        state = sized ? PinState::PinnedWithMinSize : PinState::Pinned;
+    }
+    const bool right = FindBestEntryIndex(list, guardedTitle) == expected &&
+                       (best != nullptr) == (expected >= 0) &&
+                       (best == nullptr || best - list.entries.data() == expected) &&
+                       IsPinnedTitle(list, guardedTitle) == (expected >= 0) &&
+                       PinStateForTitle(list, guardedTitle) == state;
+    return right ? "" : "the entry of the title " + Printed(title);
+}
+
+std::string CheckCommandLine(Workplace& workplace, const std::wstring& commandLine, Guard guard) {
+    const StartMode mode = ParseCommandLine(workplace.first.Place(commandLine, guard));
+    return mode == ReferenceStartMode(commandLine) ? ""
+                                                   : "the command line " + Printed(commandLine);
+}
+
+std::string CheckLanguageCode(Workplace& workplace, const std::wstring& code) {
+    // The terminator is the last thing that may be read.
+    const std::wstring_view terminated(code.c_str(), code.size() + 1);
+    const Language language =
+        ParseLanguageCode(workplace.first.Place(terminated, Guard::BehindEnd).data());
+    return static_cast<int>(language) == ReferenceLanguage(code)
+               ? ""
+               : "the language code " + Printed(code);
+}
+
+}  // namespace morvane::test

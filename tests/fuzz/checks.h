@@ -1,0 +1,38 @@
+#pragma once
+
+// One input through the program's functions, compared with the reference and with what must hold
+// for every input. The result is empty, or says what is wrong.
+
+#include <array>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "fuzz/guarded_memory.h"
+#include "fuzz/round_trip.h"
+#include "pin/pin_list.h"
+
+namespace morvane::test {
+
+struct Workplace {
+    GuardedMemory first;
+    GuardedMemory second;
+    // How many entries came back as something else, by kind.
+    std::array<std::uint64_t, UnstableKinds> unstableEntries{};
+    std::uint64_t entries = 0;
+};
+
+// parse, format, parse, format, parse.
+[[nodiscard]] std::string CheckDocument(Workplace& workplace, std::string_view document,
+                                        Guard guard);
+
+// format, parse.
+[[nodiscard]] std::string CheckTitleList(Workplace& workplace, const PinList& list);
+
+[[nodiscard]] std::string CheckTitle(Workplace& workplace, const PinList& list,
+                                     const std::wstring& title, Guard guard);
+[[nodiscard]] std::string CheckCommandLine(Workplace& workplace, const std::wstring& commandLine,
+                                           Guard guard);
+[[nodiscard]] std::string CheckLanguageCode(Workplace& workplace, const std::wstring& code);
+
+}  // namespace morvane::test
