@@ -120,19 +120,27 @@ std::string Die(HWND window, const Numbers& n) {
     return std::string(Ok);
 }
 
+std::string SetOwner(HWND window, const Numbers& n) {
+    // The previous owner is no measure of success: null is one as well.
+    SetLastError(ERROR_SUCCESS);
+    const LONG_PTR previous = SetWindowLongPtrW(window, GWLP_HWNDPARENT, n[0]);
+    return OkIf(previous != 0 || GetLastError() == ERROR_SUCCESS ? TRUE : FALSE, "owner");
+}
+
 struct WindowCommand {
     std::string_view name;
     std::size_t numbers;  // besides the window
     std::string (*run)(HWND, const Numbers&);
 };
 
-constexpr std::array<WindowCommand, 7> WindowCommands = {{{"place", 4, Place},
+constexpr std::array<WindowCommand, 8> WindowCommands = {{{"place", 4, Place},
                                                           {"show", 1, Show},
                                                           {"order", 1, Order},
                                                           {"foreground", 0, Foreground},
                                                           {"destroy", 0, Destroy},
                                                           {"refuse", 1, Refuse},
-                                                          {"die", 1, Die}}};
+                                                          {"die", 1, Die},
+                                                          {"owner", 1, SetOwner}}};
 
 std::string RunWindowCommand(const WindowCommand& command, const Words& words) {
     const std::optional<Numbers> numbers = NumbersFrom(words, 1, command.numbers + 1);

@@ -211,6 +211,10 @@ void Actor::Refuse(HWND window, bool refusing) {
     Ask(WindowCommand("refuse", window) + (refusing ? " 1" : " 0"));
 }
 
+void Actor::SetOwner(HWND window, HWND owner) {
+    Ask(WindowCommand("owner", window) + " " + std::to_string(NumberFromWindow(owner)));
+}
+
 void Actor::DieOnRequest(HWND window, int n) {
     Ask(WindowCommand("die", window) + " " + std::to_string(n));
 }

@@ -64,6 +64,9 @@ public:
     // The window strikes every change of its Z-order out of WM_WINDOWPOSCHANGING.
     void Refuse(HWND window, bool refusing = true);
 
+    // The owner is another window of the same actor, or null for none.
+    void SetOwner(HWND window, HWND owner);
+
     // The window destroys itself inside the n-th WM_WINDOWPOSCHANGING from now.
     void DieOnRequest(HWND window, int n);
 

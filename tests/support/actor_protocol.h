@@ -19,6 +19,7 @@
 //   show WINDOW COMMAND          order WINDOW INSERTAFTER
 //   foreground WINDOW            destroy WINDOW
 //   refuse WINDOW 0|1            die WINDOW N
+//   owner WINDOW OWNER
 //   hang MILLISECONDS            quit
 //   requests WINDOW              -> ok AFTER,X,Y,CX,CY,FLAGS,TICK ...
 //   input WINDOW                 -> ok MESSAGE,X,Y ...

@@ -1,0 +1,108 @@
+#include "soak/consumption.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <cstring>
+#include <utility>
+#include <vector>
+
+#include "base/gdi_owners.h"
+#include "base/owners.h"
+#include "base/system_library.h"
+
+#include <psapi.h>
+
+namespace morvane::test {
+namespace {
+
+// A file that is open at the moment, and an event or two of the runtime.
+constexpr std::size_t HandlesThatComeAndGo = 8;
+constexpr std::size_t KilobytesThatComeAndGo = 1024;
+constexpr std::size_t MenusThatComeAndGo = 64;
+
+// What the system tells of every open handle; the header of the platform does not declare it.
+struct HandleEntry {
+    void* object;
+    ULONG_PTR processId;
+    ULONG_PTR handle;
+    ULONG grantedAccess;
+    USHORT creatorBackTrace;
+    USHORT objectType;
+    ULONG attributes;
+    ULONG reserved;
+};
+struct HandleTableHead {
+    ULONG_PTR count;
+    ULONG_PTR reserved;
+};
+constexpr ULONG ExtendedHandleInformation = 64;
+using QuerySystemInformation = LONG(WINAPI*)(ULONG, void*, ULONG, ULONG*);
+
+std::size_t MenuRoom() {
+    std::vector<Menu> made;
+    constexpr std::size_t MoreThanFit = 100'000;
+    made.reserve(MoreThanFit);
+    while (Menu menu{CreatePopupMenu()}) {
+        made.push_back(std::move(menu));
+    }
+    return made.size();
+}
+
+std::size_t PrivateKilobytes(DWORD processId) {
+    const KernelHandle process(
+        OpenProcess(PROCESS_QUERY_INFORMATION | PROCESS_VM_READ, FALSE, processId));
+    PROCESS_MEMORY_COUNTERS counters{};
+    if (!process || GetProcessMemoryInfo(process.get(), &counters, sizeof(counters)) == FALSE) {
+        return 0;
+    }
+    return counters.PagefileUsage / 1024;
+}
+
+std::string Grown(const char* what, std::size_t before, std::size_t after, std::size_t allowed) {
+    return after > before + allowed ? std::string(what) + " grew from " + std::to_string(before) +
+                                          " to " + std::to_string(after) + "; "
+                                    : "";
+}
+
+}  // namespace
+
+std::size_t KernelHandles(DWORD processId) {
+    const Module library = LoadSystemLibrary(L"ntdll.dll");
+    const auto query = FindExport<QuerySystemInformation>(library, "NtQuerySystemInformation");
+    if (query == nullptr) {
+        return 0;
+    }
+    std::vector<HandleEntry> table(4096);
+    ULONG needed = 0;
+    while (query(ExtendedHandleInformation, table.data(),
+                 static_cast<ULONG>(table.size() * sizeof(HandleEntry)), &needed) < 0) {
+        table.resize(table.size() * 2);
+    }
+    HandleTableHead head{};
+    std::memcpy(&head, table.data(), sizeof(head));
+    std::size_t count = 0;
+    const auto* const bytes = reinterpret_cast<const char*>(table.data()) + sizeof(head);
+    for (std::size_t index = 0; index < head.count; ++index) {
+        HandleEntry entry{};
+        std::memcpy(&entry, bytes + index * sizeof(entry), sizeof(entry));
+        count += entry.processId == processId ? 1 : 0;
+    }
+    return count;
+}
+
+Consumption MeasureConsumption(DWORD processId) {
+    return {KernelHandles(processId), PrivateKilobytes(processId), MenuRoom()};
+}
+
+std::string Growth(const Consumption& before, const Consumption& after) {
+    return Grown("kernel handles", before.kernelHandles, after.kernelHandles,
+                 HandlesThatComeAndGo) +
+           Grown("private kilobytes", before.privateKilobytes, after.privateKilobytes,
+                 KilobytesThatComeAndGo) +
+           // The room shrinks where the menus grow.
+           Grown("menus (room at the end and at the beginning)", after.menuRoom, before.menuRoom,
+                 MenusThatComeAndGo);
+}
+
+}  // namespace morvane::test

@@ -1,0 +1,112 @@
+#include "soak/pass_driver.h"
+
+#include <chrono>
+#include <functional>
+#include <stdexcept>
+#include <string>
+
+#include "support/window_state.h"
+
+namespace morvane::test {
+namespace {
+
+constexpr UINT_PTR PassTimer = 1;
+constexpr UINT TrayMessage = WM_APP + 1;
+constexpr WORD AboutCommand = 1009;
+constexpr wchar_t MenuClass[] = L"#32768";
+constexpr wchar_t AboutClass[] = L"MorvaneAboutDialog";
+
+constexpr std::chrono::minutes Patience{1};
+constexpr int BusyLooks = 5;
+
+}  // namespace
+
+PassDriver::PassDriver(const Program& program)
+    : program_(&program), control_(program.WaitForControlWindow()) {
+    if (control_ == nullptr) {
+        throw std::runtime_error("the program has no control window");
+    }
+}
+
+void PassDriver::Post(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+    if (PostMessageW(window, message, wParam, lParam) == FALSE) {
+        throw std::runtime_error("the program takes no message");
+    }
+}
+
+void PassDriver::RunPasses(int count) {
+    for (int pass = 0; pass < count; ++pass) {
+        Post(control_, WM_TIMER, PassTimer, 0);
+        ++passes_;
+    }
+    WaitForQueue();
+}
+
+// The control window's visible bit serves as a mark. It takes its turn in the queue behind whatever
+// has been posted before, and is read without a message, which would be served in the middle of a
+// pass. Nobody sees a message-only window, and the bit is taken away again at once.
+void PassDriver::WaitForQueue() {
+    Mark(true);
+    Mark(false);
+}
+
+void PassDriver::Mark(bool visible) {
+    Post(control_, WM_SETREDRAW, visible ? TRUE : FALSE, 0);
+    const auto end = std::chrono::steady_clock::now() + Patience;
+    for (int look = 0;
+         (GetWindowLongW(control_, GWL_STYLE) & WS_VISIBLE) != (visible ? WS_VISIBLE : 0); ++look) {
+        if (!program_->IsRunning()) {
+            throw std::runtime_error("the program has ended");
+        }
+        if (std::chrono::steady_clock::now() > end) {
+            throw std::runtime_error("the program does not answer");
+        }
+        // An idle program has answered after the first few looks.
+        Sleep(look < BusyLooks ? 0 : 1);
+    }
+}
+
+void PassDriver::RunCommand(WORD command) {
+    Post(control_, WM_COMMAND, command, 0);
+    WaitForQueue();
+}
+
+HWND PassDriver::OpenWindowOfClass(const wchar_t* className) const {
+    for (const HWND window : VisibleWindowsOfClass(className)) {
+        if (ProcessOf(window) == program_->ProcessId()) {
+            return window;
+        }
+    }
+    return nullptr;
+}
+
+void PassDriver::Await(const char* what, const std::function<bool()>& condition) {
+    if (!WaitUntil(condition, Patience)) {
+        throw std::runtime_error(what);
+    }
+}
+
+void PassDriver::OpenMenu() {
+    Post(control_, TrayMessage, 1, WM_LBUTTONUP);
+    Await("the menu does not open", [&] { return OpenWindowOfClass(MenuClass) != nullptr; });
+}
+
+void PassDriver::CloseMenu() {
+    // To the window and not to whatever has the keyboard.
+    Post(control_, WM_KEYDOWN, VK_ESCAPE, 0);
+    Await("the menu does not close", [&] { return OpenWindowOfClass(MenuClass) == nullptr; });
+    WaitForQueue();
+}
+
+void PassDriver::OpenAbout() {
+    Post(control_, WM_COMMAND, AboutCommand, 0);
+    Await("About does not open", [&] { return OpenWindowOfClass(AboutClass) != nullptr; });
+}
+
+void PassDriver::CloseAbout() {
+    Post(OpenWindowOfClass(AboutClass), WM_CLOSE, 0, 0);
+    Await("About does not close", [&] { return OpenWindowOfClass(AboutClass) == nullptr; });
+    WaitForQueue();
+}
+
+}  // namespace morvane::test

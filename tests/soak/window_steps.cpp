@@ -1,0 +1,312 @@
+#include <algorithm>
+#include <functional>
+#include <string_view>
+#include <vector>
+
+#include "soak/steps.h"
+#include "support/window_state.h"
+#include "unit/printed.h"
+
+namespace morvane::test {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr std::size_t MostWindows = 10;
+constexpr int HideAttempts = 4;
+constexpr auto HangTime = 1000ms;
+
+// Within the screen, and never larger than a window may become on it.
+constexpr int LeastWidth = 150;
+constexpr int MostWidth = 600;
+constexpr int LeastHeight = 100;
+constexpr int MostHeight = 500;
+
+std::wstring AnyTitle(Generator& generator) {
+    static const std::wstring beyondWhatIsRead = std::wstring(505, L'x') + L" Notepad";
+    constexpr std::wstring_view Words[] = {
+        L"Alpha",
+        L"alpha notes",
+        L"BETA",
+        L"Beta - Notepad",
+        L"notepad",
+        L"Gamma",
+        L"User Account Control",
+        L"Consent UI",
+        L"#general",
+        L"\u00DCber",
+        L"\u00FCber",
+        L"Delta\tx",
+        L"Report 300 2",
+        L"credential",
+    };
+    switch (generator.Below(12)) {
+        case 0:
+            return {};
+        case 1:
+            return beyondWhatIsRead;
+        case 2:
+            return std::wstring(generator.OneOf(Words)) + L" " +
+                   std::wstring(generator.OneOf(Words));
+        default:
+            return std::wstring(generator.OneOf(Words));
+    }
+}
+
+using Condition = std::function<bool(const ModelWindow&)>;
+
+ModelWindow* AnyWindow(Churn& churn, const Condition& condition) {
+    std::vector<ModelWindow*> fitting;
+    for (ModelWindow& window : churn.model.windows) {
+        if (condition(window)) {
+            fitting.push_back(&window);
+        }
+    }
+    return fitting.empty() ? nullptr : fitting[churn.generator.Below(fitting.size())];
+}
+
+Actor& ActorOf(Churn& churn, const ModelWindow& window) {
+    return churn.actors.at(window.actor);
+}
+
+void NoteWindow(Churn& churn, const ModelWindow& window) {
+    Note(churn, std::to_string(NumberFromWindow(window.window)) + " " +
+                    Printed(window.title.substr(0, 30)));
+}
+
+void Strike(Churn& churn, HWND window) {
+    std::erase_if(churn.model.windows,
+                  [window](const ModelWindow& own) { return own.window == window; });
+}
+
+bool Appear(Churn& churn, std::string& /*wrong*/) {
+    if (churn.model.windows.size() >= MostWindows) {
+        return false;
+    }
+    Generator& generator = churn.generator;
+    ModelWindow window;
+    window.actor = generator.Below(Churn::ActorCount);
+    window.title = AnyTitle(generator);
+    window.isDialog = generator.Below(4) == 0;
+    window.topmost = generator.Below(6) == 0;
+    window.width = generator.Between(LeastWidth, MostWidth);
+    window.height = generator.Between(LeastHeight, MostHeight);
+    WindowSpec spec;
+    if (window.isDialog) {
+        spec.className = L"#32770";
+    }
+    spec.title = window.title;
+    spec.exStyle = window.topmost ? WS_EX_TOPMOST : 0;
+    spec.x = generator.Between(0, 600);
+    spec.y = generator.Between(0, 250);
+    spec.width = window.width;
+    spec.height = window.height;
+    window.window = ActorOf(churn, window).Create(spec);
+    NoteWindow(churn, window);
+    churn.model.windows.push_back(window);
+    return true;
+}
+
+bool Vanish(Churn& churn, std::string& /*wrong*/) {
+    ModelWindow* const window = AnyWindow(churn, [](const ModelWindow&) { return true; });
+    if (window == nullptr || churn.model.windows.size() < 4) {
+        return false;
+    }
+    NoteWindow(churn, *window);
+    ActorOf(churn, *window).Destroy(window->window);
+    Strike(churn, window->window);
+    return true;
+}
+
+bool Rename(Churn& churn, std::string& /*wrong*/) {
+    ModelWindow* const window = AnyWindow(churn, [](const ModelWindow&) { return true; });
+    if (window == nullptr) {
+        return false;
+    }
+    NoteWindow(churn, *window);
+    window->title = AnyTitle(churn.generator);
+    Note(churn, "to " + Printed(window->title.substr(0, 30)));
+    ActorOf(churn, *window).SetTitle(window->window, window->title);
+    return true;
+}
+
+bool Minimise(Churn& churn, std::string& /*wrong*/) {
+    ModelWindow* const window = AnyWindow(
+        churn, [](const ModelWindow& own) { return own.visible && !own.minimised && !own.owned; });
+    if (window == nullptr) {
+        return false;
+    }
+    NoteWindow(churn, *window);
+    ActorOf(churn, *window).Minimise(window->window);
+    window->minimised = true;
+    return true;
+}
+
+bool Restore(Churn& churn, std::string& /*wrong*/) {
+    ModelWindow* const window =
+        AnyWindow(churn, [](const ModelWindow& own) { return own.minimised; });
+    if (window == nullptr) {
+        return false;
+    }
+    NoteWindow(churn, *window);
+    ActorOf(churn, *window).Restore(window->window);
+    window->minimised = false;
+    return true;
+}
+
+// A pass that has met the window before shows it once more: every request shows. That passes, the
+// program's own among them, and the hiding meet like this is rare, so that another attempt does.
+bool Hide(Churn& churn, std::string& wrong) {
+    ModelWindow* const window =
+        AnyWindow(churn, [](const ModelWindow& own) { return own.visible && !own.minimised; });
+    if (window == nullptr) {
+        return false;
+    }
+    NoteWindow(churn, *window);
+    window->visible = false;
+    for (int attempt = 0; attempt < HideAttempts; ++attempt) {
+        ActorOf(churn, *window).Hide(window->window);
+        churn.driver->RunPasses(1);
+        if (IsWindowVisible(window->window) == FALSE) {
+            return true;
+        }
+        ++churn.counts.secondLooks;
+    }
+    wrong = "  a hidden window is shown again and again\n";
+    return true;
+}
+
+bool Show(Churn& churn, std::string& /*wrong*/) {
+    ModelWindow* const window =
+        AnyWindow(churn, [](const ModelWindow& own) { return !own.visible; });
+    if (window == nullptr) {
+        return false;
+    }
+    NoteWindow(churn, *window);
+    ActorOf(churn, *window).Show(window->window, SW_SHOWNA);
+    window->visible = true;
+    return true;
+}
+
+bool ChangeOwner(Churn& churn, std::string& /*wrong*/) {
+    ModelWindow* const window =
+        AnyWindow(churn, [](const ModelWindow& own) { return !own.minimised; });
+    if (window == nullptr) {
+        return false;
+    }
+    NoteWindow(churn, *window);
+    window->owned = !window->owned;
+    ActorOf(churn, *window)
+        .SetOwner(window->window, window->owned ? churn.owners.at(window->actor) : nullptr);
+    return true;
+}
+
+bool Resize(Churn& churn, std::string& /*wrong*/) {
+    ModelWindow* const window =
+        AnyWindow(churn, [](const ModelWindow& own) { return !own.minimised; });
+    if (window == nullptr) {
+        return false;
+    }
+    NoteWindow(churn, *window);
+    window->width = churn.generator.Between(LeastWidth, MostWidth);
+    window->height = churn.generator.Between(LeastHeight, MostHeight);
+    ActorOf(churn, *window)
+        .Place(window->window, churn.generator.Between(0, 600), churn.generator.Between(0, 250),
+               window->width, window->height);
+    return true;
+}
+
+bool TurnTopmost(Churn& churn, std::string& /*wrong*/) {
+    ModelWindow* const window = AnyWindow(churn, [](const ModelWindow&) { return true; });
+    if (window == nullptr) {
+        return false;
+    }
+    NoteWindow(churn, *window);
+    window->topmost = !window->topmost;
+    ActorOf(churn, *window).SetTopmost(window->window, window->topmost);
+    return true;
+}
+
+bool Raise(Churn& churn, std::string& /*wrong*/) {
+    ModelWindow* const window = AnyWindow(churn, [](const ModelWindow&) { return true; });
+    if (window == nullptr) {
+        return false;
+    }
+    NoteWindow(churn, *window);
+    ActorOf(churn, *window).Raise(window->window);
+    return true;
+}
+
+bool Hang(Churn& churn, std::string& /*wrong*/) {
+    const std::size_t actor = churn.generator.Below(Churn::ActorCount);
+    Note(churn, "of process " + std::to_string(actor));
+    churn.actors.at(actor).Hang(HangTime);
+    ++churn.counts.hangs;
+    return true;
+}
+
+// Inside the request of a pass, which goes on with the others.
+bool DieInAPass(Churn& churn, std::string& wrong) {
+    ModelWindow* const window = AnyWindow(churn, [&](const ModelWindow& own) {
+        return churn.model.list.pinning && PinningEntry(churn.model.list, own) >= 0;
+    });
+    if (window == nullptr || churn.model.windows.size() < 4) {
+        return false;
+    }
+    NoteWindow(churn, *window);
+    const HWND dying = window->window;
+    ActorOf(churn, *window).DieOnRequest(dying, 1);
+    Strike(churn, dying);
+    churn.driver->RunPasses(1);
+    if (IsWindow(dying) != FALSE) {
+        wrong = "  a pinned window was not asked by a pass\n";
+    }
+    return true;
+}
+
+// Every pass asks every matched window once more.
+bool CountRequests(Churn& churn, std::string& wrong) {
+    constexpr std::size_t Passes = 10;
+    constexpr std::size_t TimedPasses = 20;  // of the program's own timer meanwhile, at most
+    ModelWindow* const window = AnyWindow(churn, [&](const ModelWindow& own) {
+        return churn.model.list.pinning && PinningEntry(churn.model.list, own) >= 0;
+    });
+    if (window == nullptr) {
+        return false;
+    }
+    NoteWindow(churn, *window);
+    Actor& actor = ActorOf(churn, *window);
+    actor.ForgetRecords(window->window);
+    churn.driver->RunPasses(static_cast<int>(Passes));
+    const std::vector<PositionRequest> requests = actor.Requests(window->window);
+    const auto count = static_cast<std::size_t>(
+        std::count_if(requests.begin(), requests.end(), [](const PositionRequest& request) {
+            return request.insertAfter == HWND_TOPMOST && (request.flags & SWP_NOZORDER) == 0;
+        }));
+    if (count < Passes || count > Passes + TimedPasses) {
+        wrong = "  " + std::to_string(Passes) + " passes asked a window " + std::to_string(count) +
+                " times\n";
+    }
+    return true;
+}
+
+}  // namespace
+
+const Step WindowSteps[WindowStepCount] = {
+    {"appear", 60, Appear},
+    {"vanish", 40, Vanish},
+    {"rename", 100, Rename},
+    {"minimise", 30, Minimise},
+    {"restore", 30, Restore},
+    {"hide", 30, Hide},
+    {"show", 40, Show},
+    {"change owner", 40, ChangeOwner},
+    {"resize", 50, Resize},
+    {"turn topmost or ordinary", 60, TurnTopmost},
+    {"raise", 40, Raise},
+    {"hang", 2, Hang},
+    {"die in a pass", 10, DieInAPass},
+    {"count requests", 10, CountRequests},
+};
+
+}  // namespace morvane::test
