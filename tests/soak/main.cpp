@@ -82,7 +82,7 @@ void PrintProgress(const Soak& soak, std::uint64_t passesBefore, double seconds)
     static_cast<void>(std::fflush(stdout));
 }
 
-void PrintDifference(const Soak& soak, const std::string& wrong) {
+void PrintDifference(Soak& soak, const std::string& wrong) {
     std::printf(
         "\nFAILED after %" PRIu64 " passes; the same steps again: --seed %" PRIu32 "\n%s%s\n",
         soak.driver.Passes(), soak.options->seed, wrong.c_str(), Account(soak.churn).c_str());
@@ -138,11 +138,12 @@ std::string ReportRows(const Soak& soak, const Consumption& last, double seconds
                            std::to_string(std::llround(seconds)) + " s, " +
                                std::to_string(std::llround(static_cast<double>(passes) / seconds)) +
                                " passes per second, 0 differences");
-    rows += Row("Among the steps",
-                std::to_string(counts.menus) + " openings of the menu, " +
-                    std::to_string(counts.abouts) + " of About, " + std::to_string(counts.hangs) +
-                    " hanging processes",
-                std::to_string(counts.secondLooks) + " second looks");
+    rows += Row(
+        "Among the steps",
+        std::to_string(counts.menus) + " openings of the menu, " + std::to_string(counts.abouts) +
+            " of About, " + std::to_string(counts.hangs) + " hanging processes",
+        std::to_string(counts.secondLooks) + " second looks, " +
+            std::to_string(counts.repairPasses) + " passes more than promised for the order");
     const std::string when = "after " + std::to_string(WarmUpPasses) + " passes and at the end";
     rows += Row("Kernel handles", when, FirstAndLast(soak.warm.kernelHandles, last.kernelHandles));
     rows += Row("Private memory, KiB", when,
@@ -159,9 +160,9 @@ bool EndsCleanly(Soak& soak, const Program& program) {
         return false;
     }
     ReleaseModel(soak.churn.model);
-    const std::vector<std::string> differences = Differences(soak.churn.model);
+    const std::string differences = WindowDifferences(soak.churn.model);
     if (!differences.empty()) {
-        PrintDifference(soak, "after the exit: " + differences.front() + "\n");
+        PrintDifference(soak, "after the exit:\n" + differences);
     }
     return differences.empty();
 }

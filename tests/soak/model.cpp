@@ -156,24 +156,27 @@ ModelWindow* FindModelWindow(Model& model, HWND window) {
     return found == model.windows.end() ? nullptr : &*found;
 }
 
-std::vector<std::string> Differences(const Model& model) {
-    std::vector<std::string> differences;
+std::string WindowDifferences(const Model& model) {
+    std::string differences;
     for (const ModelWindow& window : model.windows) {
         const std::string expected = ExpectedLook(window);
         const std::string actual = ActualLook(window.window);
         if (actual != expected) {
-            differences.push_back("window " + NameOf(window.window) + " is " + actual +
-                                  " instead of " + expected);
+            differences.append("  window ").append(NameOf(window.window));
+            differences.append(" is ").append(actual).append(" instead of ");
+            differences.append(expected).append("\n");
         }
     }
+    return differences;
+}
+
+std::string OrderDifference(const Model& model) {
     std::vector<HWND> order = ActualOrder(model);
     // Below those that the pass asked to the top the order is nobody's promise.
     order.resize(std::min(order.size(), model.expected.size()));
-    if (order != model.expected) {
-        differences.push_back("the order is" + OrderText(order) + " instead of" +
-                              OrderText(model.expected));
-    }
-    return differences;
+    return order == model.expected ? ""
+                                   : "  the order is" + OrderText(order) + " instead of" +
+                                         OrderText(model.expected) + "\n";
 }
 
 std::string Described(const Model& model) {

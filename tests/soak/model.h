@@ -48,7 +48,10 @@ void ReleaseModel(Model& model);
 [[nodiscard]] ModelWindow* FindModelWindow(Model& model, HWND window);
 
 // The windows that differ from what the model says, in words; empty when none does.
-[[nodiscard]] std::vector<std::string> Differences(const Model& model);
+[[nodiscard]] std::string WindowDifferences(const Model& model);
+
+// The same for the order of those that the last pass asked to the top.
+[[nodiscard]] std::string OrderDifference(const Model& model);
 
 // Every window as the model has it and as it is.
 [[nodiscard]] std::string Described(const Model& model);

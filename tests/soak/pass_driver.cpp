@@ -19,18 +19,24 @@ constexpr wchar_t AboutClass[] = L"MorvaneAboutDialog";
 constexpr std::chrono::minutes Patience{1};
 constexpr int BusyLooks = 5;
 
+void Post(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+    if (PostMessageW(window, message, wParam, lParam) == FALSE) {
+        throw std::runtime_error("the program takes no message");
+    }
+}
+
+void Await(const char* what, const std::function<bool()>& condition) {
+    if (!WaitUntil(condition, Patience)) {
+        throw std::runtime_error(what);
+    }
+}
+
 }  // namespace
 
 PassDriver::PassDriver(const Program& program)
     : program_(&program), control_(program.WaitForControlWindow()) {
     if (control_ == nullptr) {
         throw std::runtime_error("the program has no control window");
-    }
-}
-
-void PassDriver::Post(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
-    if (PostMessageW(window, message, wParam, lParam) == FALSE) {
-        throw std::runtime_error("the program takes no message");
     }
 }
 
@@ -78,12 +84,6 @@ HWND PassDriver::OpenWindowOfClass(const wchar_t* className) const {
         }
     }
     return nullptr;
-}
-
-void PassDriver::Await(const char* what, const std::function<bool()>& condition) {
-    if (!WaitUntil(condition, Patience)) {
-        throw std::runtime_error(what);
-    }
 }
 
 void PassDriver::OpenMenu() {

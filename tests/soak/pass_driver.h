@@ -4,7 +4,6 @@
 // that the timer, the menu and the icon send.
 
 #include <cstdint>
-#include <functional>
 
 #include "base/win.h"
 #include "support/program.h"
@@ -36,10 +35,8 @@ public:
     [[nodiscard]] std::uint64_t Passes() const { return passes_; }
 
 private:
-    void Post(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
     [[nodiscard]] HWND OpenWindowOfClass(const wchar_t* className) const;
     void Mark(bool visible);
-    void Await(const char* what, const std::function<bool()>& condition);
 
     const Program* program_;
     HWND control_;

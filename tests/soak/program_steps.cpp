@@ -16,6 +16,9 @@ constexpr WORD AlwaysOnTopCommand = 1002;
 constexpr WORD TogglePinCommand = 2500;  // + row
 constexpr int PassesMeanwhile = 3;
 
+// "Über": a sequence of digits of the wrong base would go on with the b.
+constexpr std::string_view UmlautLine = "\303\234ber";
+
 // No size is larger than a window may become on the screen.
 constexpr std::string_view Lines[] = {
     "Alpha",
@@ -30,8 +33,7 @@ constexpr std::string_view Lines[] = {
     "User",
     "Consent",
     "x",
-    "\xC3\x9C"
-    "ber",
+    UmlautLine,
     "xxxx\t200\t200",
     "Report",
     "Delta\tx",
@@ -127,9 +129,9 @@ bool Lock(Churn& churn, std::string& /*wrong*/) {
     if (!IsText(churn)) {
         return false;
     }
-    const bool against_all = churn.generator.Below(2) == 0;
-    Note(churn, against_all ? "against all" : "against writing");
-    churn.settings.Lock(against_all ? SettingsState::Locked : SettingsState::WriteLocked);
+    const bool againstAll = churn.generator.Below(2) == 0;
+    Note(churn, againstAll ? "against all" : "against writing");
+    churn.settings.Lock(againstAll ? SettingsState::Locked : SettingsState::WriteLocked);
     return true;
 }
 
@@ -240,13 +242,9 @@ bool RenameUnderTheMenu(Churn& churn, std::string& wrong) {
     Note(churn, std::to_string(NumberFromWindow(window.window)) + " to " + Printed(window.title));
     churn.actors.at(window.actor).SetTitle(window.window, window.title);
     RunPasses(churn, 1);
-    const std::vector<std::string> differences = Differences(churn.model);
+    wrong = Look(churn);
     churn.driver->CloseMenu();
     ++churn.counts.menus;
-    // An order that a pass of the program's own timer is just making is looked at again later.
-    if (!differences.empty() && !Differences(churn.model).empty()) {
-        wrong = "  under the menu: " + differences.front() + "\n";
-    }
     return true;
 }
 

@@ -201,6 +201,15 @@ bool ChangeOwner(Churn& churn, std::string& /*wrong*/) {
     return true;
 }
 
+// Half of them about as large as the minimum, where there is one.
+int AnyLength(Generator& generator, int minimum, int least, int most) {
+    constexpr int Near = 2;
+    if (minimum > 0 && generator.Below(2) == 0) {
+        return std::clamp(minimum + generator.Between(-Near, Near), least, most);
+    }
+    return generator.Between(least, most);
+}
+
 bool Resize(Churn& churn, std::string& /*wrong*/) {
     ModelWindow* const window =
         AnyWindow(churn, [](const ModelWindow& own) { return !own.minimised; });
@@ -208,8 +217,11 @@ bool Resize(Churn& churn, std::string& /*wrong*/) {
         return false;
     }
     NoteWindow(churn, *window);
-    window->width = churn.generator.Between(LeastWidth, MostWidth);
-    window->height = churn.generator.Between(LeastHeight, MostHeight);
+    const int index = PinningEntry(churn.model.list, *window);
+    const PinEntry entry =
+        index < 0 ? PinEntry{} : churn.model.list.entries.at(static_cast<std::size_t>(index));
+    window->width = AnyLength(churn.generator, entry.minWidth, LeastWidth, MostWidth);
+    window->height = AnyLength(churn.generator, entry.minHeight, LeastHeight, MostHeight);
     ActorOf(churn, *window)
         .Place(window->window, churn.generator.Between(0, 600), churn.generator.Between(0, 250),
                window->width, window->height);
