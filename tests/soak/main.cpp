@@ -70,6 +70,7 @@ struct Soak {
     PassDriver driver;
     Churn churn;
     Consumption warm;
+    std::uint64_t warmPasses = 0;  // at which that was measured; 0: not yet
     Clock::time_point start = Clock::now();
 };
 
@@ -94,9 +95,16 @@ bool IsTimeUp(const Soak& soak) {
            (soak.options->minutes > 0 && SecondsSince(soak.start) > soak.options->minutes * 60);
 }
 
+// A run of a few minutes does not spend all of them on getting warm.
+bool IsWarm(const Soak& soak) {
+    constexpr double Share = 0.25;
+    return soak.driver.Passes() >= WarmUpPasses ||
+           (soak.options->minutes > 0 &&
+            SecondsSince(soak.start) > soak.options->minutes * 60 * Share);
+}
+
 // False at the first difference.
 bool RunSteps(Soak& soak) {
-    bool isWarm = false;
     Clock::time_point lastProgress = soak.start;
     std::uint64_t lastPasses = 0;
     while (!IsTimeUp(soak)) {
@@ -105,9 +113,9 @@ bool RunSteps(Soak& soak) {
             PrintDifference(soak, wrong);
             return false;
         }
-        if (!isWarm && soak.driver.Passes() >= WarmUpPasses) {
+        if (soak.warmPasses == 0 && IsWarm(soak)) {
             soak.warm = MeasureConsumption(soak.processId);
-            isWarm = true;
+            soak.warmPasses = soak.driver.Passes();
         }
         if (Clock::now() - lastProgress > ProgressInterval) {
             PrintProgress(soak, lastPasses, SecondsSince(lastProgress));
@@ -115,10 +123,10 @@ bool RunSteps(Soak& soak) {
             lastProgress = Clock::now();
         }
     }
-    if (!isWarm) {
+    if (soak.warmPasses == 0) {
         std::printf("FAILED: too short to get warm\n");
     }
-    return isWarm;
+    return soak.warmPasses > 0;
 }
 
 std::string Row(const std::string& what, const std::string& how, const std::string& result) {
@@ -144,7 +152,7 @@ std::string ReportRows(const Soak& soak, const Consumption& last, double seconds
             " of About, " + std::to_string(counts.hangs) + " hanging processes",
         std::to_string(counts.secondLooks) + " second looks, " +
             std::to_string(counts.repairPasses) + " passes more than promised for the order");
-    const std::string when = "after " + std::to_string(WarmUpPasses) + " passes and at the end";
+    const std::string when = "after " + std::to_string(soak.warmPasses) + " passes, and at the end";
     rows += Row("Kernel handles", when, FirstAndLast(soak.warm.kernelHandles, last.kernelHandles));
     rows += Row("Private memory, KiB", when,
                 FirstAndLast(soak.warm.privateKilobytes, last.privateKilobytes));
