@@ -190,10 +190,11 @@ std::string Described(const Model& model) {
         text += "  " + NameOf(window.window) + " " + title + (window.isDialog ? " dialog" : "") +
                 (window.owned ? " owned" : "") + ", entry " +
                 std::to_string(PinningEntry(model.list, window)) +
-                (model.remembered.contains(window.window) ? ", remembered" : "") +
-                "\n      expected " + ExpectedLook(window) + "; is " + ActualLook(window.window) +
-                "\n";
+                (model.remembered.contains(window.window) ? ", remembered" : "") + ", owner " +
+                NameOf(GetWindow(window.window, GW_OWNER)) + "\n      expected " +
+                ExpectedLook(window) + "; is " + ActualLook(window.window) + "\n";
     }
+    text += "  the order is" + OrderText(ActualOrder(model)) + "\n";
     return text;
 }
 

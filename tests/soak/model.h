@@ -53,7 +53,7 @@ void ReleaseModel(Model& model);
 // The same for the order of those that the last pass asked to the top.
 [[nodiscard]] std::string OrderDifference(const Model& model);
 
-// Every window as the model has it and as it is.
+// Every window as the model has it and as it is, and their order.
 [[nodiscard]] std::string Described(const Model& model);
 
 }  // namespace morvane::test

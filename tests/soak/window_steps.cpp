@@ -228,8 +228,14 @@ bool Resize(Churn& churn, std::string& /*wrong*/) {
     return true;
 }
 
+// The system keeps an owned window above its owner, and where that lies is not ours to say: what
+// becomes of a request of its own is not determined.
+bool IsUnowned(const ModelWindow& window) {
+    return !window.owned;
+}
+
 bool TurnTopmost(Churn& churn, std::string& /*wrong*/) {
-    ModelWindow* const window = AnyWindow(churn, [](const ModelWindow&) { return true; });
+    ModelWindow* const window = AnyWindow(churn, IsUnowned);
     if (window == nullptr) {
         return false;
     }
@@ -240,7 +246,7 @@ bool TurnTopmost(Churn& churn, std::string& /*wrong*/) {
 }
 
 bool Raise(Churn& churn, std::string& /*wrong*/) {
-    ModelWindow* const window = AnyWindow(churn, [](const ModelWindow&) { return true; });
+    ModelWindow* const window = AnyWindow(churn, IsUnowned);
     if (window == nullptr) {
         return false;
     }
