@@ -2,10 +2,12 @@
 
 #include <cstddef>
 #include <stdexcept>
+#include <string>
 #include <vector>
 
 #include "base/win.h"
 #include "support/import_patch.h"
+#include "support/import_table.h"
 
 namespace morvane::test {
 namespace {
@@ -51,7 +53,7 @@ public:
     explicit OtherCalls(const CallCounts& counted) {
         otherCalls = 0;
         for (const ImportedFunction& function : ImportsFrom("user32.dll")) {
-            if (!counted.contains(function.name)) {
+            if (!counted.contains(std::string(function.name))) {
                 replaced_.push_back(
                     {function.entry,
                      ExchangeImport(function.entry, reinterpret_cast<void*>(&CountOther))});

@@ -66,8 +66,9 @@ Program::Program(const std::wstring& arguments, const Environment& changes)
 
 Program::Program(ChildProcess child) : process_(std::move(child.process)), processId_(child.id) {}
 
-Program Program::FromFile(const std::wstring& executable) {
-    return Program(StartSafely(executable, L"", {}));
+Program Program::FromFile(const std::wstring& executable, const std::wstring& arguments,
+                          const Environment& changes) {
+    return Program(StartSafely(executable, arguments, changes));
 }
 
 Program Program::UnderLocale(const std::string& locale) {

@@ -22,7 +22,9 @@ public:
     explicit Program(const std::wstring& arguments = L"", const Environment& changes = {});
 
     // The same for a copy of the program that lies elsewhere.
-    [[nodiscard]] static Program FromFile(const std::wstring& executable);
+    [[nodiscard]] static Program FromFile(const std::wstring& executable,
+                                          const std::wstring& arguments = L"",
+                                          const Environment& changes = {});
 
     // Starts the program with the session's user interface in another language, by the name of a
     // host locale ("ja_JP.UTF-8", which need not be installed). Under Wine only the host's

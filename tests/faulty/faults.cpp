@@ -1,0 +1,110 @@
+// The functions that can be made to fail, each as Windows documents its failure.
+
+#include "base/win_shell.h"
+#include "faulty/plan.h"
+
+namespace morvane::faulty {
+namespace {
+
+// A disk that takes so many more bytes and then no others.
+struct FullDisk {
+    static inline Fault fault{.name = "WriteFile", .replacement = nullptr};
+    static inline DWORD taken = 0;
+
+    static BOOL WINAPI Call(HANDLE file, LPCVOID bytes, DWORD size, LPDWORD written,
+                            LPOVERLAPPED overlapped) {
+        const DWORD room = fault.amount - taken;
+        const bool full = MustFail(fault) && room < size;
+        const DWORD part = full ? room : size;
+        if (part > 0) {
+            const auto original = reinterpret_cast<decltype(&WriteFile)>(fault.original);
+            if (original(file, bytes, part, written, overlapped) == FALSE) {
+                return FALSE;
+            }
+            taken += part;
+        }
+        if (!full) {
+            return TRUE;
+        }
+        SetLastError(ERROR_DISK_FULL);
+        return FALSE;
+    }
+
+    static Fault* Entry() {
+        fault.replacement = reinterpret_cast<void*>(&Call);
+        return &fault;
+    }
+};
+
+// What may be read but not written: a file without the right to write, or in a read-only folder.
+struct WriteProtection {
+    static inline Fault fault{.name = "CreateFileW", .replacement = nullptr};
+
+    static HANDLE WINAPI Call(LPCWSTR path, DWORD access, DWORD share,
+                              LPSECURITY_ATTRIBUTES security, DWORD disposition, DWORD flags,
+                              HANDLE pattern) {
+        if ((access & GENERIC_WRITE) != 0 && MustFail(fault)) {
+            SetLastError(ERROR_ACCESS_DENIED);
+            return INVALID_HANDLE_VALUE;
+        }
+        return reinterpret_cast<decltype(&CreateFileW)>(fault.original)(
+            path, access, share, security, disposition, flags, pattern);
+    }
+
+    static Fault* Entry() {
+        fault.replacement = reinterpret_cast<void*>(&Call);
+        return &fault;
+    }
+};
+
+constexpr INT_PTR NoHandle = -1;  // INVALID_HANDLE_VALUE as a number
+
+// Only what the program imports: a plan that names anything else cannot be carried out.
+Fault* const AllFaults[] = {
+    FullDisk::Entry(),
+    WriteProtection::Entry(),
+    // kernel32
+    Failing<"CreateDirectoryW", decltype(&CreateDirectoryW), FALSE, ERROR_ACCESS_DENIED>::Entry(),
+    Failing<"CreateMutexW", decltype(&CreateMutexW), nullptr, ERROR_ACCESS_DENIED>::Entry(),
+    Failing<"DeleteFileW", decltype(&DeleteFileW), FALSE, ERROR_ACCESS_DENIED>::Entry(),
+    Failing<"FindFirstFileW", decltype(&FindFirstFileW), NoHandle, ERROR_ACCESS_DENIED>::Entry(),
+    Failing<"GetModuleFileNameW", decltype(&GetModuleFileNameW), 0U,
+            ERROR_INSUFFICIENT_BUFFER>::Entry(),
+    Failing<"GetSystemDirectoryW", decltype(&GetSystemDirectoryW), 0U,
+            ERROR_NOT_ENOUGH_MEMORY>::Entry(),
+    Failing<"LoadLibraryExW", decltype(&LoadLibraryExW), nullptr, ERROR_MOD_NOT_FOUND>::Entry(),
+    Failing<"ReadFile", decltype(&ReadFile), FALSE, ERROR_CRC>::Entry(),
+    Failing<"RemoveDirectoryW", decltype(&RemoveDirectoryW), FALSE,
+            ERROR_SHARING_VIOLATION>::Entry(),
+    Failing<"SetEndOfFile", decltype(&SetEndOfFile), FALSE, ERROR_WRITE_PROTECT>::Entry(),
+    // user32
+    Failing<"CreatePopupMenu", decltype(&CreatePopupMenu), nullptr,
+            ERROR_NOT_ENOUGH_MEMORY>::Entry(),
+    Failing<"CreateWindowExW", decltype(&CreateWindowExW), nullptr,
+            ERROR_NOT_ENOUGH_MEMORY>::Entry(),
+    Failing<"EnumWindows", decltype(&EnumWindows), FALSE, ERROR_ACCESS_DENIED>::Entry(),
+    Failing<"GetCursorPos", decltype(&GetCursorPos), FALSE, ERROR_ACCESS_DENIED>::Entry(),
+    Failing<"GetForegroundWindow", decltype(&GetForegroundWindow), nullptr, ERROR_SUCCESS>::Entry(),
+    Failing<"GetMessageW", decltype(&GetMessageW), -1, ERROR_INVALID_WINDOW_HANDLE>::Entry(),
+    Failing<"LoadIconW", decltype(&LoadIconW), nullptr, ERROR_RESOURCE_NAME_NOT_FOUND>::Entry(),
+    Failing<"RegisterClassW", decltype(&RegisterClassW), ATOM{0}, ERROR_NOT_ENOUGH_MEMORY>::Entry(),
+    Failing<"SetTimer", decltype(&SetTimer), 0U, ERROR_NOT_ENOUGH_MEMORY>::Entry(),
+    Failing<"SetWindowPos", decltype(&SetWindowPos), FALSE, ERROR_ACCESS_DENIED>::Entry(),
+    // shell32
+    Failing<"SHGetFolderPathW", decltype(&SHGetFolderPathW), E_FAIL, ERROR_SUCCESS>::Entry(),
+    Failing<"SHGetKnownFolderPath", decltype(&SHGetKnownFolderPath), E_FAIL,
+            ERROR_SUCCESS>::Entry(),
+    Failing<"ShellExecuteW", decltype(&ShellExecuteW), SE_ERR_FNF, ERROR_FILE_NOT_FOUND>::Entry(),
+    Failing<"Shell_NotifyIconW", decltype(&Shell_NotifyIconW), FALSE, ERROR_TIMEOUT>::Entry(),
+    // ole32
+    Failing<"CoCreateInstance", decltype(&CoCreateInstance), REGDB_E_CLASSNOTREG,
+            ERROR_SUCCESS>::Entry(),
+    Failing<"CoInitializeEx", decltype(&CoInitializeEx), E_OUTOFMEMORY, ERROR_SUCCESS>::Entry(),
+    Failing<"CoUninitialize", decltype(&CoUninitialize), 0, ERROR_SUCCESS>::Entry(),
+};
+
+// Before wWinMain, and after the functions that carry it out.
+const bool isPlanCarriedOut = CarryOutPlan(AllFaults);
+
+}  // namespace
+}  // namespace morvane::faulty

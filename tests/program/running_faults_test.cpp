@@ -1,0 +1,218 @@
+// A running program on a platform that refuses what it needs: it goes on.
+
+#include "program/faulty_scene.h"
+#include "program/menu_scene.h"
+
+namespace morvane::test {
+namespace {
+
+using RunningFaultsTest = FaultyProgramTest;
+
+TEST_F(RunningFaultsTest, ShellThatTakesNeitherIconNorBalloonsStopsNoCommand) {
+    const TrayRecorder recorder;
+    ASSERT_TRUE(WriteSettings("Target\n"));
+    Actor actor;
+    const HWND target = actor.Create({.title = L"Target"});
+    const Program program = StartedFaultyProgram("Shell_NotifyIconW");
+    EXPECT_EQ(CountOf("Shell_NotifyIconW failed"), 2U) << "the icon is offered twice";
+    ASSERT_TRUE(program.SendCommand(StartWithWindowsCommand));
+    EXPECT_TRUE(PathExists(StartupShortcut()));
+    EXPECT_EQ(CountOf("Shell_NotifyIconW failed"), 3U) << "the balloon is not repeated";
+    ASSERT_TRUE(program.SendCommand(AlwaysOnTopCommand));
+    EXPECT_TRUE(BecomesOrdinary(target));
+    EXPECT_EQ(program.ExitByCommand(), 0U);
+    EXPECT_EQ(CountOf("Shell_NotifyIconW failed"), 4U) << "the removal";
+    EXPECT_TRUE(recorder.Calls().empty());
+}
+
+TEST_F(RunningFaultsTest, RefusedBalloonLeavesTheCommandDone) {
+    const TrayRecorder recorder;
+    Actor actor;
+    static_cast<void>(actor.Create({.title = L"Target", .width = 400, .height = 300}));
+    const Program program = StartedFaultyProgram("Shell_NotifyIconW@2-");
+    ASSERT_TRUE(program.SendCommand(static_cast<WORD>(TogglePinCommand + RowOfTitle(L"Target"))));
+    ASSERT_TRUE(program.SendCommand(static_cast<WORD>(MinSizeCommand + RowOfTitle(L"Target"))));
+    EXPECT_EQ(ReadSettings(), SettingsText(true, {"Target\t400\t300"}));
+    EXPECT_EQ(CountOf("Shell_NotifyIconW failed"), 1U);
+    EXPECT_TRUE(Balloons(recorder).empty());
+}
+
+TEST_F(RunningFaultsTest, FolderThatCannotBeWrittenToLeavesTheProgramWithoutAFile) {
+    Actor actor;
+    const HWND target = actor.Create({.title = L"Target"});
+    const Program program = StartedFaultyProgram("CreateDirectoryW,CreateFileW");
+    EXPECT_GT(CountOf("CreateFileW failed"), 0U);
+    ASSERT_TRUE(program.SendCommand(static_cast<WORD>(TogglePinCommand + RowOfTitle(L"Target"))));
+    ASSERT_TRUE(program.SendCommand(ApplyNowCommand));
+    EXPECT_FALSE(IsTopmost(target)) << "the pass read what the file holds: nothing";
+    EXPECT_FALSE(PathExists(DataFolder()));
+    EXPECT_EQ(program.ExitByCommand(), 0U);
+}
+
+TEST_F(RunningFaultsTest, FileThatMayNotBeWrittenKeepsWhatItHolds) {
+    const TrayRecorder recorder;
+    const std::string bytes = "# mine\r\nTarget\r\n";
+    ASSERT_TRUE(WriteSettings(bytes));
+    Actor actor;
+    const HWND target = actor.Create({.title = L"Target"});
+    const Program program = StartedFaultyProgram("CreateFileW");
+    ASSERT_TRUE(IsTopmost(target));
+    for (const WORD command : {AlwaysOnTopCommand, ApplyNowCommand}) {
+        ASSERT_TRUE(program.SendCommand(command));
+    }
+    EXPECT_EQ(CountOf("CreateFileW failed"), 1U);
+    EXPECT_EQ(ReadSettings(), bytes);
+    EXPECT_TRUE(BecomesTopmost(target)) << "what the file says wins again";
+    EXPECT_TRUE(Balloons(recorder).empty());
+}
+
+// Rewritten in place: what the file held is gone where the disk refuses the new text.
+TEST_F(RunningFaultsTest, DiskThatFillsUpDuringASaveCutsTheFile) {
+    const std::string whole = SettingsText(false, {"Target"});
+    for (const std::size_t taken : {std::size_t{0}, std::size_t{20}, whole.size() - 3}) {
+        SCOPED_TRACE(taken);
+        ASSERT_TRUE(EditSettings("Target\n"));
+        Actor actor;
+        const HWND target = actor.Create({.title = L"Target"});
+        const Program program = StartedFaultyProgram("WriteFile=" + std::to_string(taken));
+        ASSERT_TRUE(IsTopmost(target));
+        ASSERT_TRUE(program.SendCommand(AlwaysOnTopCommand));
+        EXPECT_EQ(ReadSettings(), whole.substr(0, taken));
+        EXPECT_TRUE(program.SendCommand(ApplyNowCommand)) << "runs on by what the file holds";
+        EXPECT_EQ(program.ExitByCommand(), 0U);
+        EXPECT_EQ(ReadSettings(), whole.substr(0, taken)) << "nothing is written at the end";
+    }
+}
+
+TEST_F(RunningFaultsTest, FileThatCannotBeEmptiedKeepsWhatItHolds) {
+    ASSERT_TRUE(WriteSettings("Target\n"));
+    const Program program = StartedFaultyProgram("SetEndOfFile");
+    ASSERT_TRUE(program.SendCommand(AlwaysOnTopCommand));
+    EXPECT_EQ(CountOf("SetEndOfFile failed"), 1U);
+    EXPECT_EQ(ReadSettings(), "Target\n");
+}
+
+TEST_F(RunningFaultsTest, FileThatCannotBeReadMeansNoEntriesUntilItCan) {
+    ASSERT_TRUE(WriteSettings("Target\n"));
+    Actor actor;
+    const HWND target = actor.Create({.title = L"Target"});
+    const Program program = StartedFaultyProgram("ReadFile@1-6");
+    EXPECT_TRUE(BecomesTopmost(target));
+    EXPECT_EQ(CountOf("ReadFile failed"), 6U);
+    EXPECT_EQ(ReadSettings(), "Target\n");
+}
+
+TEST_F(RunningFaultsTest, WithoutApplicationDataNothingIsOpenedOrWritten) {
+    ASSERT_TRUE(WriteSettings("Target\n"));
+    Actor actor;
+    const HWND target = actor.Create({.title = L"Target"});
+    const Program program = StartedFaultyProgram("SHGetFolderPathW,ShellExecuteW@0");
+    ASSERT_TRUE(program.SendCommand(OpenSettingsCommand));
+    ASSERT_TRUE(program.SendCommand(AlwaysOnTopCommand));
+    EXPECT_FALSE(IsTopmost(target));
+    EXPECT_EQ(ReadSettings(), "Target\n");
+    EXPECT_EQ(CountOf("ShellExecuteW passed"), 0U);
+    EXPECT_EQ(program.ExitByCommand(), 0U);
+}
+
+TEST_F(RunningFaultsTest, ApplicationDataThatComesBackIsUsedAgain) {
+    ASSERT_TRUE(WriteSettings("Target\n"));
+    Actor actor;
+    const HWND target = actor.Create({.title = L"Target"});
+    const Program program = StartedFaultyProgram("SHGetFolderPathW@1-8");
+    EXPECT_TRUE(BecomesTopmost(target));
+    EXPECT_EQ(CountOf("SHGetFolderPathW failed"), 8U);
+    EXPECT_EQ(ReadSettings(), "Target\n");
+}
+
+TEST_F(RunningFaultsTest, EditorThatDoesNotStartStopsNothing) {
+    const TrayRecorder recorder;
+    const Program program = StartedFaultyProgram("ShellExecuteW,GetSystemDirectoryW");
+    ASSERT_TRUE(program.SendCommand(OpenSettingsCommand));
+    EXPECT_EQ(CountOf("GetSystemDirectoryW failed"), 1U);
+    EXPECT_EQ(CountOf("ShellExecuteW failed"), 1U);
+    EXPECT_TRUE(Balloons(recorder).empty());
+    EXPECT_TRUE(program.SendCommand(ApplyNowCommand));
+}
+
+TEST_F(RunningFaultsTest, RefusedShortcutIsAWarning) {
+    const TrayRecorder recorder;
+    const Program program = StartedFaultyProgram("CoCreateInstance");
+    ASSERT_TRUE(program.SendCommand(StartWithWindowsCommand));
+    EXPECT_EQ(WaitForBalloon(recorder).infoFlags, static_cast<DWORD>(NIIF_WARNING));
+    EXPECT_FALSE(PathExists(StartupShortcut()));
+}
+
+// Windows of programs with more rights refuse every request.
+TEST_F(RunningFaultsTest, RequestsThatAreRefusedAreRepeatedAndDisturbNothing) {
+    ASSERT_TRUE(WriteSettings("Target 500 400\n"));
+    Actor actor;
+    const HWND target = actor.Create({.title = L"Target", .width = 300, .height = 200});
+    // Each pass wants to size and to pin.
+    const Program program = StartedFaultyProgram("SetWindowPos@1-5");
+    EXPECT_TRUE(BecomesTopmost(target));
+    EXPECT_EQ(CountOf("SetWindowPos failed"), 5U);
+    EXPECT_TRUE(WaitUntil([target] { return WindowSize(target).cx == 500; }));
+}
+
+// The sign-in screen and questions of the system take the screen for a while.
+TEST_F(RunningFaultsTest, DesktopThatGoesAwayComesBackAsItWas) {
+    ASSERT_TRUE(WriteSettings("Target\n"));
+    Actor actor;
+    const HWND first = actor.Create({.title = L"Target"});
+    const Program program = StartedFaultyProgram(
+        "EnumWindows@2-5,GetForegroundWindow@2-5,SetWindowPos@2-3,GetCursorPos");
+    ASSERT_TRUE(IsTopmost(first));
+    const HWND second = actor.Create({.title = L"Target 2"});
+    EXPECT_TRUE(BecomesTopmost(second));
+    EXPECT_EQ(CountOf("EnumWindows failed"), 4U);
+    EXPECT_TRUE(IsTopmost(first)) << "remembered meanwhile";
+    EXPECT_EQ(program.ExitByCommand(), 0U);
+    EXPECT_FALSE(IsTopmost(first));
+    EXPECT_FALSE(IsTopmost(second));
+}
+
+TEST_F(RunningFaultsTest, MenuOpensInTheCornerWithoutACursor) {
+    const Program program = StartedFaultyProgram("GetCursorPos");
+    const HWND menu = OpenMenu(program);
+    ASSERT_NE(menu, nullptr);
+    EXPECT_EQ(WindowRect(menu).left, 0);
+    EXPECT_EQ(WindowRect(menu).top, 0);
+    EXPECT_EQ(CountOf("GetCursorPos failed"), 1U);
+    EXPECT_TRUE(DismissMenu(program));
+}
+
+TEST_F(RunningFaultsTest, MenuThatCannotBeMadeChangesNothing) {
+    ASSERT_TRUE(WriteSettings("Sentinel\n"));
+    Actor actor;
+    const Sentinel sentinel(actor);
+    const Program program = StartedFaultyProgram("CreatePopupMenu@1");
+    EXPECT_EQ(Answer(program.ControlWindow(), TrayMessage, 1, WM_LBUTTONUP), 0);
+    EXPECT_EQ(CountOf("CreatePopupMenu failed"), 1U);
+    EXPECT_TRUE(MenuWindows(program).empty());
+    EXPECT_TRUE(sentinel.WaitForTimedPass());
+    ASSERT_NE(OpenMenu(program), nullptr) << "the next one can be made";
+    EXPECT_TRUE(DismissMenu(program));
+}
+
+TEST_F(RunningFaultsTest, AboutThatCannotBeCreatedLeavesTheTrayUsable) {
+    // The first window is the control window.
+    const Program program = StartedFaultyProgram("CreateWindowExW@2");
+    ASSERT_TRUE(program.SendCommand(AboutCommand));
+    EXPECT_EQ(CountOf("CreateWindowExW failed"), 1U);
+    EXPECT_NE(IsWindowEnabled(program.ControlWindow()), FALSE);
+    EXPECT_NE(OpenAbout(program), nullptr) << "the next one can be created";
+}
+
+TEST_F(RunningFaultsTest, AboutWithoutItsLibrariesShowsAPlainDialogOfUnknownVersion) {
+    const Program program = StartedFaultyProgram("LoadLibraryExW");
+    const HWND dialog = OpenAbout(program);
+    ASSERT_NE(dialog, nullptr);
+    EXPECT_GE(CountOf("LoadLibraryExW failed"), 3U);
+    EXPECT_EQ(ControlText(dialog, AboutBodyId), L"Morvane\n\nVersion: ?");
+    PostMessageW(dialog, WM_CLOSE, 0, 0);
+    EXPECT_TRUE(AboutCloses(program));
+}
+
+}  // namespace
+}  // namespace morvane::test

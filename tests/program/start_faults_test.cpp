@@ -1,0 +1,147 @@
+// Starts and switches on a platform that refuses what they need.
+
+#include "program/faulty_scene.h"
+
+namespace morvane::test {
+namespace {
+
+using StartFaultsTest = FaultyProgramTest;
+
+// Otherwise the tests below would show nothing.
+TEST_F(StartFaultsTest, ProgramWithoutFaultsRunsAndUnknownFaultsStopIt) {
+    {
+        const Program program = StartedFaultyProgram("SetTimer@0");
+        EXPECT_EQ(program.ExitByCommand(), 0U);
+    }
+    EXPECT_EQ(NotedCalls(), std::vector<std::string>{"SetTimer passed"});
+    for (const char* plan : {"NoSuchFunction", "SetTimer@", "SetTimer@x", "SetTimer,,"}) {
+        EXPECT_EQ(RunFaultyProgram(plan), PlanFailed) << plan;
+    }
+}
+
+TEST_F(StartFaultsTest, WithoutComNothingIsDone) {
+    const TrayRecorder recorder;
+    ASSERT_EQ(RunProgram(L"--install-startup"), 0U);
+    for (const wchar_t* arguments :
+         {L"", L"--install-startup", L"--remove-startup", L"--remove-data"}) {
+        EXPECT_EQ(RunFaultyProgram("CoInitializeEx,CoUninitialize@0", arguments), 1U) << arguments;
+    }
+    EXPECT_EQ(CountOf("CoInitializeEx failed"), 4U);
+    EXPECT_EQ(CountOf("CoUninitialize passed"), 0U) << "nothing to leave";
+    EXPECT_FALSE(PathExists(DataFolder()));
+    EXPECT_TRUE(PathExists(StartupShortcut())) << "no switch was looked at";
+    EXPECT_TRUE(recorder.Calls().empty());
+}
+
+struct RefusedStart {
+    const char* function;
+    DWORD exitCode;
+};
+
+TEST_F(StartFaultsTest, RefusedClassAndWindowEndTheStartSilently) {
+    const TrayRecorder recorder;
+    for (const RefusedStart& item :
+         {RefusedStart{"RegisterClassW", 3}, RefusedStart{"CreateWindowExW", 4}}) {
+        const std::string function = item.function;
+        EXPECT_EQ(RunFaultyProgram(function + ",CoUninitialize@0"), item.exitCode) << function;
+        EXPECT_EQ(NotedCalls(),
+                  (std::vector<std::string>{function + " failed", "CoUninitialize passed"}));
+        EXPECT_FALSE(PathExists(DataFolder())) << function;
+        ForgetNotedCalls();
+    }
+    EXPECT_TRUE(recorder.Calls().empty());
+    // The mutex went with the process.
+    const Program program = StartedProgram();
+    EXPECT_TRUE(program.IsRunning());
+}
+
+TEST_F(StartFaultsTest, RefusedMutexEndsTheStartSilently) {
+    const TrayRecorder recorder;
+    EXPECT_EQ(RunFaultyProgram("CreateMutexW"), 0U);
+    EXPECT_EQ(CountOf("CreateMutexW failed"), 1U);
+    EXPECT_FALSE(PathExists(DataFolder()));
+    EXPECT_TRUE(recorder.Calls().empty());
+}
+
+TEST_F(StartFaultsTest, WithoutATimerCommandsStillRunPasses) {
+    using namespace std::chrono_literals;
+    ASSERT_TRUE(WriteSettings("Target\n"));
+    Actor actor;
+    const HWND first = actor.Create({.title = L"Target"});
+    const Program program = StartedFaultyProgram("SetTimer");
+    EXPECT_EQ(CountOf("SetTimer failed"), 1U);
+    EXPECT_TRUE(IsTopmost(first)) << "by the pass at the start";
+    const HWND second = actor.Create({.title = L"Target 2"});
+    EXPECT_TRUE(StaysTrue([second] { return !IsTopmost(second); }, 1500ms));
+    ASSERT_TRUE(program.SendCommand(ApplyNowCommand));
+    EXPECT_TRUE(IsTopmost(second));
+    EXPECT_EQ(program.ExitByCommand(), 0U);
+    EXPECT_FALSE(IsTopmost(first));
+    EXPECT_FALSE(IsTopmost(second));
+}
+
+// The loop ends as with a quit message.
+TEST_F(StartFaultsTest, FailureOfTheMessageLoopReleasesTheWindows) {
+    ASSERT_TRUE(WriteSettings("Target\n"));
+    Actor actor;
+    const HWND target = actor.Create({.title = L"Target"});
+    EXPECT_EQ(RunFaultyProgram("GetMessageW"), 0U);
+    EXPECT_EQ(CountOf("GetMessageW failed"), 1U);
+    EXPECT_GT(TopmostRequests(actor, target), 0U);
+    EXPECT_FALSE(IsTopmost(target));
+}
+
+TEST_F(StartFaultsTest, WithoutItsIconTheProgramShowsThatOfTheSystem) {
+    TrayRecorder recorder;
+    std::uint64_t ownPicture = 0;
+    {
+        const Program program = StartedProgram();
+        ASSERT_TRUE(WaitUntil([&] { return !recorder.Calls().empty(); }));
+        ownPicture = recorder.Calls().front().pictureHash;
+        ASSERT_EQ(program.ExitByCommand(), 0U);
+    }
+    recorder.Forget();
+    // The first one is that of the window's class.
+    const Program program = StartedFaultyProgram("LoadIconW@2");
+    EXPECT_EQ(CountOf("LoadIconW failed"), 1U);
+    ASSERT_TRUE(WaitUntil([&] { return !recorder.Calls().empty(); }));
+    ASSERT_EQ(recorder.Calls().size(), 1U) << "not refused";
+    EXPECT_NE(recorder.Calls().front().pictureHash, 0U);
+    EXPECT_NE(recorder.Calls().front().pictureHash, ownPicture);
+}
+
+TEST_F(StartFaultsTest, ShortcutThatCannotBeMadeFailsTheSwitch) {
+    for (const char* function :
+         {"SHGetKnownFolderPath", "GetModuleFileNameW", "CoCreateInstance"}) {
+        EXPECT_EQ(RunFaultyProgram(function, L"--install-startup"), 2U) << function;
+        EXPECT_EQ(CountOf(std::string(function) + " failed"), 1U) << function;
+        EXPECT_FALSE(PathExists(StartupShortcut())) << function;
+    }
+}
+
+TEST_F(StartFaultsTest, ShortcutThatCannotBeRemovedFailsNothing) {
+    ASSERT_EQ(RunProgram(L"--install-startup"), 0U);
+    EXPECT_EQ(RunFaultyProgram("DeleteFileW", L"--remove-startup"), 0U);
+    EXPECT_EQ(CountOf("DeleteFileW failed"), 1U);
+    EXPECT_TRUE(PathExists(StartupShortcut()));
+    EXPECT_EQ(RunFaultyProgram("SHGetKnownFolderPath", L"--remove-startup"), 0U);
+    EXPECT_TRUE(PathExists(StartupShortcut()));
+}
+
+TEST_F(StartFaultsTest, RemovalThatGetsStuckFailsTheSwitch) {
+    for (const char* plan :
+         {"SHGetFolderPathW", "RemoveDirectoryW", "DeleteFileW@2-", "FindFirstFileW"}) {
+        ResetProfile();
+        ASSERT_TRUE(WriteSettings("Target\n"));
+        ASSERT_EQ(RunProgram(L"--install-startup"), 0U);
+        const std::wstring folder = DataFolder();
+        EXPECT_EQ(RunFaultyProgram(plan, L"--remove-data"), 2U) << plan;
+        EXPECT_TRUE(PathExists(folder)) << plan;
+        EXPECT_FALSE(PathExists(StartupShortcut())) << plan << ": goes first";
+        EXPECT_EQ(RunProgram(L"--remove-data"), 0U) << plan << ": can be asked for again";
+        EXPECT_FALSE(PathExists(folder)) << plan;
+    }
+}
+
+}  // namespace
+}  // namespace morvane::test
