@@ -2,9 +2,9 @@
 
 #include <array>
 #include <cstddef>
-#include <type_traits>
 
 #include "base/win.h"
+#include "support/refusal.h"
 
 // The program with faults: morvane_faulty.exe is made of the program's very objects and of what is
 // here, which exchanges platform functions in its import table before the program begins.
@@ -50,17 +50,7 @@ struct Name {
     }
 };
 
-template <typename Result, typename Value>
-Result FailureResult(Value value) {
-    if constexpr (std::is_pointer_v<Result> && std::is_integral_v<Value>) {
-        return reinterpret_cast<Result>(static_cast<INT_PTR>(value));
-    } else {
-        return static_cast<Result>(value);
-    }
-}
-
-// A function of that name and type which, when it has to fail, does nothing, sets the last error
-// and returns the failure.
+// A function of that name and type which fails when it has to.
 template <Name FunctionName, typename Function, auto Failure, DWORD Error>
 struct Failing;
 
@@ -72,10 +62,7 @@ struct Failing<FunctionName, Result(WINAPI*)(Arguments...), Failure, Error> {
         if (!MustFail(fault)) {
             return reinterpret_cast<Result(WINAPI*)(Arguments...)>(fault.original)(arguments...);
         }
-        SetLastError(Error);
-        if constexpr (!std::is_void_v<Result>) {
-            return FailureResult<Result>(Failure);
-        }
+        return test::Refusal<Result(WINAPI*)(Arguments...), Failure, Error>::Call(arguments...);
     }
 
     static Fault* Entry() {

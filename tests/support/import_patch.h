@@ -4,6 +4,7 @@
 
 #include "base/win.h"
 #include "support/import_table.h"
+#include "support/refusal.h"
 
 namespace morvane::test {
 
@@ -41,5 +42,11 @@ private:
     void** entry_;
     void* original_ = nullptr;
 };
+
+// Makes every call of the function fail, for as long as the result lives.
+template <typename Function, auto Failure, DWORD Error = ERROR_GEN_FAILURE>
+[[nodiscard]] ImportPatch<Function> Refuse(const std::string& name) {
+    return ImportPatch<Function>(name, Refusal<Function, Failure, Error>::Call);
+}
 
 }  // namespace morvane::test

@@ -1,0 +1,147 @@
+// A window that closes at every single step that a pass takes with it.
+
+#include <algorithm>
+#include <cstddef>
+#include <functional>
+#include <gtest/gtest.h>
+
+#include "desktop/engine_test.h"
+#include "pin/candidates.h"
+#include "pin/enforcement.h"
+#include "pin/engine.h"
+#include "support/import_patch.h"
+#include "support/window_state.h"
+
+namespace morvane::test {
+namespace {
+
+// The window that is to die, and before which of the program's calls about it.
+struct Fate {
+    Actor* actor = nullptr;
+    HWND victim = nullptr;
+    std::size_t deadlyCall = 0;  // counted from 1
+    std::size_t calls = 0;
+};
+
+Fate fate;
+
+void Meet(HWND window) {
+    if (window == fate.victim && ++fate.calls == fate.deadlyCall) {
+        fate.actor->Destroy(window);
+    }
+}
+
+// Stands before a platform function that is asked about a window; the number tells functions of
+// the same type apart.
+template <int Number, typename Function>
+class Gate;
+
+template <int Number, typename Result, typename... Rest>
+class Gate<Number, Result(WINAPI*)(HWND, Rest...)> {
+public:
+    explicit Gate(const char* name) : patch_(name, Call) { original = patch_.Original(); }
+
+private:
+    using Function = Result(WINAPI*)(HWND, Rest...);
+
+    static Result WINAPI Call(HWND window, Rest... rest) {
+        Meet(window);
+        return original(window, rest...);
+    }
+
+    static inline Function original = nullptr;
+    ImportPatch<Function> patch_;
+};
+
+// All that the program asks about other programs' windows.
+struct Gates {
+    Gate<0, decltype(&IsWindow)> isWindow{"IsWindow"};
+    Gate<1, decltype(&IsWindowVisible)> isVisible{"IsWindowVisible"};
+    Gate<2, decltype(&IsIconic)> isIconic{"IsIconic"};
+    Gate<3, decltype(&GetWindow)> getWindow{"GetWindow"};
+    Gate<4, decltype(&GetClassNameW)> getClass{"GetClassNameW"};
+    Gate<5, decltype(&GetWindowTextW)> getText{"GetWindowTextW"};
+    Gate<6, decltype(&GetWindowRect)> getRect{"GetWindowRect"};
+    Gate<7, decltype(&GetWindowLongW)> getLong{"GetWindowLongW"};
+    Gate<8, decltype(&SetWindowPos)> setPosition{"SetWindowPos"};
+};
+
+class DyingWindowsTest : public EngineTest {
+protected:
+    void TearDown() override {
+        fate = Fate{};
+        EngineTest::TearDown();
+    }
+
+    // Lets a new window die before each call in turn that the step makes about it; after each the
+    // step has to have done its work with the other window.
+    void LetDieEverywhere(const std::function<void()>& prepare, const std::function<void()>& step,
+                          const std::function<void(HWND)>& check, std::size_t fewestCalls) {
+        std::size_t deadly = 1;
+        for (bool died = true; died; ++deadly) {
+            SCOPED_TRACE(deadly);
+            Engine().pinnedWindows.clear();
+            const HWND healthy = Window(L"Alpha healthy", 500);
+            const HWND victim = Window(L"Alpha victim");
+            prepare();
+            fate = {.actor = &Other(), .victim = victim, .deadlyCall = deadly, .calls = 0};
+            {
+                const Gates gates;
+                step();
+            }
+            died = fate.calls >= deadly;
+            EXPECT_EQ(IsWindow(victim) == FALSE, died);
+            check(healthy);
+            if (!died) {
+                Other().Destroy(victim);
+            }
+            fate = Fate{};
+            Other().Destroy(healthy);
+        }
+        EXPECT_GE(deadly, fewestCalls) << "fewer questions than there are";
+    }
+};
+
+TEST_F(DyingWindowsTest, PassPinsTheOthers) {
+    LoadSettings("alpha 450 350\n");
+    LetDieEverywhere([] {}, ApplyAll, [](HWND healthy) { EXPECT_TRUE(IsTopmost(healthy)); }, 14);
+}
+
+TEST_F(DyingWindowsTest, NextPassKeepsTheOthersAndForgetsTheDead) {
+    LoadSettings("alpha\n");
+    LetDieEverywhere(
+        ApplyAll, ApplyAll,
+        [](HWND healthy) {
+            EXPECT_TRUE(IsTopmost(healthy));
+            ApplyAll();
+            for (const HWND remembered : Engine().pinnedWindows) {
+                EXPECT_NE(IsWindow(remembered), FALSE);
+            }
+        },
+        18);
+}
+
+TEST_F(DyingWindowsTest, ReleaseReachesTheOthers) {
+    LoadSettings("alpha\n");
+    LetDieEverywhere(
+        ApplyAll, ReleaseAll,
+        [](HWND healthy) {
+            EXPECT_FALSE(IsTopmost(healthy));
+            EXPECT_TRUE(Engine().pinnedWindows.empty());
+        },
+        3);
+}
+
+TEST_F(DyingWindowsTest, MenuOffersTheOthers) {
+    LetDieEverywhere([] {}, RebuildCandidates,
+                     [](HWND healthy) {
+                         const auto& all = CandidateList();
+                         EXPECT_TRUE(std::any_of(all.begin(), all.end(), [healthy](const auto& c) {
+                             return c.window == healthy;
+                         }));
+                     },
+                     5);
+}
+
+}  // namespace
+}  // namespace morvane::test

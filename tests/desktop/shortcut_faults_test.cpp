@@ -1,0 +1,136 @@
+// The shortcut when the shell's own object refuses a step of its making.
+
+#include <array>
+#include <cstddef>
+#include <gtest/gtest.h>
+#include <string>
+
+#include "base/win_shell.h"
+#include "shell/startup_shortcut.h"
+#include "support/import_patch.h"
+#include "support/test_environment.h"
+
+namespace morvane::test {
+namespace {
+
+enum class Step { Create, SetPath, SetDescription, QueryInterface, Save, None };
+constexpr Step AllSteps[] = {Step::Create,         Step::SetPath, Step::SetDescription,
+                             Step::QueryInterface, Step::Save,    Step::None};
+
+// Which step of the running test fails, how many have been taken, and how many references are held.
+struct Scene {
+    Step failing = Step::None;
+    int steps = 0;
+    int references = 0;
+    std::wstring savedAs{};
+};
+
+Scene scene;
+
+HRESULT Take(Step step) {
+    ++scene.steps;
+    return step == scene.failing ? E_ACCESSDENIED : S_OK;
+}
+
+// What an object of the shell is in memory: the address of its table of functions. Only those that
+// the program calls are filled in.
+template <std::size_t Size>
+struct ShellObject {
+    const std::array<void*, Size>* functions;
+};
+
+template <typename Function>
+void* Address(Function* function) {
+    return reinterpret_cast<void*>(function);
+}
+
+HRESULT STDMETHODCALLTYPE SetPath(void* /*link*/, LPCWSTR /*path*/) {
+    return Take(Step::SetPath);
+}
+
+HRESULT STDMETHODCALLTYPE SetDescription(void* /*link*/, LPCWSTR /*text*/) {
+    return Take(Step::SetDescription);
+}
+
+HRESULT STDMETHODCALLTYPE Save(void* /*file*/, LPCOLESTR path, BOOL /*remember*/) {
+    scene.savedAs = path;
+    return Take(Step::Save);
+}
+
+ULONG STDMETHODCALLTYPE Release(void* /*object*/) {
+    return static_cast<ULONG>(--scene.references);
+}
+
+// The object when the step succeeds, with a reference for the caller.
+template <typename Object>
+HRESULT HandOut(Step step, Object& object, void** result) {
+    const HRESULT answer = Take(step);
+    *result = nullptr;
+    if (SUCCEEDED(answer)) {
+        ++scene.references;
+        *result = &object;
+    }
+    return answer;
+}
+
+HRESULT STDMETHODCALLTYPE AskForFile(void* /*link*/, REFIID id, void** result) {
+    constexpr std::size_t FunctionCount = 9;
+    static const auto functions = [] {
+        std::array<void*, FunctionCount> table{};
+        table[2] = Address(Release);
+        table[6] = Address(Save);
+        return table;
+    }();
+    static ShellObject<FunctionCount> file{&functions};
+    EXPECT_TRUE(IsEqualGUID(id, IID_IPersistFile));
+    return HandOut(Step::QueryInterface, file, result);
+}
+
+HRESULT WINAPI CreateLink(REFCLSID type, LPUNKNOWN /*outer*/, DWORD /*context*/, REFIID id,
+                          LPVOID* result) {
+    constexpr std::size_t FunctionCount = 21;
+    static const auto functions = [] {
+        std::array<void*, FunctionCount> table{};
+        table[0] = Address(AskForFile);
+        table[2] = Address(Release);
+        table[7] = Address(SetDescription);
+        table[20] = Address(SetPath);
+        return table;
+    }();
+    static ShellObject<FunctionCount> link{&functions};
+    EXPECT_TRUE(IsEqualGUID(type, CLSID_ShellLink));
+    EXPECT_TRUE(IsEqualGUID(id, IID_IShellLinkW));
+    return HandOut(Step::Create, link, result);
+}
+
+TEST(ShortcutFaultsTest, EveryRefusedStepFailsTheInstallationAndKeepsNothing) {
+    MORVANE_REQUIRE_DISPOSABLE_PROFILE();
+    const ImportPatch<decltype(&CoCreateInstance)> patch("CoCreateInstance", CreateLink);
+    int steps = 0;
+    for (const Step failing : AllSteps) {
+        scene = Scene{.failing = failing};
+        const bool isWhole = failing == Step::None;
+        EXPECT_EQ(InstallStartupShortcut(), isWhole) << steps;
+        // None is taken after the one that failed.
+        EXPECT_EQ(scene.steps, isWhole ? steps : ++steps);
+        EXPECT_EQ(scene.references, 0) << steps;
+    }
+    EXPECT_EQ(scene.savedAs, StartupShortcut());
+}
+
+DWORD WINAPI CutPath(HMODULE /*module*/, LPWSTR path, DWORD size) {
+    path[0] = L'\0';
+    SetLastError(ERROR_INSUFFICIENT_BUFFER);
+    return size;
+}
+
+TEST(ShortcutFaultsTest, PathThatIsTooLongFailsTheInstallation) {
+    MORVANE_REQUIRE_DISPOSABLE_PROFILE();
+    ResetProfile();
+    const ImportPatch<decltype(&GetModuleFileNameW)> patch("GetModuleFileNameW", CutPath);
+    EXPECT_FALSE(InstallStartupShortcut());
+    EXPECT_FALSE(IsStartupEnabled());
+}
+
+}  // namespace
+}  // namespace morvane::test
