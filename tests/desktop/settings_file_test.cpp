@@ -2,6 +2,7 @@
 
 #include "settings/settings_file.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
 #include <string>
 #include <string_view>
@@ -133,6 +134,67 @@ TEST_F(SettingsFileTest, AFileThatGrowsWhileItIsReadIsReadToTheEnd) {
     }
 }
 
+TEST_F(SettingsFileTest, TenMegabytesAreReadToTheLastLine) {
+    const std::string filler = "# " + std::string(9'997, 'x') + "\n";
+    std::string bytes;
+    while (bytes.size() < 10'000'000) {
+        bytes += filler;
+    }
+    ASSERT_TRUE(WriteFileBytes(Path(), bytes + "@pinning=0\nnotes\t0\t600"));
+    ExpectRead(Path(), L"notes");
+}
+
+struct DiskCase {
+    const char* name;
+    BOOL(WINAPI* write)(HANDLE, LPCVOID, DWORD, LPDWORD, LPOVERLAPPED);
+};
+
+BOOL WINAPI RefuseToWrite(HANDLE /*file*/, LPCVOID /*bytes*/, DWORD /*size*/, LPDWORD written,
+                          LPOVERLAPPED /*overlapped*/) {
+    *written = 0;
+    SetLastError(ERROR_DISK_FULL);
+    return FALSE;
+}
+
+BOOL WINAPI WriteNothing(HANDLE /*file*/, LPCVOID /*bytes*/, DWORD /*size*/, LPDWORD written,
+                         LPOVERLAPPED /*overlapped*/) {
+    *written = 0;
+    return TRUE;
+}
+
+TEST_F(SettingsFileTest, DiskThatTakesNothingIsAFailure) {
+    for (const DiskCase& item :
+         {DiskCase{"refuses", RefuseToWrite}, DiskCase{"takes nothing", WriteNothing}}) {
+        const ImportPatch<decltype(&WriteFile)> disk("WriteFile", item.write);
+        EXPECT_FALSE(WriteSettingsFile(Path(), ListOf(L"notes"))) << item.name;
+        ExpectDefault(ReadSettingsFile(Path()));
+    }
+}
+
+decltype(&ReadFile) originalReadFile = nullptr;
+
+// Delivers a few bytes, and then no more.
+BOOL WINAPI ReadHalf(HANDLE file, LPVOID bytes, DWORD size, LPDWORD read, LPOVERLAPPED overlapped) {
+    constexpr DWORD Part = 23;
+    originalReadFile(file, bytes, std::min(size, Part), read, overlapped);
+    SetLastError(ERROR_CRC);
+    return FALSE;
+}
+
+TEST_F(SettingsFileTest, FileThatCannotBeReadToTheEndCountsAsFarAsItWasRead) {
+    ASSERT_TRUE(WriteFileBytes(Path(), "@pinning=0\nnotes\t0\t600\nmore\n"));
+    const ImportPatch<decltype(&ReadFile)> disk("ReadFile", ReadHalf);
+    originalReadFile = disk.Original();
+    ExpectRead(Path(), L"notes");
+}
+
+TEST_F(SettingsFileTest, FileOfUnknownSizeIsReadToTheEnd) {
+    const std::string text = "#" + std::string(20'000, 'x') + "\n@pinning=0\nnotes\t0\t600\n";
+    ASSERT_TRUE(WriteFileBytes(Path(), text));
+    const auto patch = Refuse<decltype(&GetFileSizeEx), FALSE>("GetFileSizeEx");
+    ExpectRead(Path(), L"notes");
+}
+
 TEST_F(SettingsFileTest, ControlBytesDoNotEndTheFile) {
     ASSERT_TRUE(WriteFileBytes(Path(), "#\x1A\n@pinning=0\r\nnotes\t0\t600\r\n"));
     ExpectRead(Path(), L"notes");
@@ -191,15 +253,32 @@ TEST_F(SettingsFileTest, FileHeldOpenByAWriterIsReadAndRewritten) {
     EXPECT_EQ(seen, TextOf("other"));
 }
 
+decltype(&CreateFileW) originalCreateFile = nullptr;
+
+// Refuses to open read-only files for writing.
+HANDLE WINAPI OpenAsWindowsDoes(LPCWSTR path, DWORD access, DWORD share,
+                                LPSECURITY_ATTRIBUTES security, DWORD disposition, DWORD flags,
+                                HANDLE pattern) {
+    const DWORD attributes = GetFileAttributesW(path);
+    if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY) != 0 &&
+        (access & GENERIC_WRITE) != 0) {
+        SetLastError(ERROR_ACCESS_DENIED);
+        return INVALID_HANDLE_VALUE;
+    }
+    return originalCreateFile(path, access, share, security, disposition, flags, pattern);
+}
+
 TEST_F(SettingsFileTest, ReadOnlyFileIsReadAndNotWritten) {
     ASSERT_TRUE(WriteFileBytes(Path(), TextOf("notes")));
     ASSERT_NE(SetFileAttributesW(Path().c_str(), FILE_ATTRIBUTE_READONLY), FALSE);
     ExpectRead(Path(), L"notes");
-    // Wine leaves the attribute to the host, which lets its administrator write all the same.
-    if (Hold(GENERIC_WRITE, ShareAll)) {
-        GTEST_SKIP() << "this user may write to read-only files";
+    {
+        // Wine leaves the attribute to the host, which lets its administrator write all the same.
+        const ImportPatch<decltype(&CreateFileW)> windows("CreateFileW", OpenAsWindowsDoes);
+        originalCreateFile = windows.Original();
+        EXPECT_FALSE(WriteSettingsFile(Path(), PinList{}));
+        ExpectRead(Path(), L"notes");
     }
-    EXPECT_FALSE(WriteSettingsFile(Path(), PinList{}));
     EXPECT_EQ(ReadFileBytes(Path()), TextOf("notes"));
     ASSERT_NE(SetFileAttributesW(Path().c_str(), FILE_ATTRIBUTE_NORMAL), FALSE);
     EXPECT_TRUE(WriteSettingsFile(Path(), PinList{}));

@@ -11,6 +11,8 @@ using namespace std::chrono_literals;
 
 using TroubledWindowsTest = ProgramTest;
 
+constexpr std::chrono::milliseconds LongTimeout{60'000};
+
 TEST_F(TroubledWindowsTest, PassesGoOnAfterAWindowHung) {
     ASSERT_TRUE(WriteSettings("Target\n"));
     Actor hanging;
@@ -121,6 +123,31 @@ TEST_F(TroubledWindowsTest, RestartedProgramIsPinnedAgain) {
     }
     Actor actor;
     EXPECT_TRUE(BecomesTopmost(actor.Create({.title = L"Target"})));
+}
+
+// A pass over so many windows takes longer than the time between two passes.
+TEST_F(TroubledWindowsTest, TwoThousandWindowsAreLookedThrough) {
+    constexpr int Parts = 40;
+    constexpr int PartSize = 50;
+    ASSERT_TRUE(WriteSettings("Target\n"));
+    Actor actor;
+    const HWND below = actor.Create({.title = L"Target below"});
+    // In parts, so that the other process answers in time on a busy machine.
+    for (int part = 0; part < Parts; ++part) {
+        static_cast<void>(actor.CreateMany(
+            PartSize, {.title = L"Passer-by ", .style = WS_POPUP, .width = 40, .height = 30}));
+    }
+    const HWND above = actor.Create({.title = L"Target above"});
+    ASSERT_GT(RowTitles().size(), 2000U);
+    const Program program;
+    ASSERT_NE(program.WaitForControlWindow(LongTimeout), nullptr);
+    EXPECT_TRUE(IsTopmost(below));
+    EXPECT_TRUE(IsTopmost(above));
+    ASSERT_TRUE(program.SendCommand(AlwaysOnTopCommand, LongTimeout));
+    EXPECT_TRUE(WaitUntil([&] { return !IsTopmost(below) && !IsTopmost(above); }, LongTimeout));
+    EXPECT_EQ(ReadSettings(), SettingsText(false, {"Target"}));
+    ASSERT_TRUE(program.PostCommand(ExitCommand));
+    EXPECT_EQ(program.WaitForExit(LongTimeout), 0U);
 }
 
 TEST_F(TroubledWindowsTest, CrowdOfWindowsIsPinnedAndReleased) {
