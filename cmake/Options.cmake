@@ -13,7 +13,8 @@ else()
         $<$<NOT:$<CONFIG:Debug>>:-ffunction-sections>
         $<$<NOT:$<CONFIG:Debug>>:-fdata-sections>)
     target_compile_definitions(morvane_options INTERFACE $<$<CONFIG:Debug>:_GLIBCXX_ASSERTIONS>)
-    target_link_options(morvane_options INTERFACE -static)
+    # The tests have no stack guard of their own and take the runtime's, for the product's objects.
+    target_link_options(morvane_options INTERFACE -static -fstack-protector-strong)
     target_link_options(morvane_options INTERFACE
                         $<$<NOT:$<CONFIG:Debug>>:-s> $<$<NOT:$<CONFIG:Debug>>:-Wl,--gc-sections>)
 endif()
@@ -29,6 +30,29 @@ else()
         morvane_lean INTERFACE
         $<$<COMPILE_LANGUAGE:CXX>:-fno-rtti>
         $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions>)
+endif()
+
+# A buffer that is overrun ends the program; see app/stack_guard.cpp.
+add_library(morvane_guarded INTERFACE)
+if(MSVC)
+    target_compile_options(morvane_guarded INTERFACE /GS)
+else()
+    target_compile_options(
+        morvane_guarded INTERFACE $<$<COMPILE_LANGUAGE:CXX>:-fstack-protector-strong>)
+    # Checked calls need the optimiser.
+    target_compile_definitions(
+        morvane_guarded INTERFACE
+        $<$<AND:$<COMPILE_LANGUAGE:CXX>,$<NOT:$<CONFIG:Debug>>,$<NOT:$<BOOL:${MORVANE_COVERAGE}>>>:_FORTIFY_SOURCE=2>)
+endif()
+
+# Counts which lines of the product are run; see tests/coverage.
+add_library(morvane_counted INTERFACE)
+if(MORVANE_COVERAGE)
+    target_compile_options(
+        morvane_counted INTERFACE
+        $<$<COMPILE_LANGUAGE:CXX>:-O0>
+        $<$<COMPILE_LANGUAGE:CXX>:--coverage>)
+    target_link_options(morvane_options INTERFACE --coverage)
 endif()
 
 # A windowed program with wWinMain, loadable anywhere in memory, with the same bytes at every build.

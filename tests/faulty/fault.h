@@ -16,7 +16,8 @@
 //   SetTimer@2-         the second call and all later ones fail
 //   SetTimer@2-5        the second to the fifth call fail
 //   SetTimer@0          no call fails; the calls are only noted
-//   WriteFile=20        the disk takes 20 more bytes (WriteFile alone)
+//   WriteFile=20        the disk takes 20 more bytes
+//   GetSystemDirectoryW=16  writes 16 characters beyond the caller's buffer
 //
 // MORVANE_FAULT_REPORT is a file that gets a line per call of the named functions: the name, and
 // "failed" or "passed". A plan that cannot be carried out ends the process with PlanFailed.

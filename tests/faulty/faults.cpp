@@ -57,12 +57,39 @@ struct WriteProtection {
     }
 };
 
+// Fails; or, with an amount, writes so many characters beyond its caller's buffer.
+struct SystemDirectory {
+    static inline Fault fault{.name = "GetSystemDirectoryW", .replacement = nullptr};
+
+    static UINT WINAPI Call(LPWSTR path, UINT size) {
+        if (!MustFail(fault)) {
+            return reinterpret_cast<decltype(&GetSystemDirectoryW)>(fault.original)(path, size);
+        }
+        if (fault.amount == 0) {
+            SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+            return 0;
+        }
+        // Not by way of an object whose size the compiler knows.
+        volatile wchar_t* const end = path + size;
+        for (unsigned i = 0; i < fault.amount; ++i) {
+            end[i] = L'x';
+        }
+        return 1;
+    }
+
+    static Fault* Entry() {
+        fault.replacement = reinterpret_cast<void*>(&Call);
+        return &fault;
+    }
+};
+
 constexpr INT_PTR NoHandle = -1;  // INVALID_HANDLE_VALUE as a number
 
 // Only what the program imports: a plan that names anything else cannot be carried out.
 Fault* const AllFaults[] = {
     FullDisk::Entry(),
     WriteProtection::Entry(),
+    SystemDirectory::Entry(),
     // kernel32
     Failing<"CreateDirectoryW", decltype(&CreateDirectoryW), FALSE, ERROR_ACCESS_DENIED>::Entry(),
     Failing<"CreateMutexW", decltype(&CreateMutexW), nullptr, ERROR_ACCESS_DENIED>::Entry(),
@@ -70,8 +97,6 @@ Fault* const AllFaults[] = {
     Failing<"FindFirstFileW", decltype(&FindFirstFileW), NoHandle, ERROR_ACCESS_DENIED>::Entry(),
     Failing<"GetModuleFileNameW", decltype(&GetModuleFileNameW), 0U,
             ERROR_INSUFFICIENT_BUFFER>::Entry(),
-    Failing<"GetSystemDirectoryW", decltype(&GetSystemDirectoryW), 0U,
-            ERROR_NOT_ENOUGH_MEMORY>::Entry(),
     Failing<"LoadLibraryExW", decltype(&LoadLibraryExW), nullptr, ERROR_MOD_NOT_FOUND>::Entry(),
     Failing<"ReadFile", decltype(&ReadFile), FALSE, ERROR_CRC>::Entry(),
     Failing<"RemoveDirectoryW", decltype(&RemoveDirectoryW), FALSE,

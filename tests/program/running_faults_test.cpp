@@ -135,6 +135,18 @@ TEST_F(RunningFaultsTest, EditorThatDoesNotStartStopsNothing) {
     EXPECT_TRUE(program.SendCommand(ApplyNowCommand));
 }
 
+// What lies behind the buffer may be the address to return to.
+TEST_F(RunningFaultsTest, OverrunBufferEndsTheProgram) {
+    constexpr DWORD StackBufferOverrun = 0xC0000409;
+    for (const char* plan : {"GetSystemDirectoryW=16", "GetSystemDirectoryW=8"}) {
+        const Program program = StartedFaultyProgram(plan);
+        ASSERT_TRUE(program.PostCommand(OpenSettingsCommand));
+        EXPECT_EQ(program.WaitForExit(), StackBufferOverrun) << plan;
+        EXPECT_EQ(CountOf("GetSystemDirectoryW failed"), 1U) << plan;
+        ForgetNotedCalls();
+    }
+}
+
 TEST_F(RunningFaultsTest, RefusedShortcutIsAWarning) {
     const TrayRecorder recorder;
     const Program program = StartedFaultyProgram("CoCreateInstance");

@@ -3,7 +3,11 @@
 
 #include <algorithm>
 #include <array>
+#include <iterator>
+#include <set>
+#include <utility>
 
+#include "base/gdi_owners.h"
 #include "program/menu_scene.h"
 #include "support/child_process.h"
 #include "support/library_watch.h"
@@ -16,11 +20,34 @@ namespace {
 
 constexpr const wchar_t* ProgramName = L"Morvane.exe";
 
-// Wine's own user32 imports the version library, wherever it lies: that one is put beside the
-// program once the program runs. By then it is loaded already under Wine, so that asking for it
-// again finds it under its name; only on Windows can it come from the wrong place.
-constexpr const wchar_t* BeforeStart[] = {L"dwmapi.dll", L"uxtheme.dll"};
-constexpr const wchar_t* AfterStart[] = {L"version.dll"};
+// What Windows maps from its own list of known libraries (KnownDLLs in the registry, and what those
+// import), whatever lies beside a program: a planted file of such a name is never looked at. Wine
+// has no such list, so that these names are left out here; that the program imports no others at
+// load time is a fact about its file, which the tests of the finished program check.
+constexpr std::wstring_view KnownLibraries[] = {
+    L"advapi32.dll", L"clbcatq.dll", L"combase.dll",    L"gdi32.dll",   L"imm32.dll",
+    L"kernel32.dll", L"msctf.dll",   L"msvcrt.dll",     L"ole32.dll",   L"oleaut32.dll",
+    L"rpcrt4.dll",   L"sechost.dll", L"shcore.dll",     L"shell32.dll", L"shlwapi.dll",
+    L"user32.dll",   L"ntdll.dll",   L"kernelbase.dll", L"win32u.dll",  L"ucrtbase.dll",
+};
+
+// Wine's own libraries import these, wherever they lie: they are put beside the program once the
+// program runs. By then they are loaded already under Wine, so that asking for them again finds
+// them by their names; only on Windows could they come from the wrong place.
+constexpr std::wstring_view ImportedByWine[] = {L"version.dll", L"zlib1.dll"};
+
+// What Windows's own libraries load by name in programs like this one, beside what Wine's load.
+constexpr const wchar_t* LoadedByWindows[] = {
+    L"apphelp.dll",  L"bcrypt.dll",   L"cryptbase.dll",     L"cryptsp.dll",
+    L"edputil.dll",  L"iertutil.dll", L"linkinfo.dll",      L"kernel.appcore.dll",
+    L"netapi32.dll", L"ntmarta.dll",  L"ntshrui.dll",       L"profapi.dll",
+    L"propsys.dll",  L"rsaenh.dll",   L"sspicli.dll",       L"textshaping.dll",
+    L"urlmon.dll",   L"userenv.dll",  L"windowscodecs.dll", L"windows.storage.dll",
+    L"wldp.dll",     L"xmllite.dll",
+};
+
+// Copied under the names of libraries that Wine does not have.
+constexpr const wchar_t* AnyLibrary = L"dwmapi.dll";
 
 std::wstring PortableFolder() {
     return RoamingFolder() + L"\\PortableProgram";
@@ -49,17 +76,29 @@ std::vector<std::wstring> FromPortableFolder(std::vector<std::wstring> files) {
 
 // Puts a copy of the system's library beside the program, without the mark by which Wine knows
 // its own libraries: it would load the original in place of a marked copy.
-bool Plant(const wchar_t* name) {
+bool Plant(const std::wstring& name) {
     constexpr std::string_view Mark = "Wine builtin DLL";
     std::array<wchar_t, MAX_PATH> system{};
     GetSystemDirectoryW(system.data(), MAX_PATH);
-    std::string bytes =
-        ReadFileBytes(std::wstring(system.data()) + L"\\" + name).value_or(std::string());
-    const std::size_t mark = bytes.find(Mark);
-    if (mark != std::string::npos) {
-        bytes.replace(mark, Mark.size(), Mark.size(), ' ');
+    const std::wstring folder = std::wstring(system.data()) + L"\\";
+    std::optional<std::string> bytes = ReadFileBytes(folder + name);
+    if (!bytes) {
+        bytes = ReadFileBytes(folder + AnyLibrary);
     }
-    return !bytes.empty() && WriteFileBytes(PortableFile(name), bytes);
+    if (!bytes) {
+        return false;
+    }
+    const std::size_t mark = bytes->find(Mark);
+    if (mark != std::string::npos) {
+        bytes->replace(mark, Mark.size(), Mark.size(), ' ');
+    }
+    return WriteFileBytes(PortableFile(name), *bytes);
+}
+
+std::wstring NameOf(const std::wstring& file) {
+    std::wstring name = file.substr(file.find_last_of(L'\\') + 1);
+    CharLowerW(name.data());
+    return name;
 }
 
 std::vector<std::wstring> LoadedModules(DWORD processId) {
@@ -76,6 +115,26 @@ std::vector<std::wstring> LoadedModules(DWORD processId) {
         K32GetModuleFileNameExW(process.get(), modules.at(i), path.data(), MAX_PATH);
         files.emplace_back(path.data());
     }
+    return files;
+}
+
+// Opens and closes all that the program has to show, and writes what it has to write. Returns every
+// library that is loaded before, meanwhile and at the end, let go again or not.
+std::vector<std::wstring> LibrariesOfAllThatThereIs(const Program& program) {
+    const LibraryWatch watch(program.ProcessId());
+    EXPECT_NE(OpenMenu(program), nullptr);
+    EXPECT_NE(OpenSubmenu(program, Item::AddRemove, Way::Keyboard), nullptr);
+    EXPECT_TRUE(DismissMenu(program));
+    EXPECT_TRUE(program.SendCommand(StartWithWindowsCommand));
+    EXPECT_TRUE(PathExists(StartupShortcut()));
+    const HWND dialog = OpenAbout(program);
+    EXPECT_NE(dialog, nullptr);
+    std::vector<std::wstring> files = watch.Files();
+    for (std::wstring& file : LoadedModules(program.ProcessId())) {
+        files.push_back(std::move(file));
+    }
+    PostMessageW(dialog, WM_CLOSE, 0, 0);
+    EXPECT_TRUE(AboutCloses(program));
     return files;
 }
 
@@ -96,42 +155,69 @@ protected:
         if (IsSkipped()) {
             return;
         }
-        for (const wchar_t* name : BeforeStart) {
-            DeleteFileW(PortableFile(name).c_str());
-        }
-        for (const wchar_t* name : AfterStart) {
+        for (const std::wstring& name : planted_) {
             DeleteFileW(PortableFile(name).c_str());
         }
         DeleteFileW(PortableFile(ProgramName).c_str());
         RemoveDirectoryW(PortableFolder().c_str());
     }
+
+    void PlantAll(const std::set<std::wstring>& names) {
+        for (const std::wstring& name : names) {
+            planted_.push_back(name);
+            EXPECT_TRUE(Plant(name)) << name;
+        }
+    }
+
+private:
+    std::vector<std::wstring> planted_;
 };
 
 TEST_F(SystemLibraryTest, LibrariesBesideTheProgramAreNotLoaded) {
-    for (const wchar_t* name : BeforeStart) {
-        ASSERT_TRUE(Plant(name));
+    std::set<std::wstring> names(std::begin(LoadedByWindows), std::end(LoadedByWindows));
+    {
+        const Program program = StartedProgram();
+        for (const std::wstring& file : LibrariesOfAllThatThereIs(program)) {
+            names.insert(NameOf(file));
+        }
+        ASSERT_EQ(program.ExitByCommand(), 0U);
     }
+    ResetProfile();
+    names.erase(L"morvane.exe");
+    for (const std::wstring_view known : KnownLibraries) {
+        names.erase(std::wstring(known));
+    }
+    // Let go again as soon as it has been used, hence not among the modules.
+    EXPECT_TRUE(names.contains(L"dwmapi.dll"));
+    EXPECT_TRUE(names.contains(L"uxtheme.dll"));
+    std::set<std::wstring> afterStart;
+    for (const std::wstring_view imported : ImportedByWine) {
+        names.erase(std::wstring(imported));
+        afterStart.insert(std::wstring(imported));
+    }
+
+    PlantAll(names);
     const Program program = Program::FromFile(PortableFile(ProgramName));
     ASSERT_NE(program.WaitForControlWindow(), nullptr);
-    for (const wchar_t* name : AfterStart) {
-        ASSERT_TRUE(Plant(name));
-    }
-    const LibraryWatch watch(program.ProcessId());
-    const HWND dialog = OpenAbout(program);
-    ASSERT_NE(dialog, nullptr);
-
-    // Let go again as soon as it has been used, hence not among the modules.
-    const std::vector<std::wstring> watched = watch.Files();
-    EXPECT_TRUE(std::any_of(watched.begin(), watched.end(), [](const std::wstring& file) {
-        return EndsWith(file, L"\\dwmapi.dll");
+    PlantAll(afterStart);
+    const std::vector<std::wstring> files = LibrariesOfAllThatThereIs(program);
+    EXPECT_TRUE(std::any_of(files.begin(), files.end(), [](const std::wstring& file) {
+        return NameOf(file) == L"dwmapi.dll";
     }));
-    EXPECT_EQ(FromPortableFolder(watched), std::vector<std::wstring>{});
-    EXPECT_EQ(FromPortableFolder(LoadedModules(program.ProcessId())),
-              std::vector<std::wstring>{PortableFile(ProgramName)});
-
-    PostMessageW(dialog, WM_CLOSE, 0, 0);
-    EXPECT_TRUE(AboutCloses(program));
+    EXPECT_EQ(FromPortableFolder(files), std::vector<std::wstring>{PortableFile(ProgramName)});
     EXPECT_EQ(program.ExitByCommand(), 0U);
+}
+
+// Otherwise the test above would show nothing: a planted library is loaded by a program that does
+// not take care.
+TEST_F(SystemLibraryTest, PlantedLibraryWouldBeLoaded) {
+    PlantAll({AnyLibrary});
+    const Module library(
+        LoadLibraryExW(PortableFile(AnyLibrary).c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH));
+    ASSERT_TRUE(library);
+    std::array<wchar_t, MAX_PATH> path{};
+    GetModuleFileNameW(library.get(), path.data(), MAX_PATH);
+    EXPECT_EQ(FromPortableFolder({path.data()}).size(), 1U) << "not the system's own";
 }
 
 }  // namespace
