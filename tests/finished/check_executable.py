@@ -6,6 +6,7 @@ Needs pefile (Debian: python3-pefile).
 """
 
 import argparse
+import re
 import struct
 import sys
 from collections import namedtuple
@@ -30,6 +31,12 @@ ALLOWED_ANSI = {
     ("kernel32.dll", "CreateSemaphoreA"),
     ("kernel32.dll", "OutputDebugStringA"),
 }
+
+# mov ecx, 2; int 29h: Windows ends the process at once, because of a changed stack guard.
+GUARD_FAILURE = b"\xb9\x02\x00\x00\x00\xcd\x29"
+NEAR_CALL_SIZE = 5
+# Far fewer than there are; without the compiler's option there is none.
+MIN_GUARDED_FUNCTIONS = 40
 
 ICON_ID = 101
 PNG_SIGNATURE = b"\x89PNG\r\n\x1a\n"
@@ -147,6 +154,21 @@ def check_sections(program):
             both.append(section.Name.rstrip(b"\0").decode("ascii", "replace"))
     require(not both, "writable and executable: " + ", ".join(both))
     return f"{len(program.pe.sections)} sections, none writable and executable"
+
+
+def check_stack_guard(program):
+    """Functions that, before they return, call what ends a program whose buffer was overrun."""
+    code = next(s for s in program.pe.sections if s.IMAGE_SCN_MEM_EXECUTE)
+    data = code.get_data()
+    ends = {match.start() for match in re.finditer(re.escape(GUARD_FAILURE), data)}
+    require(ends, "nothing ends the program for an overrun buffer")
+    # A near call's target counts from the instruction behind its four bytes of distance.
+    calls = sum(position + NEAR_CALL_SIZE + struct.unpack_from("<i", data, position + 1)[0] in ends
+                for position in (match.start() for match in re.finditer(b"\xe8", data))
+                if position + NEAR_CALL_SIZE <= len(data))
+    require(calls >= MIN_GUARDED_FUNCTIONS,
+            f"{calls} calls of it, expected at least {MIN_GUARDED_FUNCTIONS}")
+    return f"{calls} functions look at it"
 
 
 def check_stripped(program):
@@ -283,6 +305,7 @@ CHECKS = (
     ("NX_COMPAT", check_dll_characteristic("NX_COMPAT")),
     ("relocations", check_relocations),
     ("sections", check_sections),
+    ("stack guard", check_stack_guard),
     ("stripped", check_stripped),
     ("build traces", check_build_traces),
     ("icon", check_icon),

@@ -14,10 +14,10 @@ from pathlib import Path
 import check_executable
 from pe_resources import RT_GROUP_ICON, RT_ICON, RT_MANIFEST, RT_VERSION
 from spoiled_copy import (
-    DOS_TEXT, FIXED_VERSION_SIGNATURE, SpoiledCopy, ansi_variant_imported, code_made_writable,
-    directory, dll_flag_cleared, file_flag_set, file_header, fixed_version_byte, library_renamed,
-    manifest_element_added, manifest_text, optional_header, resource_byte, resource_renumbered,
-    resource_text, text_left_in, version_text, wide)
+    DOS_TEXT, FIXED_VERSION_SIGNATURE, SpoiledCopy, ansi_variant_imported, calls_diverted,
+    code_made_writable, directory, dll_flag_cleared, file_flag_set, file_header, fixed_version_byte,
+    guard_failure_changed, library_renamed, manifest_element_added, manifest_text, optional_header,
+    resource_byte, resource_renumbered, resource_text, text_left_in, version_text, wide)
 
 IMPORTS, RESOURCES, RELOCATIONS, DEBUG = 1, 2, 5, 6
 
@@ -45,6 +45,11 @@ CASES = (
     ("relocations marked as stripped", file_flag_set(0x0001), {"relocations"}),
     ("no relocations", directory(RELOCATIONS, VirtualAddress=0, Size=0), {"relocations"}),
     ("writable code", code_made_writable(), {"sections"}),
+    ("overrun buffers unnoticed", guard_failure_changed(check_executable.GUARD_FAILURE),
+     {"stack guard"}),
+    ("no function that looks for them",
+     calls_diverted(check_executable.GUARD_FAILURE, check_executable.NEAR_CALL_SIZE),
+     {"stack guard"}),
     ("a number of symbols", file_header(NumberOfSymbols=7), {"stripped"}),
     ("a symbol table", file_header(PointerToSymbolTable=0x400), {"stripped"}),
     ("a debug directory", directory(DEBUG, Size=28), {"stripped"}),

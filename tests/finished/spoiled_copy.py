@@ -83,6 +83,30 @@ def code_made_writable():
     return spoil
 
 
+def guard_failure_changed(failure):
+    """Takes the instruction that ends the program out of every place where it stands."""
+    def spoil(spoiled):
+        spoiled.data[:] = spoiled.data.replace(failure, b"\x90" * len(failure))
+
+    return spoil
+
+
+def calls_diverted(failure, call_size):
+    """Makes every near call of what ends the program a call of the byte behind it."""
+    def spoil(spoiled):
+        code = next(s for s in spoiled.pe.sections if s.IMAGE_SCN_MEM_EXECUTE)
+        begin = code.PointerToRawData
+        data = code.get_data()
+        for position in range(len(data) - call_size):
+            if data[position] == 0xE8:
+                distance = struct.unpack_from("<i", data, position + 1)[0]
+                target = position + call_size + distance
+                if data[target : target + len(failure)] == failure:
+                    spoiled.put(begin + position + 1, struct.pack("<i", distance + 1))
+
+    return spoil
+
+
 def library_renamed(old, new):
     return lambda spoiled: spoiled.put(
         spoiled.pe.get_offset_from_rva(spoiled.imports(old).struct.Name), new)

@@ -174,8 +174,9 @@ std::optional<Balloon> ShownBalloon() {
         if (!IsBalloonWindow(tooltip) || IsWindowVisible(tooltip) == FALSE) {
             continue;
         }
-        for (ToolOfWindow& tool : ToolsOf(tooltip)) {
-            return Balloon{WindowRect(tooltip), std::move(tool.text)};
+        std::vector<ToolOfWindow> tools = ToolsOf(tooltip);
+        if (!tools.empty()) {
+            return Balloon{WindowRect(tooltip), std::move(tools.front().text)};
         }
     }
     return std::nullopt;

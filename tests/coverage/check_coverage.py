@@ -1,0 +1,84 @@
+#!/usr/bin/python3
+"""Reports which lines of the program the tests have run, and judges the rest.
+
+Every line of src/ that no test runs needs an excuse in excuses.txt: its file and its text, and below
+them, indented, the reason. A line without an excuse, an excuse without a line, and a share below the
+goal are findings. Exit code: 0 without findings, 1 otherwise. Needs gcovr.
+
+usage: check_coverage.py BUILD_FOLDER
+"""
+
+import json
+import subprocess
+import sys
+from pathlib import Path
+
+ROOT = Path(__file__).resolve().parents[2]
+EXCUSES = Path(__file__).with_name("excuses.txt")
+GOAL = 95.0  # percent of the lines
+GCOV = "x86_64-w64-mingw32-gcov-posix"
+
+
+def counted_lines(build):
+    """{(file, line number): how often it was run}"""
+    result = subprocess.run(
+        ["gcovr", "--root", str(ROOT), "--filter", str(ROOT / "src") + "/", "--gcov-executable",
+         GCOV, "--json", "-", str(build / "src")],
+        cwd=ROOT, stdout=subprocess.PIPE, text=True, check=True)
+    return {(file["file"], line["line_number"]): line["count"]
+            for file in json.loads(result.stdout)["files"] for line in file["lines"]
+            if not line.get("gcovr/noncode", False)}
+
+
+def excuses():
+    """{(file, text): reason}"""
+    found = {}
+    subject = None
+    for line in EXCUSES.read_text(encoding="utf-8").splitlines():
+        if not line.strip() or line.startswith("#"):
+            continue
+        if line.startswith(" "):
+            if subject is None:
+                raise ValueError(f"a reason without a line: {line.strip()}")
+            found[subject] = f"{found[subject]} {line.strip()}".strip()
+        else:
+            file, separator, text = line.partition(": ")
+            if not separator:
+                raise ValueError(f"no file and text: {line}")
+            subject = (file, text.strip())
+            found[subject] = ""
+    return found
+
+
+def main(build):
+    counts = counted_lines(Path(build).resolve())
+    texts = {}
+    missed = []
+    for (file, number), count in sorted(counts.items()):
+        if count == 0:
+            lines = texts.setdefault(file, (ROOT / file).read_text(encoding="utf-8").splitlines())
+            missed.append((file, number, lines[number - 1].strip()))
+
+    reasons = excuses()
+    findings = [f"{file}:{number}: no test runs this line, and nothing excuses it: {text}"
+                for file, number, text in missed if (file, text) not in reasons]
+    used = {(file, text) for file, _, text in missed}
+    findings += [f"{file}: the excuse fits no line that is not run: {text}"
+                 for file, text in reasons if (file, text) not in used]
+    findings += [f"{file}: an excuse without a reason: {text}"
+                 for (file, text), reason in reasons.items() if not reason]
+    share = 100.0 * (len(counts) - len(missed)) / len(counts) if counts else 0.0
+    if share < GOAL:
+        findings.append(f"below the goal of {GOAL} %")
+
+    for file, number, text in missed:
+        print(f"not run: {file}:{number}: {text}")
+        if reasons.get((file, text)):
+            print(f"         {reasons[file, text]}")
+    print("\n".join(findings))
+    print(f"{len(counts) - len(missed)} of {len(counts)} lines of the program are run: {share:.1f} %")
+    return 1 if findings else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main(*sys.argv[1:]))
