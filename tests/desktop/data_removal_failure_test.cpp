@@ -6,11 +6,15 @@
 
 #include "base/owners.h"
 #include "shell/data_removal.h"
+#include "shell/remove_tree.h"
+#include "support/import_patch.h"
 #include "support/test_environment.h"
 #include "support/test_files.h"
 
 namespace morvane::test {
 namespace {
+
+constexpr INT_PTR NoHandle = -1;  // INVALID_HANDLE_VALUE as a number
 
 class DataRemovalFailureTest : public testing::Test {
 protected:
@@ -45,6 +49,24 @@ TEST_F(DataRemovalFailureTest, HeldFileAndItsFoldersStayUntilItIsReleased) {
         EXPECT_TRUE(RemoveAllData());
         EXPECT_FALSE(PathExists(DataFolder()));
     }
+}
+
+TEST_F(DataRemovalFailureTest, ReadOnlyFileThatCannotBeChangedStays) {
+    ASSERT_NE(CreateDirectoryW(DataFolder().c_str(), nullptr), FALSE);
+    const std::wstring file = DataFolder() + L"\\file.txt";
+    ASSERT_TRUE(WriteFileBytes(file, "content"));
+    ASSERT_NE(SetFileAttributesW(file.c_str(), FILE_ATTRIBUTE_READONLY), FALSE);
+    {
+        const auto patch = Refuse<decltype(&CreateFileW), NoHandle>("CreateFileW");
+        EXPECT_FALSE(RemoveAllData());
+    }
+    EXPECT_EQ(ReadFileBytes(file), "content");
+    EXPECT_TRUE(RemoveAllData());
+    EXPECT_FALSE(PathExists(DataFolder()));
+}
+
+TEST_F(DataRemovalFailureTest, FolderThatIsGoneCountsAsRemoved) {
+    EXPECT_TRUE(RemoveTree(DataFolder()));
 }
 
 }  // namespace

@@ -107,6 +107,42 @@ TEST_F(AboutFaultsTest, WithoutTheFunctionsOfTheLibrariesTheDialogIsPlain) {
     }
 }
 
+HWND darkened = nullptr;
+
+bool WINAPI AllowDarkMode(HWND window, bool allow) {
+    darkened = allow ? window : nullptr;
+    return true;
+}
+
+FARPROC WINAPI FindDarkMode(HMODULE /*library*/, LPCSTR name) {
+    return std::string_view(name) == "AllowDarkModeForWindow"
+               ? reinterpret_cast<FARPROC>(reinterpret_cast<void*>(&AllowDarkMode))
+               : nullptr;
+}
+
+TEST_F(AboutFaultsTest, DarkModeIsAllowedByNameInTheDarkThemeOnly) {
+    const ImportPatch<decltype(&GetProcAddress)> patch("GetProcAddress", FindDarkMode);
+    for (const DWORD light : {0U, 1U}) {
+        AppThemeSetting::Set(light);
+        darkened = nullptr;
+        OpenAndLook([light](HWND dialog) { EXPECT_EQ(darkened, light == 0 ? dialog : nullptr); });
+    }
+}
+
+// As before its creation has got so far.
+TEST_F(AboutFaultsTest, WithoutItsRecordTheDialogLeavesItsColoursToTheSystem) {
+    AppThemeSetting::Set(0);
+    OpenAndLook([](HWND dialog) {
+        const Canvas canvas(10, 10);
+        const auto dc = reinterpret_cast<WPARAM>(canvas.Context());
+        const LONG_PTR record = SetWindowLongPtrW(dialog, GWLP_USERDATA, 0);
+        const LRESULT without = SendMessageW(dialog, WM_CTLCOLORSTATIC, dc, 0);
+        EXPECT_EQ(SendMessageW(dialog, WM_ERASEBKGND, dc, 0), 0);
+        SetWindowLongPtrW(dialog, GWLP_USERDATA, record);
+        EXPECT_NE(without, SendMessageW(dialog, WM_CTLCOLORSTATIC, dc, 0));
+    });
+}
+
 TEST(DialogFrameFaultsTest, WindowOfUnknownPlaceIsNotMoved) {
     const WindowOwner window(CreateWindowExW(0, L"STATIC", L"", WS_POPUP, 10, 20, 30, 40, nullptr,
                                              nullptr, GetModuleHandleW(nullptr), nullptr));

@@ -1,5 +1,7 @@
 // The functions that can be made to fail, each as Windows documents its failure.
 
+#include <cstddef>
+
 #include "base/win_shell.h"
 #include "faulty/plan.h"
 
@@ -83,6 +85,8 @@ struct SystemDirectory {
     }
 };
 
+using AllocateFunction = void*(WINAPI*)(std::size_t);  // malloc, without its attributes
+
 constexpr INT_PTR NoHandle = -1;  // INVALID_HANDLE_VALUE as a number
 
 // Only what the program imports: a plan that names anything else cannot be carried out.
@@ -102,6 +106,8 @@ Fault* const AllFaults[] = {
     Failing<"RemoveDirectoryW", decltype(&RemoveDirectoryW), FALSE,
             ERROR_SHARING_VIOLATION>::Entry(),
     Failing<"SetEndOfFile", decltype(&SetEndOfFile), FALSE, ERROR_WRITE_PROTECT>::Entry(),
+    // msvcrt
+    Failing<"malloc", AllocateFunction, nullptr, ERROR_NOT_ENOUGH_MEMORY>::Entry(),
     // user32
     Failing<"CreatePopupMenu", decltype(&CreatePopupMenu), nullptr,
             ERROR_NOT_ENOUGH_MEMORY>::Entry(),

@@ -147,6 +147,29 @@ TEST_F(RunningFaultsTest, OverrunBufferEndsTheProgram) {
     }
 }
 
+// Nothing sensible can be done without; what is left on top is found by the next instance.
+TEST_F(RunningFaultsTest, WithoutMemoryTheProgramEndsAtOnce) {
+    constexpr DWORD Aborted = 3;
+    ASSERT_TRUE(WriteSettings("Target\n"));
+    Actor actor;
+    const HWND target = actor.Create({.title = L"Target"});
+    {
+        const Program program = StartedFaultyProgram("malloc@60");
+        EXPECT_TRUE(IsTopmost(target));
+        // Until enough has been asked for.
+        EXPECT_TRUE(WaitUntil([&program] {
+            static_cast<void>(program.PostCommand(ApplyNowCommand));
+            return !program.IsRunning();
+        }));
+        EXPECT_EQ(program.WaitForExit(), Aborted);
+    }
+    EXPECT_EQ(CountOf("malloc failed"), 1U);
+    EXPECT_EQ(ReadSettings(), "Target\n");
+    const Program next = StartedProgram();
+    EXPECT_EQ(next.ExitByCommand(), 0U);
+    EXPECT_FALSE(IsTopmost(target));
+}
+
 TEST_F(RunningFaultsTest, RefusedShortcutIsAWarning) {
     const TrayRecorder recorder;
     const Program program = StartedFaultyProgram("CoCreateInstance");
