@@ -403,6 +403,19 @@ Function un.RequireFreeProgram
     SetErrors
 FunctionEnd
 
+; The file that was started may still be open: it ends after it has started this copy of itself. Run in
+; place there is no copy, and the file stays.
+Function un.DeleteUninstaller
+    ${For} $R2 1 ${FILE_PATIENCE}
+        Delete "$INSTDIR\Uninstall.exe"
+        ${IfNot} ${FileExists} "$INSTDIR\Uninstall.exe"
+        ${OrIf} $EXEDIR == $INSTDIR
+            Return
+        ${EndIf}
+        Sleep 200
+    ${Next}
+FunctionEnd
+
 ; Needs the program. $R8 becomes the exit code, and $R9 the text, when something is left behind.
 Function un.RemoveTraces
     ${If} ${FileExists} "$INSTDIR\Morvane.exe"
@@ -444,7 +457,7 @@ Function un.Remove
     Call un.RemoveTraces
     Delete "$INSTDIR\Morvane.exe"
     Delete "$INSTDIR\LICENSE.txt"
-    Delete "$INSTDIR\Uninstall.exe"
+    Call un.DeleteUninstaller
     Delete "${START_MENU_ENTRY}"
     DeleteRegKey HKCU "${UNINSTALL_KEY}"
     ; Only when nothing of the user's is in it.
