@@ -26,14 +26,6 @@ FileHandle OpenFile(const std::wstring& path, DWORD access, DWORD disposition) {
                                   FILE_ATTRIBUTE_NORMAL, nullptr));
 }
 
-// A file's text, or a part of it, in memory that was not cleared before.
-struct FileText {
-    std::unique_ptr<char[]> bytes;
-    std::size_t length = 0;
-
-    [[nodiscard]] std::string_view View() const { return {bytes.get(), length}; }
-};
-
 // Reads on until the buffer is full or the end is reached, and returns how far it came; a failing
 // read counts as the end.
 std::size_t ReadUpTo(HANDLE file, char* buffer, std::size_t used, std::size_t capacity) {
@@ -50,26 +42,26 @@ std::size_t ReadUpTo(HANDLE file, char* buffer, std::size_t used, std::size_t ca
     return used;
 }
 
-// The whole text of a file whose beginning has been read already.
-FileText ReadRest(HANDLE file, std::string_view beginning) {
+// A file whose beginning has been read already and is not all of it.
+PinList ReadLongFile(HANDLE file, std::string_view beginning) {
     // Only a hint: when the file grows meanwhile, the loop goes on. One byte more than the size, so
     // that the read that meets the end leaves room.
     LARGE_INTEGER size{};
     GetFileSizeEx(file, &size);
     std::size_t capacity =
         std::max(static_cast<std::size_t>(size.QuadPart), 2 * beginning.size()) + 1;
-    FileText text{std::make_unique_for_overwrite<char[]>(capacity), beginning.size()};
-    std::copy(beginning.begin(), beginning.end(), text.bytes.get());
-    while (true) {
-        text.length = ReadUpTo(file, text.bytes.get(), text.length, capacity);
-        if (text.length < capacity) {
-            return text;
-        }
+    // Not cleared first, since it is read into at once.
+    auto bytes = std::make_unique_for_overwrite<char[]>(capacity);
+    std::copy(beginning.begin(), beginning.end(), bytes.get());
+    std::size_t length = ReadUpTo(file, bytes.get(), beginning.size(), capacity);
+    while (length == capacity) {
         capacity *= 2;
-        FileText larger{std::make_unique_for_overwrite<char[]>(capacity), text.length};
-        std::copy_n(text.bytes.get(), text.length, larger.bytes.get());
-        text = std::move(larger);
+        auto larger = std::make_unique_for_overwrite<char[]>(capacity);
+        std::copy_n(bytes.get(), length, larger.get());
+        bytes = std::move(larger);
+        length = ReadUpTo(file, bytes.get(), length, capacity);
     }
+    return ParseSettingsText({bytes.get(), length});
 }
 
 bool WriteWhole(HANDLE file, std::string_view bytes) {
@@ -97,11 +89,7 @@ PinList ReadSettingsFile(const std::wstring& path) {
     std::array<char, SmallFile> beginning{};
     const std::size_t length = ReadUpTo(file.get(), beginning.data(), 0, beginning.size());
     const std::string_view text(beginning.data(), length);
-    if (length < beginning.size()) {
-        return ParseSettingsText(text);
-    }
-    const FileText whole = ReadRest(file.get(), text);
-    return ParseSettingsText(whole.View());
+    return length < beginning.size() ? ParseSettingsText(text) : ReadLongFile(file.get(), text);
 }
 
 bool WriteSettingsFile(const std::wstring& path, const PinList& list) {

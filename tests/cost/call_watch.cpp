@@ -107,7 +107,8 @@ CallCounts CountCalls(const std::function<void()>& work) {
 CallCounts Added(const CallCounts& counts, const CallCounts& base) {
     CallCounts added = counts;
     for (const auto& [name, count] : base) {
-        if ((added[name] -= count) < 0) {
+        added[name] -= count;
+        if (added[name] < 0) {
             throw std::logic_error("fewer calls of " + name);
         }
     }

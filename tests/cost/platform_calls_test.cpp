@@ -31,6 +31,7 @@ protected:
         constexpr int Windows = 3;
         const CallCounts before = CountCalls(ApplyAll);
         std::vector<HWND> windows;
+        windows.reserve(Windows);
         for (int count = 0; count < Windows; ++count) {
             windows.push_back(Other().Create(spec));
         }
