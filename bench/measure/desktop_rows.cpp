@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <array>
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -22,13 +23,14 @@ namespace morvane::bench {
 namespace {
 
 constexpr int EntryCount = 100;
-constexpr int PinnedCount = 50;
-constexpr int AllCount = 500;
+constexpr std::size_t PinnedCount = 50;
+constexpr std::size_t AllCount = 500;
 
 std::vector<HWND> WindowsInPassOrder() {
     std::vector<MatchedWindow> matched = CollectMatchedWindows();
     std::sort(matched.begin(), matched.end(), IsPinnedBefore);
     std::vector<HWND> windows;
+    windows.reserve(matched.size());
     for (const MatchedWindow& match : matched) {
         windows.push_back(match.window);
     }
@@ -105,8 +107,8 @@ void MeasureMenu(const Plan& plan) {
 void MeasureDesktop(const Plan& plan) {
     test::Actor actor;
     Announce("opening 500 windows");
-    static_cast<void>(AddWindows(actor, AllCount - PinnedCount, PlainTitle));
-    static_cast<void>(AddWindows(actor, PinnedCount, PinnedTitle));
+    static_cast<void>(AddWindows(actor, int{AllCount - PinnedCount}, PlainTitle));
+    static_cast<void>(AddWindows(actor, int{PinnedCount}, PinnedTitle));
     MeasurePatterns(plan);
     MeasureUnmatched(plan);
     MeasureMatched(plan);
