@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <limits>
 #include <vector>
 
 #include "soak/steps.h"
@@ -23,6 +24,9 @@ constexpr int FirstWindows = 6;
 constexpr int RepairAttempts = 4;
 constexpr std::uint64_t FreeRepairs = 8;
 constexpr std::uint64_t StepsPerRepair = 100;
+
+constexpr int JudgingRounds = 12;
+constexpr int FaultsOfTheProgram = 4;
 
 // One more than the program needs: passes are cheap, looks are not.
 constexpr int PassCounts[] = {1, 1, 2, 3, 5, 8, 12, 20, 30};
@@ -62,6 +66,50 @@ std::string LookAgainAndAgain(Churn& churn, std::string (*look)(const Model&)) {
     return difference;
 }
 
+// What the windows record of every request would fill the memory of their processes.
+void ForgetRecords(Churn& churn) {
+    for (const ModelWindow& window : churn.model.windows) {
+        churn.actors.at(window.actor).ForgetRecords(window.window);
+    }
+}
+
+ULONGLONG LastTopmostRequest(Churn& churn, HWND window) {
+    ULONGLONG last = 0;
+    const ModelWindow* const own = FindModelWindow(churn.model, window);
+    for (const PositionRequest& request : churn.actors.at(own->actor).Requests(window)) {
+        if (request.insertAfter == HWND_TOPMOST && (request.flags & SWP_NOZORDER) == 0) {
+            last = request.tickCount;
+        }
+    }
+    return last;
+}
+
+// Whether one more pass asks the windows in the order in which they have to end, the highest last.
+bool AsksInOrder(Churn& churn) {
+    ForgetRecords(churn);
+    RunPasses(churn, 1);
+    ULONGLONG higher = std::numeric_limits<ULONGLONG>::max();
+    for (const HWND window : churn.model.expected) {
+        const ULONGLONG asked = LastTopmostRequest(churn, window);
+        if (asked == 0 || asked > higher) {
+            return false;
+        }
+        higher = asked;
+    }
+    return true;
+}
+
+// An order that stays wrong is the program's fault when its requests come in a wrong one. One pass
+// shows it only if it takes more than a millisecond, and one may run into a pass of the program's
+// own timer.
+bool IsFaultOfTheProgram(Churn& churn) {
+    int faults = 0;
+    for (int round = 0; round < JudgingRounds; ++round) {
+        faults += AsksInOrder(churn) ? 0 : 1;
+    }
+    return faults >= FaultsOfTheProgram;
+}
+
 // The system raises a window too when it activates it, after another has gone or a menu has closed,
 // and it does so a little later: in the middle of the last pass, it may be. A further pass puts
 // that right; on a busy machine the same may happen to that one.
@@ -71,6 +119,10 @@ std::string LookAtOrder(Churn& churn) {
         RunPasses(churn, 1);
         ++churn.counts.repairPasses;
         difference = LookAgainAndAgain(churn, OrderDifference);
+    }
+    if (!difference.empty() && !IsFaultOfTheProgram(churn)) {
+        ++churn.counts.ordersOfTheSystem;
+        difference.clear();
     }
     if (difference.empty() &&
         churn.counts.repairPasses > FreeRepairs + churn.counts.steps / StepsPerRepair) {
@@ -87,13 +139,6 @@ std::string Look(Churn& churn) {
 }
 
 namespace {
-
-// What the windows record of every request would fill the memory of their processes.
-void ForgetRecords(Churn& churn) {
-    for (const ModelWindow& window : churn.model.windows) {
-        churn.actors.at(window.actor).ForgetRecords(window.window);
-    }
-}
 
 const Step& WindowStepNamed(std::string_view name) {
     return *std::find_if(std::begin(WindowSteps), std::end(WindowSteps),

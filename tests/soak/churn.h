@@ -25,6 +25,7 @@ struct ChurnCounts {
     std::uint64_t hangs = 0;
     std::uint64_t secondLooks = 0;
     std::uint64_t repairPasses = 0;
+    std::uint64_t ordersOfTheSystem = 0;
 };
 
 struct Churn {

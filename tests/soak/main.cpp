@@ -151,7 +151,9 @@ std::string ReportRows(const Soak& soak, const Consumption& last, double seconds
         std::to_string(counts.menus) + " openings of the menu, " + std::to_string(counts.abouts) +
             " of About, " + std::to_string(counts.hangs) + " hanging processes",
         std::to_string(counts.secondLooks) + " second looks, " +
-            std::to_string(counts.repairPasses) + " passes more than promised for the order");
+            std::to_string(counts.repairPasses) + " passes more than promised for the order, " +
+            std::to_string(counts.ordersOfTheSystem) +
+            " orders that the system made of requests in the right one");
     const std::string when = "after " + std::to_string(soak.warmPasses) + " passes, and at the end";
     rows += Row("Kernel handles", when, FirstAndLast(soak.warm.kernelHandles, last.kernelHandles));
     rows += Row("Private memory, KiB", when,
