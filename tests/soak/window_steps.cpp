@@ -210,16 +210,27 @@ int AnyLength(Generator& generator, int minimum, int least, int most) {
     return generator.Between(least, most);
 }
 
+// What the window is pinned by, or an entry without sizes.
+PinEntry EntryOf(const Churn& churn, const ModelWindow& window) {
+    const PinList& list = churn.model.list;
+    const int index = PinningEntry(list, window);
+    return index < 0 ? PinEntry{} : list.entries.at(static_cast<std::size_t>(index));
+}
+
 bool Resize(Churn& churn, std::string& /*wrong*/) {
-    ModelWindow* const window =
-        AnyWindow(churn, [](const ModelWindow& own) { return !own.minimised; });
+    // One with a minimum size, if there is one.
+    ModelWindow* window = AnyWindow(churn, [&](const ModelWindow& own) {
+        const PinEntry entry = EntryOf(churn, own);
+        return !own.minimised && (entry.minWidth > 0 || entry.minHeight > 0);
+    });
+    if (window == nullptr) {
+        window = AnyWindow(churn, [](const ModelWindow& own) { return !own.minimised; });
+    }
     if (window == nullptr) {
         return false;
     }
     NoteWindow(churn, *window);
-    const int index = PinningEntry(churn.model.list, *window);
-    const PinEntry entry =
-        index < 0 ? PinEntry{} : churn.model.list.entries.at(static_cast<std::size_t>(index));
+    const PinEntry entry = EntryOf(churn, *window);
     window->width = AnyLength(churn.generator, entry.minWidth, LeastWidth, MostWidth);
     window->height = AnyLength(churn.generator, entry.minHeight, LeastHeight, MostHeight);
     ActorOf(churn, *window)
