@@ -27,8 +27,8 @@ std::uintptr_t __stack_chk_guard = 0;
     __builtin_unreachable();
 }
 
-// The same for a call that would write beyond its buffer.
-[[noreturn]] void __chk_fail() {
+// The same for a call that would write beyond its buffer. Declared like this by the headers.
+__attribute__((noreturn)) void __chk_fail() {
     __stack_chk_fail();
 }
 

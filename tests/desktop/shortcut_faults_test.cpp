@@ -22,7 +22,7 @@ struct Scene {
     Step failing = Step::None;
     int steps = 0;
     int references = 0;
-    std::wstring savedAs{};
+    std::wstring savedAs;
 };
 
 Scene scene;
@@ -31,6 +31,15 @@ HRESULT Take(Step step) {
     ++scene.steps;
     return step == scene.failing ? E_ACCESSDENIED : S_OK;
 }
+
+// Places in the tables of functions, as the interfaces order them.
+constexpr std::size_t QueryInterfacePlace = 0;
+constexpr std::size_t ReleasePlace = 2;
+constexpr std::size_t LinkSetDescriptionPlace = 7;
+constexpr std::size_t LinkSetPathPlace = 20;
+constexpr std::size_t LinkPlaces = 21;
+constexpr std::size_t FileSavePlace = 6;
+constexpr std::size_t FilePlaces = 9;
 
 // What an object of the shell is in memory: the address of its table of functions. Only those that
 // the program calls are filled in.
@@ -74,30 +83,28 @@ HRESULT HandOut(Step step, Object& object, void** result) {
 }
 
 HRESULT STDMETHODCALLTYPE AskForFile(void* /*link*/, REFIID id, void** result) {
-    constexpr std::size_t FunctionCount = 9;
     static const auto functions = [] {
-        std::array<void*, FunctionCount> table{};
-        table[2] = Address(Release);
-        table[6] = Address(Save);
+        std::array<void*, FilePlaces> table{};
+        table[ReleasePlace] = Address(Release);
+        table[FileSavePlace] = Address(Save);
         return table;
     }();
-    static ShellObject<FunctionCount> file{&functions};
+    static ShellObject<FilePlaces> file{&functions};
     EXPECT_TRUE(IsEqualGUID(id, IID_IPersistFile));
     return HandOut(Step::QueryInterface, file, result);
 }
 
 HRESULT WINAPI CreateLink(REFCLSID type, LPUNKNOWN /*outer*/, DWORD /*context*/, REFIID id,
                           LPVOID* result) {
-    constexpr std::size_t FunctionCount = 21;
     static const auto functions = [] {
-        std::array<void*, FunctionCount> table{};
-        table[0] = Address(AskForFile);
-        table[2] = Address(Release);
-        table[7] = Address(SetDescription);
-        table[20] = Address(SetPath);
+        std::array<void*, LinkPlaces> table{};
+        table[QueryInterfacePlace] = Address(AskForFile);
+        table[ReleasePlace] = Address(Release);
+        table[LinkSetDescriptionPlace] = Address(SetDescription);
+        table[LinkSetPathPlace] = Address(SetPath);
         return table;
     }();
-    static ShellObject<FunctionCount> link{&functions};
+    static ShellObject<LinkPlaces> link{&functions};
     EXPECT_TRUE(IsEqualGUID(type, CLSID_ShellLink));
     EXPECT_TRUE(IsEqualGUID(id, IID_IShellLinkW));
     return HandOut(Step::Create, link, result);
@@ -108,7 +115,8 @@ TEST(ShortcutFaultsTest, EveryRefusedStepFailsTheInstallationAndKeepsNothing) {
     const ImportPatch<decltype(&CoCreateInstance)> patch("CoCreateInstance", CreateLink);
     int steps = 0;
     for (const Step failing : AllSteps) {
-        scene = Scene{.failing = failing};
+        scene = Scene{};
+        scene.failing = failing;
         const bool isWhole = failing == Step::None;
         EXPECT_EQ(InstallStartupShortcut(), isWhole) << steps;
         // None is taken after the one that failed.

@@ -1,6 +1,7 @@
 // Menu, dialog and texts when the platform refuses a part of them: the rest is there.
 
 #include <array>
+#include <bit>
 #include <cstddef>
 #include <gtest/gtest.h>
 #include <optional>
@@ -116,7 +117,7 @@ bool WINAPI AllowDarkMode(HWND window, bool allow) {
 
 FARPROC WINAPI FindDarkMode(HMODULE /*library*/, LPCSTR name) {
     return std::string_view(name) == "AllowDarkModeForWindow"
-               ? reinterpret_cast<FARPROC>(reinterpret_cast<void*>(&AllowDarkMode))
+               ? std::bit_cast<FARPROC>(&AllowDarkMode)
                : nullptr;
 }
 
@@ -161,6 +162,8 @@ TEST(DialogFrameFaultsTest, WindowOfUnknownPlaceIsNotMoved) {
     EXPECT_NE(WindowRect(window.get()).left, 10);
 }
 
+constexpr std::string_view NoFunction;
+
 // A version library of our own, and how far reading gets with it.
 struct VersionScene {
     DWORD size = 1;
@@ -169,7 +172,7 @@ struct VersionScene {
     bool hasTranslation = true;
     bool hasVersion = true;
     UINT versionSize = 4;
-    std::string_view missing = "";
+    std::string_view missing = NoFunction;
 };
 
 VersionScene versionScene;
@@ -201,12 +204,12 @@ FARPROC WINAPI FindVersionFunction(HMODULE /*library*/, LPCSTR name) {
         return nullptr;
     }
     if (std::string_view(name) == "GetFileVersionInfoSizeW") {
-        return reinterpret_cast<FARPROC>(reinterpret_cast<void*>(&SizeOfVersion));
+        return std::bit_cast<FARPROC>(&SizeOfVersion);
     }
     if (std::string_view(name) == "GetFileVersionInfoW") {
-        return reinterpret_cast<FARPROC>(reinterpret_cast<void*>(&ReadVersion));
+        return std::bit_cast<FARPROC>(&ReadVersion);
     }
-    return reinterpret_cast<FARPROC>(reinterpret_cast<void*>(&QueryVersion));
+    return std::bit_cast<FARPROC>(&QueryVersion);
 }
 
 DWORD WINAPI CutPath(HMODULE /*module*/, LPWSTR /*path*/, DWORD size) {

@@ -44,7 +44,7 @@ template <std::size_t Length>
 struct Name {
     std::array<char, Length> text{};
     // NOLINTNEXTLINE(google-explicit-constructor,cppcoreguidelines-avoid-c-arrays): from a literal.
-    consteval Name(const char (&literal)[Length]) {
+    consteval Name(const char (&literal)[Length]) {  // cppcheck-suppress noExplicitConstructor
         for (std::size_t i = 0; i < Length; ++i) {
             text.at(i) = literal[i];
         }

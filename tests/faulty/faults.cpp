@@ -135,7 +135,7 @@ Fault* const AllFaults[] = {
 };
 
 // Before wWinMain, and after the functions that carry it out.
-const bool isPlanCarriedOut = CarryOutPlan(AllFaults);
+const bool IsPlanCarriedOut = CarryOutPlan(AllFaults);
 
 }  // namespace
 }  // namespace morvane::faulty
