@@ -137,6 +137,8 @@ TEST_F(RunningFaultsTest, EditorThatDoesNotStartStopsNothing) {
 
 // What lies behind the buffer may be the address to return to.
 TEST_F(RunningFaultsTest, OverrunBufferEndsTheProgram) {
+    // In the taskbar's place: there an icon that nobody removes would stay for the tests to come.
+    const TrayRecorder recorder;
     constexpr DWORD StackBufferOverrun = 0xC0000409;
     for (const char* plan : {"GetSystemDirectoryW=16", "GetSystemDirectoryW=8"}) {
         const Program program = StartedFaultyProgram(plan);
@@ -149,6 +151,8 @@ TEST_F(RunningFaultsTest, OverrunBufferEndsTheProgram) {
 
 // Nothing sensible can be done without; what is left on top is found by the next instance.
 TEST_F(RunningFaultsTest, WithoutMemoryTheProgramEndsAtOnce) {
+    // In the taskbar's place: there an icon that nobody removes would stay for the tests to come.
+    const TrayRecorder recorder;
     constexpr DWORD Aborted = 3;
     ASSERT_TRUE(WriteSettings("Target\n"));
     Actor actor;

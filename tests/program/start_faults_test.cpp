@@ -82,6 +82,8 @@ TEST_F(StartFaultsTest, WithoutATimerCommandsStillRunPasses) {
 
 // The loop ends as with a quit message.
 TEST_F(StartFaultsTest, FailureOfTheMessageLoopReleasesTheWindows) {
+    // In the taskbar's place: there an icon that nobody removes would stay for the tests to come.
+    const TrayRecorder recorder;
     ASSERT_TRUE(WriteSettings("Target\n"));
     Actor actor;
     const HWND target = actor.Create({.title = L"Target"});
