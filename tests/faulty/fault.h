@@ -43,8 +43,9 @@ bool MustFail(Fault& fault);
 template <std::size_t Length>
 struct Name {
     std::array<char, Length> text{};
+    // cppcheck-suppress noExplicitConstructor ; likewise
     // NOLINTNEXTLINE(google-explicit-constructor,cppcoreguidelines-avoid-c-arrays): from a literal.
-    consteval Name(const char (&literal)[Length]) {  // cppcheck-suppress noExplicitConstructor
+    consteval Name(const char (&literal)[Length]) {
         for (std::size_t i = 0; i < Length; ++i) {
             text.at(i) = literal[i];
         }

@@ -18,6 +18,7 @@ GuardedMemory::GuardedMemory(std::size_t capacity)
       pages_(static_cast<char*>(
           VirtualAlloc(nullptr, capacity_ + 2 * PageSize, MEM_RESERVE, PAGE_NOACCESS))) {
     if (!pages_ ||
+        // cppcheck-suppress leakReturnValNotUsed ; the same pages, freed with the reservation
         VirtualAlloc(pages_.get() + PageSize, capacity_, MEM_COMMIT, PAGE_READWRITE) == nullptr) {
         throw std::bad_alloc();
     }

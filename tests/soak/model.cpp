@@ -185,7 +185,8 @@ std::string Described(const Model& model) {
         std::string title = Printed(window.title);
         constexpr std::size_t Enough = 60;
         if (title.size() > Enough) {
-            title = title.substr(0, Enough) + "...";
+            title.resize(Enough);
+            title += "...";
         }
         text += "  " + NameOf(window.window) + " " + title + (window.isDialog ? " dialog" : "") +
                 (window.owned ? " owned" : "") + ", entry " +
