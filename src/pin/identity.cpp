@@ -18,7 +18,7 @@ constexpr std::size_t PairBits = 2048;
 using PairSketch = std::bitset<PairBits>;
 
 std::size_t PairBit(wchar_t first, wchar_t second) {
-    constexpr std::size_t Spread = 61;  // odd, so that (a, b) and (b, a) are told apart
+    constexpr std::size_t Spread = 61;  // not 1, so that the order of the two counts
     return (first * Spread + second) % PairBits;
 }
 

@@ -42,25 +42,26 @@ std::size_t ReadUpTo(HANDLE file, char* buffer, std::size_t used, std::size_t ca
     return used;
 }
 
-// A file whose beginning has been read already and is not all of it.
-PinList ReadLongFile(HANDLE file, std::string_view beginning) {
+// Takes over a file whose beginning has been read already and is not all of it.
+PinList ReadLongFile(FileHandle file, std::string_view beginning) {
     // Only a hint: when the file grows meanwhile, the loop goes on. One byte more than the size, so
     // that the read that meets the end leaves room.
     LARGE_INTEGER size{};
-    GetFileSizeEx(file, &size);
+    GetFileSizeEx(file.get(), &size);
     std::size_t capacity =
         std::max(static_cast<std::size_t>(size.QuadPart), 2 * beginning.size()) + 1;
     // Not cleared first, since it is read into at once.
     auto bytes = std::make_unique_for_overwrite<char[]>(capacity);
     std::copy(beginning.begin(), beginning.end(), bytes.get());
-    std::size_t length = ReadUpTo(file, bytes.get(), beginning.size(), capacity);
+    std::size_t length = ReadUpTo(file.get(), bytes.get(), beginning.size(), capacity);
     while (length == capacity) {
         capacity *= 2;
         auto larger = std::make_unique_for_overwrite<char[]>(capacity);
         std::copy_n(bytes.get(), length, larger.get());
         bytes = std::move(larger);
-        length = ReadUpTo(file, bytes.get(), length, capacity);
+        length = ReadUpTo(file.get(), bytes.get(), length, capacity);
     }
+    file.reset();
     return ParseSettingsText({bytes.get(), length});
 }
 
@@ -80,7 +81,7 @@ bool WriteWhole(HANDLE file, std::string_view bytes) {
 }  // namespace
 
 PinList ReadSettingsFile(const std::wstring& path) {
-    const FileHandle file = OpenFile(path, GENERIC_READ, OPEN_EXISTING);
+    FileHandle file = OpenFile(path, GENERIC_READ, OPEN_EXISTING);
     if (!file) {
         return {};
     }
@@ -89,7 +90,12 @@ PinList ReadSettingsFile(const std::wstring& path) {
     std::array<char, SmallFile> beginning{};
     const std::size_t length = ReadUpTo(file.get(), beginning.data(), 0, beginning.size());
     const std::string_view text(beginning.data(), length);
-    return length < beginning.size() ? ParseSettingsText(text) : ReadLongFile(file.get(), text);
+    if (length == beginning.size()) {
+        return ReadLongFile(std::move(file), text);
+    }
+    // Before the text is parsed: a file that its owner deletes is gone when nobody has it open.
+    file.reset();
+    return ParseSettingsText(text);
 }
 
 bool WriteSettingsFile(const std::wstring& path, const PinList& list) {

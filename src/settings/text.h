@@ -1,7 +1,8 @@
 #pragma once
 
 // The text helpers that the whole program shares: pure functions that take their input by
-// reference and return new text. Lengths are UTF-16 code units throughout.
+// reference and return new text, or a view where they say so. Lengths are UTF-16 code units
+// throughout.
 
 #include <cstddef>
 #include <cstdint>
