@@ -1,8 +1,11 @@
 #include "cost/call_watch.h"
 
+#include <algorithm>
 #include <cstddef>
+#include <iterator>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "base/win.h"
@@ -47,24 +50,34 @@ INT_PTR WINAPI CountOther() {
     return 0;
 }
 
+bool ConcernsFiles(std::string_view name) {
+    constexpr std::string_view Words[] = {"File", "Directory", "Path", "Volume", "Profile"};
+    return std::any_of(std::begin(Words), std::end(Words), [name](std::string_view word) {
+        return name.find(word) != std::string_view::npos;
+    });
+}
+
 // Replaces what is not counted by name, so that nothing goes unseen.
-class OtherCalls {
+class OthersReplaced {
 public:
-    explicit OtherCalls(const CallCounts& counted) {
+    explicit OthersReplaced(const CallCounts& counted) {
         otherCalls = 0;
-        for (const ImportedFunction& function : ImportsFrom("user32.dll")) {
-            if (!counted.contains(std::string(function.name))) {
-                replaced_.push_back(
-                    {function.entry,
-                     ExchangeImport(function.entry, reinterpret_cast<void*>(&CountOther))});
+        for (const char* const library : {"user32.dll", "shell32.dll", "advapi32.dll"}) {
+            for (const ImportedFunction& function : ImportsFrom(library)) {
+                Replace(function, counted);
+            }
+        }
+        for (const ImportedFunction& function : ImportsFrom("kernel32.dll")) {
+            if (ConcernsFiles(function.name)) {
+                Replace(function, counted);
             }
         }
     }
-    OtherCalls(const OtherCalls&) = delete;
-    OtherCalls& operator=(const OtherCalls&) = delete;
-    OtherCalls(OtherCalls&&) = delete;
-    OtherCalls& operator=(OtherCalls&&) = delete;
-    ~OtherCalls() {
+    OthersReplaced(const OthersReplaced&) = delete;
+    OthersReplaced& operator=(const OthersReplaced&) = delete;
+    OthersReplaced(OthersReplaced&&) = delete;
+    OthersReplaced& operator=(OthersReplaced&&) = delete;
+    ~OthersReplaced() {
         for (const Replaced& replaced : replaced_) {
             ExchangeImport(replaced.entry, replaced.original);
         }
@@ -75,6 +88,15 @@ private:
         void** entry;
         void* original;
     };
+
+    void Replace(const ImportedFunction& function, const CallCounts& counted) {
+        if (!counted.contains(std::string(function.name))) {
+            replaced_.push_back(
+                {function.entry,
+                 ExchangeImport(function.entry, reinterpret_cast<void*>(&CountOther))});
+        }
+    }
+
     std::vector<Replaced> replaced_;
 };
 
@@ -92,14 +114,14 @@ CallCounts CountCalls(const std::function<void()>& work) {
         const CountedCall<6, decltype(&IsIconic)> iconic(counts, "IsIconic");
         const CountedCall<7, decltype(&GetWindowRect)> frame(counts, "GetWindowRect");
         const CountedCall<8, decltype(&SetWindowPos)> place(counts, "SetWindowPos");
-        const OtherCalls others(counts);
         const CountedCall<9, decltype(&CreateFileW)> open(counts, "CreateFileW");
         const CountedCall<10, decltype(&ReadFile)> read(counts, "ReadFile");
         const CountedCall<11, decltype(&GetFileSizeEx)> size(counts, "GetFileSizeEx");
         const CountedCall<12, decltype(&CloseHandle)> close(counts, "CloseHandle");
+        const OthersReplaced others(counts);
         work();
     }
-    counts[OtherWindowCalls] = otherCalls;
+    counts[OtherCalls] = otherCalls;
     std::erase_if(counts, [](const auto& entry) { return entry.second == 0; });
     return counts;
 }

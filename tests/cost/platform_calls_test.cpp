@@ -124,7 +124,20 @@ TEST_F(PlatformCallsTest, APassEnumeratesOnceAndReadsTheFileOnce) {
     }
     EXPECT_FALSE(counts.contains("GetFileSizeEx"));
     EXPECT_FALSE(counts.contains("SetWindowPos"));
-    EXPECT_FALSE(counts.contains(OtherWindowCalls));
+    EXPECT_FALSE(counts.contains(OtherCalls));
+}
+
+TEST_F(PlatformCallsTest, EveryPassTakesTheListFromTheFileAnew) {
+    const HWND window = Window(L"Editor");
+    ApplySettings("editor\n");
+    ASSERT_EQ(Engine().pinnedWindows, PinnedWindowSet({window}));
+    // The file stays as it is, down to its time: what is in memory counts for nothing.
+    Engine().pinList = {false, {{L"calculator", 0, 0}}};
+    ApplyAll();
+    EXPECT_TRUE(Engine().pinList.pinning);
+    ASSERT_EQ(Engine().pinList.entries.size(), 1U);
+    EXPECT_EQ(Engine().pinList.entries.front().pattern, L"editor");
+    EXPECT_EQ(Engine().pinnedWindows, PinnedWindowSet({window}));
 }
 
 TEST_F(PlatformCallsTest, WithPinningOffAPassLooksAtNoWindow) {

@@ -12,6 +12,7 @@
 #include "desktop/canvas.h"
 #include "desktop/menu_fixture.h"
 #include "desktop/menu_reader.h"
+#include "settings/settings_text.h"
 #include "settings/text.h"
 #include "support/import_patch.h"
 #include "support/window_owner.h"
@@ -29,6 +30,8 @@ TEST(TextFaultsTest, RefusedConversionsGiveNoText) {
     {
         const auto patch = Refuse<decltype(&MultiByteToWideChar), 0>("MultiByteToWideChar");
         EXPECT_EQ(Utf8ToWide("text"), L"");
+        EXPECT_TRUE(ParseSettingsText("@pinning=0\nnotes\n").pinning);
+        EXPECT_TRUE(ParseSettingsText("@pinning=0\nnotes\n").entries.empty());
     }
     const auto patch = Refuse<decltype(&WideCharToMultiByte), 0>("WideCharToMultiByte");
     EXPECT_EQ(WideToUtf8(L"text"), "");

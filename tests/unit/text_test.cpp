@@ -57,24 +57,26 @@ TEST(Utf8ToWide, ConvertsWellFormedText) {
     }
 }
 
-// How many replacements an ill-formed sequence becomes is the platform's affair.
+// With the text that is left without replacements: how many of them an ill-formed sequence becomes
+// is the platform's affair.
+constexpr SameTextCase IllFormedTexts[] = {
+    {"\xFF", L""},                  // no byte of any sequence
+    {"\x80", L""},                  // a continuation alone
+    {"a\xFF(b", L"a(b"},            //
+    {"a\xC3(b", L"a(b"},            // a first byte without its continuation
+    {"ab\xC3", L"ab"},              // cut off at the end
+    {"ab\xE2\x82", L"ab"},          //
+    {"ab\xF0\x9F\x98", L"ab"},      //
+    {"(\xC0\xAF)", L"()"},          // longer than need be
+    {"(\xE0\x80\xAF)", L"()"},      //
+    {"(\xED\xA0\x80)", L"()"},      // a surrogate
+    {"(\xF4\x90\x80\x80)", L"()"},  // beyond U+10FFFF
+    {"(\xF8\x88\x80\x80\x80)", L"()"},
+    {"(\x80\0\x80)"sv, L"(\0)"sv},
+};
+
 TEST(Utf8ToWide, ReplacesIllFormedBytesAndKeepsTheRest) {
-    constexpr SameTextCase Cases[] = {
-        {"\xFF", L""},                  // no byte of any sequence
-        {"\x80", L""},                  // a continuation alone
-        {"a\xFF(b", L"a(b"},            //
-        {"a\xC3(b", L"a(b"},            // a first byte without its continuation
-        {"ab\xC3", L"ab"},              // cut off at the end
-        {"ab\xE2\x82", L"ab"},          //
-        {"ab\xF0\x9F\x98", L"ab"},      //
-        {"(\xC0\xAF)", L"()"},          // longer than need be
-        {"(\xE0\x80\xAF)", L"()"},      //
-        {"(\xED\xA0\x80)", L"()"},      // a surrogate
-        {"(\xF4\x90\x80\x80)", L"()"},  // beyond U+10FFFF
-        {"(\xF8\x88\x80\x80\x80)", L"()"},
-        {"(\x80\0\x80)"sv, L"(\0)"sv},
-    };
-    for (const SameTextCase& c : Cases) {
+    for (const SameTextCase& c : IllFormedTexts) {
         SCOPED_TRACE(Printed(c.bytes));
         std::wstring text = Utf8ToWide(c.bytes);
         EXPECT_GE(std::erase(text, Replacement), 1U);
@@ -84,6 +86,26 @@ TEST(Utf8ToWide, ReplacesIllFormedBytesAndKeepsTheRest) {
 
 TEST(Utf8ToWide, GivesNothingForMoreThanThePlatformCanCount) {
     EXPECT_EQ(Utf8ToWide({"abc", BeyondInt}), L"");
+}
+
+TEST(Utf8ToWideIntoABuffer, GivesWhatTheOtherFormGives) {
+    std::wstring buffer;
+    const auto expectSame = [&buffer](std::string_view bytes) {
+        EXPECT_EQ(Printed(Utf8ToWide(bytes, buffer)), Printed(Utf8ToWide(bytes))) << Printed(bytes);
+    };
+    for (const SameTextCase& c : SameTexts) {
+        expectSame(c.bytes);
+    }
+    for (const SameTextCase& c : IllFormedTexts) {
+        expectSame(c.bytes);
+    }
+    // Longer than the buffer, then shorter than what lies in it, then longer still.
+    for (const std::size_t length : {600U, 3U, 511U, 512U, 513U, 5000U, 1U, 0U}) {
+        expectSame(std::string(length, 'x'));
+    }
+    // Each byte its own replacement: as many units as bytes.
+    expectSame(std::string(9000, '\xFF'));
+    expectSame({"abc", BeyondInt});
 }
 
 TEST(WideToUtf8, ConvertsWellFormedText) {
