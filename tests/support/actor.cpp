@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdio>
 #include <optional>
 #include <stdexcept>
 #include <utility>
@@ -12,7 +13,9 @@ namespace morvane::test {
 namespace {
 
 constexpr std::chrono::milliseconds AnswerTimeout{60'000};
+constexpr std::chrono::milliseconds StartTimeout{20'000};
 constexpr std::chrono::milliseconds EndTimeout{2'000};
+constexpr int MaxStarts = 3;
 
 struct Pipe {
     FileHandle readEnd;
@@ -72,22 +75,39 @@ std::vector<long long> RecordNumbers(std::string_view record, std::size_t count)
 }  // namespace
 
 Actor::Actor() {
+    // Among thousands of processes one was seen to be started and never to come to life; the next
+    // one did.
+    for (int attempt = 1; !Start(); ++attempt) {
+        std::fprintf(stderr, "start of a window actor, attempt %d: no answer\n", attempt);
+        End();
+        if (attempt == MaxStarts) {
+            throw std::runtime_error("the window actor does not start");
+        }
+    }
+}
+
+bool Actor::Start() {
     Pipe commands = MakePipe(true);
     Pipe answers = MakePipe(false);
     const std::wstring executable = RequiredPath(L"MORVANE_TEST_ACTOR");
     ChildProcess child =
         StartProcess(executable, L"", {}, {commands.readEnd.get(), answers.writeEnd.get()});
     if (!child.process) {
-        throw std::runtime_error("the window actor does not start");
+        return false;
     }
     process_ = std::move(child.process);
     processId_ = child.id;
     toActor_ = std::move(commands.writeEnd);
     fromActor_ = std::move(answers.readEnd);
-    Ask("ping");
+    received_.clear();
+    return Send("ping") && ReadAnswer(StartTimeout) == "ok";
 }
 
 Actor::~Actor() {
+    End();
+}
+
+void Actor::End() {
     if (!process_) {
         return;
     }
@@ -97,23 +117,28 @@ Actor::~Actor() {
         // Nothing is left to be done about one that cannot even be terminated.
         static_cast<void>(WaitForObject(process_.get(), EndTimeout));
     }
+    process_.reset();
+}
+
+bool Actor::Send(const std::string& command) {
+    const std::string line = command + "\n";
+    DWORD written = 0;
+    return WriteFile(toActor_.get(), line.data(), static_cast<DWORD>(line.size()), &written,
+                     nullptr) != FALSE;
 }
 
 std::string Actor::Ask(const std::string& command) {
-    const std::string line = command + "\n";
-    DWORD written = 0;
-    if (WriteFile(toActor_.get(), line.data(), static_cast<DWORD>(line.size()), &written,
-                  nullptr) == FALSE) {
+    if (!Send(command)) {
         throw std::runtime_error("the window actor is gone: " + command);
     }
-    const std::string answer = ReadAnswer();
+    const std::string answer = ReadAnswer(AnswerTimeout);
     if (!answer.starts_with("ok")) {
         throw std::runtime_error("window actor: " + command + ": " + answer);
     }
     return answer.substr(2);
 }
 
-std::string Actor::ReadAnswer() {
+std::string Actor::ReadAnswer(std::chrono::milliseconds timeout) {
     bool closed = false;
     const auto lineArrived = [&] {
         DWORD waiting = 0;
@@ -131,7 +156,7 @@ std::string Actor::ReadAnswer() {
         }
         return closed || received_.find('\n') != std::string::npos;
     };
-    const bool arrived = WaitUntil(lineArrived, AnswerTimeout);
+    const bool arrived = WaitUntil(lineArrived, timeout);
     const std::size_t end = received_.find('\n');
     if (!arrived) {
         return "no answer in time";

@@ -81,8 +81,12 @@ public:
     [[nodiscard]] DWORD ProcessId() const { return processId_; }
 
 private:
+    // False when the process does not start or does not answer.
+    [[nodiscard]] bool Start();
+    void End();
+    [[nodiscard]] bool Send(const std::string& command);
     std::string Ask(const std::string& command);
-    std::string ReadAnswer();
+    std::string ReadAnswer(std::chrono::milliseconds timeout);
 
     KernelHandle process_;
     DWORD processId_ = 0;
