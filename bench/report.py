@@ -3,7 +3,7 @@
 usage: report.py BUILD_FOLDER [--quick] [--publish]
 
 Prints a table and writes build/bench/result.json and growth.svg; with --publish also the table and
-the picture of docs/performance.md. --quick measures little and shortly: for trying out, not to be
+the picture of docs/performance.md, unless the machine was busy with something else. --quick measures little and shortly: for trying out, not to be
 published.
 """
 
@@ -16,6 +16,7 @@ import platform
 import shutil
 import subprocess
 import sys
+import time
 
 import picture
 import rows
@@ -29,6 +30,9 @@ END = "<!-- measured: end -->\n"
 # Repetitions and seconds of idling.
 FULL = (21, 60)
 QUICK = (5, 15)
+LOOK_SECONDS = 2
+# More than that of the machine's cores, and what is measured is something else.
+MAX_BUSY_SHARE = 1 / 4
 
 
 def first_line(*command):
@@ -57,6 +61,23 @@ def windows_path(path):
     return "Z:" + str(path.resolve()).replace("/", "\\")
 
 
+def processor_times():
+    """How long the machine's cores were idle, and how long in all, since it was started."""
+    fields = pathlib.Path("/proc/stat").read_text(encoding="utf-8").splitlines()[0].split()[1:9]
+    user, nice, system, idle, waiting, *others = map(int, fields)
+    resting = idle + waiting
+    return resting, user + nice + system + resting + sum(others)
+
+
+def busy_cores():
+    """How many cores something keeps busy right now. The load average would remember for minutes
+    what has long ended."""
+    resting_before, all_before = processor_times()
+    time.sleep(LOOK_SECONDS)
+    resting, total = processor_times()
+    return os.cpu_count() * (1 - (resting - resting_before) / (total - all_before))
+
+
 def measure(build, plan):
     """The lines that the measuring program prints, by row."""
     environment = dict(os.environ)
@@ -82,10 +103,9 @@ def measure(build, plan):
 
 def conditions_in_words(result):
     at = result["machine"]
-    load = " before and ".join(f"{value:.2f}" for value in result["load"])
     return (f"Measured on {result['date']} on {at['processor']} ({at['cores']} cores), "
             f"{at['system']}, {at['wine']}, compiled by {at['compiler']}; "
-            f"{result['repetitions']} repetitions, load of the machine {load} after.")
+            f"{result['repetitions']} repetitions, {result['busy_cores']:.2f} cores busy before.")
 
 
 def outcome_in_words(report):
@@ -102,6 +122,10 @@ def document_part(result, report):
     return "\n".join(lines) + "\n"
 
 
+def is_busy(result):
+    return result["busy_cores"] > result["machine"]["cores"] * MAX_BUSY_SHARE
+
+
 def print_table(result, report):
     head = ("", "Morvane", "compared with", "ratio: median (range)", "of the least", "goal", "")
     widths = [max(len(row[column]) for row in [head, *report]) for column in range(len(head))]
@@ -109,7 +133,7 @@ def print_table(result, report):
         print("  ".join(cell.ljust(width) for cell, width in zip(row, widths)).rstrip())
     print(conditions_in_words(result))
     print(outcome_in_words(report))
-    if result["load"][0] > result["machine"]["cores"] / 4:
+    if is_busy(result):
         print("The machine was busy with something else: the numbers mean little.")
 
 
@@ -134,13 +158,12 @@ def main():
 
     OUTPUT.mkdir(parents=True, exist_ok=True)
     plan = QUICK if arguments.quick else FULL
-    load_before = os.getloadavg()[0]
+    busy = busy_cores()
     measured = measure(arguments.build, plan)
     result = {
         "date": datetime.date.today().isoformat(),
         "repetitions": plan[0],
-        "idle_seconds": plan[1],
-        "load": [load_before, os.getloadavg()[0]],
+        "busy_cores": busy,
         "machine": machine(),
         "program_bytes": (arguments.build / "Morvane.exe").stat().st_size,
         "rows": measured,
@@ -150,6 +173,8 @@ def main():
     report = rows.report(result)
     print_table(result, report)
     if arguments.publish:
+        if is_busy(result):
+            sys.exit("bench: not published")
         publish(result, report)
 
 

@@ -1,8 +1,10 @@
 // The smallest program of the kind: a class, a message-only window and an icon, until WM_CLOSE.
-// With a first argument it is also the bare loop: twice a second it makes the calls of a pass that
-// pins the windows whose titles begin with the argument's first unit.
+// With an argument it is also the bare loop: twice a second it makes the calls of a pass that pins
+// the windows whose titles begin with the argument's first unit. The number after that unit is how
+// many there have to be; with any other number of them it ends at once and fails.
 
 #include <array>
+#include <cwchar>
 #include <span>
 
 #include "bare/bare_pass.h"
@@ -62,12 +64,16 @@ int WINAPI wWinMain(HINSTANCE instance, HINSTANCE /*previous*/, PWSTR arguments,
     if (window == nullptr) {
         return 1;
     }
-    AddIcon(window);
     if (arguments != nullptr && *arguments != L'\0') {
+        constexpr int Decimal = 10;
         const std::size_t count = morvane::bare::FindMarked(*arguments, state.windows);
+        if (count == 0 || count != std::wcstoul(arguments + 1, nullptr, Decimal)) {
+            return 1;
+        }
         state.pinned = {std::span(state.windows).first(count), *arguments};
         SetTimer(window, PassTimer, PassPeriod, nullptr);
     }
+    AddIcon(window);
     MSG message{};
     while (GetMessageW(&message, nullptr, 0, 0) > 0) {
         TranslateMessage(&message);

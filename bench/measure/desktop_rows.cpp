@@ -66,6 +66,20 @@ void MeasureUnmatched(const Plan& plan) {
          MeasureInTurn(plan, 1, ApplyAll, [] { bare::LookAtWindows(bare::ClassReads::Once); }));
 }
 
+void MeasureNearMisses(const Plan& plan) {
+    Announce("a pass over 500 windows, near misses");
+    std::vector<std::wstring> titles;
+    for (int number = 0; number < EntryCount / 2; ++number) {
+        titles.push_back(PlainTitle + std::to_wstring(number));
+        titles.push_back(PinnedTitle + std::to_wstring(number));
+    }
+    BindEngine(NearMisses(titles, EntryCount));
+    Require(Engine().pinList.entries.size() == EntryCount, "a full list");
+    Require(CollectMatchedWindows().empty(), "no match");
+    Emit("pass_near",
+         MeasureInTurn(plan, 1, ApplyAll, [] { bare::LookAtWindows(bare::ClassReads::Twice); }));
+}
+
 void MeasureMatched(const Plan& plan) {
     Announce("a pass over 500 windows, 50 match");
     BindEngine(EntriesWithMatch(EntryCount));
@@ -111,6 +125,7 @@ void MeasureDesktop(const Plan& plan) {
     static_cast<void>(AddWindows(actor, int{PinnedCount}, PinnedTitle));
     MeasurePatterns(plan);
     MeasureUnmatched(plan);
+    MeasureNearMisses(plan);
     MeasureMatched(plan);
     MeasureMenu(plan);
 }

@@ -27,6 +27,8 @@ constexpr wchar_t ControlClass[] = L"MorvaneHiddenWindow";
 constexpr int IdleWindows = 50;
 constexpr int EntryCount = 100;
 constexpr int IdleParts = 15;
+constexpr double RequestsOfOne = 2;  // in a second, to each window
+constexpr double MicrosecondsPerSecond = 1e6;
 
 std::wstring ProgramPath() {
     return test::RequiredPath(L"MORVANE_TEST_PROGRAM");
@@ -95,6 +97,14 @@ std::array<double, 2> ProcessorTimes(const std::array<std::string, 2>& processes
     return {std::stod(output) / Nanoseconds, std::stod(output.substr(second)) / Nanoseconds};
 }
 
+// The bare loop keeps to the windows that it found at its start: one that comes later is the
+// program's alone. It goes again.
+void RequireNewOnesPinned(test::Actor& actor) {
+    const std::vector<HWND> late = AddWindows(actor, 1, PinnedTitle);
+    Require(test::WaitUntil([&] { return test::IsTopmost(late.front()); }), "the program pins");
+    actor.Destroy(late.front());
+}
+
 void LetPass(std::chrono::milliseconds duration) {
     static_cast<void>(test::WaitUntil([] { return false; }, duration));
 }
@@ -126,23 +136,22 @@ void MeasureIdle(const Plan& plan) {
     const std::vector<HWND> windows = AddWindows(actor, IdleWindows, PinnedTitle);
     BindEngine(EntriesWithMatch(EntryCount));
 
-    const test::ChildProcess ours = test::StartProcess(ProgramPath(), L"");
+    const test::ChildProcess bare = test::StartProcess(
+        BarePath(), std::wstring(1, *PinnedTitle) + std::to_wstring(IdleWindows));
     Require(test::WaitUntil(
                 [&] { return std::all_of(windows.begin(), windows.end(), test::IsTopmost); }),
-            "the program pins");
-    const test::ChildProcess bare = test::StartProcess(BarePath(), std::wstring(1, *PinnedTitle));
-    for (const HWND window : windows) {
-        actor.ForgetRecords(window);
-    }
-    constexpr std::size_t SettledRequests = 8;
-    Require(
-        test::WaitUntil([&] { return actor.Requests(windows.front()).size() >= SettledRequests; }),
-        "both pin");
+            "the bare loop pins");
+    const test::ChildProcess ours = test::StartProcess(ProgramPath(), L"");
+    RequireNewOnesPinned(actor);
 
     const std::array<std::string, 2> processes = {HostProcess("Morvane.exe"),
                                                   HostProcess("morvane_bare.ex")};
-    const std::chrono::milliseconds part = std::chrono::seconds(plan.idleSeconds) / IdleParts;
+    const std::chrono::milliseconds whole = std::chrono::seconds(plan.idleSeconds);
+    const std::chrono::milliseconds part = whole / IdleParts;
     Pairs times;
+    Pairs memory;
+    actor.ForgetRecords(windows.front());
+    const std::int64_t start = Ticks();
     std::array<double, 2> before = ProcessorTimes(processes);
     for (int done = 0; done < IdleParts; ++done) {
         Announce("idle for " + std::to_string(plan.idleSeconds) + " seconds, part " +
@@ -151,10 +160,15 @@ void MeasureIdle(const Plan& plan) {
         const std::array<double, 2> after = ProcessorTimes(processes);
         times.ours.push_back(after[0] - before[0]);
         times.bare.push_back(after[1] - before[1]);
+        memory.ours.push_back(MemoryOf(ours));
+        memory.bare.push_back(MemoryOf(bare));
         before = after;
     }
-    Emit("idle_time", times);
-    Emit("idle_memory", {{"ours", {MemoryOf(ours)}}, {"bare", {MemoryOf(bare)}}});
+    const double seconds = Microseconds(Ticks() - start) / MicrosecondsPerSecond;
+    const auto requests = static_cast<double>(actor.Requests(windows.front()).size());
+    Require(requests > seconds * RequestsOfOne, "both pin until the end");
+    Emit("idle_time", {{"ours", times.ours}, {"bare", times.bare}, {"seconds", {seconds}}});
+    Emit("idle_memory", memory);
     Close(bare, BareClass);
     Close(ours, ControlClass);
 }

@@ -9,6 +9,7 @@
 #include "pin/enforcement.h"
 #include "pin/engine.h"
 #include "pin/settings_sync.h"
+#include "settings/text.h"
 #include "support/settings_header.h"
 #include "support/test_environment.h"
 
@@ -57,15 +58,31 @@ std::string UnmatchedEntries(int count) {
 }
 
 std::string EntriesWithMatch(int count) {
-    return UnmatchedEntries(count / 2) + "pinned - a window\n" +
-           UnmatchedEntries(count - count / 2 - 1);
+    return UnmatchedEntries(count - 1) + "pinned - a window\n";
+}
+
+std::string NearMisses(const std::vector<std::wstring>& titles, int count) {
+    // Cut off so much at most, so that patterns of the same title differ.
+    constexpr std::size_t Cuts = 8;
+    // The changed unit is one of so many near the end.
+    constexpr std::size_t Places = 13;
+    std::string lines;
+    for (int index = 0; index < count; ++index) {
+        const auto which = static_cast<std::size_t>(index);
+        std::wstring pattern = titles[which % titles.size()];
+        Require(pattern.size() > 2 * (Cuts + Places), "titles long enough");
+        pattern.resize(pattern.size() - which % Cuts);
+        wchar_t& unit = pattern[pattern.size() - 2 - which / Cuts % Places];
+        // Common ones, so that also the pairs that come about may occur elsewhere in the title.
+        unit = unit == L'e' ? L'a' : L'e';
+        lines += WideToUtf8(pattern) + "\n";
+    }
+    return lines;
 }
 
 double AllocationsOfPass() {
     ApplyAll();
-    const std::size_t before = test::AllocationCount();
-    ApplyAll();
-    return static_cast<double>(test::AllocationCount() - before);
+    return static_cast<double>(test::AllocationsOf(ApplyAll));
 }
 
 void BindEngine(const std::string& lines) {

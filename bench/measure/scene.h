@@ -21,8 +21,13 @@ inline constexpr wchar_t PinnedTitle[] = L"Pinned - a window of another program 
 // So many entries, none of which the windows above belong to.
 [[nodiscard]] std::string UnmatchedEntries(int count);
 
-// As many entries; one of them is what all titles of the pinned kind contain.
+// As many entries; the last one is what all titles of the pinned kind contain, so that no pattern
+// before it is refused for its length.
 [[nodiscard]] std::string EntriesWithMatch(int count);
+
+// So many entries that are beginnings of the titles with one late unit changed: what takes longest
+// to refuse. Titles of more than 42 units; which of them an entry comes from goes round.
+[[nodiscard]] std::string NearMisses(const std::vector<std::wstring>& titles, int count);
 
 // How often a pass asks for memory that has seen all windows before.
 [[nodiscard]] double AllocationsOfPass();

@@ -1,15 +1,16 @@
 #include <array>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
 #include "bare/bare_pass.h"
+#include "bare/find_by_copies.h"
 #include "measure/rows.h"
 #include "measure/scene.h"
 #include "pin/engine.h"
 #include "pin/identity.h"
 #include "pin/pin_list.h"
 #include "settings/settings_file.h"
-#include "settings/text.h"
 #include "support/test_environment.h"
 #include "support/test_files.h"
 
@@ -18,53 +19,61 @@ namespace morvane::bench {
 namespace {
 
 constexpr int EntryCount = 100;
+constexpr int FewEntries = 10;
 constexpr std::size_t LargeFile = std::size_t{10} * 1000 * 1000;
 
 // Where a result goes that nobody needs, so that the work for it is done.
 volatile std::size_t sink = 0;
 
-// The rule of identity as it is told: both sides copied and lower-cased for each comparison.
-std::int32_t FindByCopies(const PinList& list, std::wstring_view title) {
-    std::int32_t best = NoEntry;
-    std::size_t bestLength = 0;
-    std::int32_t index = 0;
-    for (const PinEntry& entry : list.entries) {
-        const std::wstring pattern = ToLowerCopy(entry.pattern);
-        if (ToLowerCopy(title).find(pattern) != std::wstring::npos && pattern.size() > bestLength) {
-            best = index;
-            bestLength = pattern.size();
-        }
-        ++index;
-    }
-    return best;
+std::wstring TitleOf(std::size_t units) {
+    // No word twice, or a pattern would be looked for in few different places only.
+    constexpr std::wstring_view Text =
+        L"Pinned - a window, Minutes of the last meeting about new offices: second draft with "
+        L"remarks by "
+        L"everybody who came, among them planners, builders, neighbours and two lawyers; "
+        L"costs until spring, open questions on parking, lifts, kitchens, quiet rooms, "
+        L"carpets or wooden floors, heating, windows facing south, solar panels, bicycle "
+        L"racks, keys for cleaners, insurance, moving day, old furniture sold off, telephone"
+        L" numbers that change, signs above doors, printer locations, archive boxes "
+        L"labelled, plants watered while nobody works there - Text program (shared folder, "
+        L"read only)";
+    Require(units <= Text.size(), "a text of that length");
+    return std::wstring(Text.substr(0, units));
 }
 
-std::wstring TitleOf(std::size_t units) {
-    constexpr std::wstring_view Words =
-        L"Minutes of the meeting about the new offices, second draft with remarks - Text program; ";
-    std::wstring title = L"Pinned - a window, ";
-    while (title.size() < units) {
-        title += Words;
-    }
-    title.resize(units);
-    return title;
-}
+struct IdentityRow {
+    std::string_view name;
+    std::size_t units;
+    std::string lines;
+    std::int32_t found;
+};
 
 void MeasureIdentity(const Plan& plan) {
     constexpr int Executions = 400;
-    for (const std::size_t units : {20U, 60U, 500U}) {
-        const std::wstring title = TitleOf(units);
+    constexpr std::int32_t Last = EntryCount - 1;
+    constexpr std::size_t UsualTitle = 60;
+    const std::string matched = EntriesWithMatch(EntryCount);
+    const std::array<IdentityRow, 5> table = {{
+        {"identity_20", 20, matched, Last},
+        {"identity_60", UsualTitle, matched, Last},
+        {"identity_500", 500, matched, Last},
+        {"identity_none", UsualTitle, UnmatchedEntries(EntryCount), NoEntry},
+        {"identity_near", UsualTitle, NearMisses({TitleOf(UsualTitle)}, EntryCount), NoEntry},
+    }};
+    for (const IdentityRow& row : table) {
+        Announce(std::string(row.name));
+        BindEngine(row.lines);
+        const std::wstring title = TitleOf(row.units);
         const PinList& list = Engine().pinList;
-        Announce("identity of a title of " + std::to_string(units) + " units");
         Require(list.entries.size() == EntryCount, "a full list");
-        Require(FindByCopies(list, title) == EntryCount / 2 &&
-                    FindBestEntryIndex(list, title) == EntryCount / 2,
-                "one entry matches");
-        Emit("identity_" + std::to_string(units),
+        Require(bare::FindByCopies(list, title) == row.found &&
+                    FindBestEntryIndex(list, title) == row.found,
+                "the entry that is meant");
+        Emit(row.name,
              MeasureInTurn(
                  plan, Executions,
                  [&] { sink = static_cast<std::size_t>(FindBestEntryIndex(list, title)); },
-                 [&] { sink = static_cast<std::size_t>(FindByCopies(list, title)); }));
+                 [&] { sink = static_cast<std::size_t>(bare::FindByCopies(list, title)); }));
     }
 }
 
@@ -93,18 +102,30 @@ void MeasureLargeFile(const Plan& plan, std::string_view row, const std::string&
 }  // namespace
 
 void MeasureTexts(const Plan& plan) {
-    BindEngine(EntriesWithMatch(EntryCount));
     MeasureIdentity(plan);
+    BindEngine(EntriesWithMatch(EntryCount));
     MeasureSmallFile(plan);
 
-    std::string lines;
-    while (lines.size() < LargeFile) {
-        lines += UnmatchedEntries(EntryCount);
+    struct LargeFileRow {
+        std::string_view name;
+        std::string first;
+        std::string repeated;
+    };
+    const std::string entries = UnmatchedEntries(EntryCount);
+    const std::array<LargeFileRow, 4> table = {{
+        {"file_10mb_lines", entries, entries},
+        {"file_10mb_switches", entries, "somebody@example.org - Mail program\n"},
+        {"file_10mb_comments", UnmatchedEntries(FewEntries), "# A remark on one of the entries\n"},
+        {"file_10mb_one_line", "", "x"},
+    }};
+    for (const LargeFileRow& row : table) {
+        Announce(std::string(row.name));
+        std::string bytes = row.first;
+        while (bytes.size() < LargeFile) {
+            bytes += row.repeated;
+        }
+        MeasureLargeFile(plan, row.name, bytes);
     }
-    Announce("settings file of 10 MB, in lines");
-    MeasureLargeFile(plan, "file_10mb_lines", lines);
-    Announce("settings file of 10 MB, in one line");
-    MeasureLargeFile(plan, "file_10mb_one_line", std::string(LargeFile, 'x'));
     BindEngine("");
 }
 

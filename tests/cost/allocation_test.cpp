@@ -25,13 +25,6 @@ protected:
     }
 };
 
-template <typename Work>
-std::size_t AllocationsOf(Work&& work) {
-    const std::size_t before = AllocationCount();
-    work();
-    return AllocationCount() - before;
-}
-
 // Of a pass that has met the same windows before.
 std::size_t AllocationsOfPass() {
     ApplyAll();
