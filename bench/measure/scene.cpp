@@ -64,13 +64,13 @@ std::string EntriesWithMatch(int count) {
 std::string NearMisses(const std::vector<std::wstring>& titles, int count) {
     // Cut off so much at most, so that patterns of the same title differ.
     constexpr std::size_t Cuts = 8;
-    // The changed unit is one of so many near the end.
+    // The changed unit is one of so many near the end, and so in the latter half.
     constexpr std::size_t Places = 13;
     std::string lines;
     for (int index = 0; index < count; ++index) {
         const auto which = static_cast<std::size_t>(index);
         std::wstring pattern = titles[which % titles.size()];
-        Require(pattern.size() > 2 * (Cuts + Places), "titles long enough");
+        Require(pattern.size() > Cuts + 2 * Places, "titles long enough");
         pattern.resize(pattern.size() - which % Cuts);
         wchar_t& unit = pattern[pattern.size() - 2 - which / Cuts % Places];
         // Common ones, so that also the pairs that come about may occur elsewhere in the title.

@@ -26,7 +26,7 @@ inline constexpr wchar_t PinnedTitle[] = L"Pinned - a window of another program 
 [[nodiscard]] std::string EntriesWithMatch(int count);
 
 // So many entries that are beginnings of the titles with one late unit changed: what takes longest
-// to refuse. Titles of more than 42 units; which of them an entry comes from goes round.
+// to refuse. Titles of more than 34 units; which of them an entry comes from goes round.
 [[nodiscard]] std::string NearMisses(const std::vector<std::wstring>& titles, int count);
 
 // How often a pass asks for memory that has seen all windows before.

@@ -29,14 +29,12 @@ std::wstring TitleOf(std::size_t units) {
     // No word twice, or a pattern would be looked for in few different places only.
     constexpr std::wstring_view Text =
         L"Pinned - a window, Minutes of the last meeting about new offices: second draft with "
-        L"remarks by "
-        L"everybody who came, among them planners, builders, neighbours and two lawyers; "
-        L"costs until spring, open questions on parking, lifts, kitchens, quiet rooms, "
-        L"carpets or wooden floors, heating, windows facing south, solar panels, bicycle "
-        L"racks, keys for cleaners, insurance, moving day, old furniture sold off, telephone"
-        L" numbers that change, signs above doors, printer locations, archive boxes "
-        L"labelled, plants watered while nobody works there - Text program (shared folder, "
-        L"read only)";
+        L"remarks by everybody who came, among them planners, builders, neighbours and two "
+        L"lawyers; costs until spring, open questions on parking, lifts, kitchens, quiet rooms, "
+        L"carpets or wooden floors, heating, windows facing south, solar panels, bicycle racks, "
+        L"keys for cleaners, insurance, moving day, old furniture sold off, telephone numbers "
+        L"that change, signs above doors, printer locations, archive boxes labelled, plants "
+        L"watered while nobody works there - Text program (shared folder, read only)";
     Require(units <= Text.size(), "a text of that length");
     return std::wstring(Text.substr(0, units));
 }
