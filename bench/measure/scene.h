@@ -25,7 +25,7 @@ inline constexpr wchar_t PinnedTitle[] = L"Pinned - a window of another program 
 // before it is refused for its length.
 [[nodiscard]] std::string EntriesWithMatch(int count);
 
-// So many entries that are beginnings of the titles with one late unit changed: what takes longest
+// So many entries that are beginnings of the titles with one late unit changed: what takes long
 // to refuse. Titles of more than 34 units; which of them an entry comes from goes round.
 [[nodiscard]] std::string NearMisses(const std::vector<std::wstring>& titles, int count);
 
