@@ -3,8 +3,8 @@
 usage: report.py BUILD_FOLDER [--quick] [--publish]
 
 Prints a table and writes build/bench/result.json and growth.svg; with --publish also the table and
-the picture of docs/performance.md, unless the machine was busy with something else. --quick measures
-little and shortly: for trying out, not to be published.
+the picture of docs/performance.md, unless the machine was busy with something else. --quick
+measures little and shortly: for trying out, not to be published.
 """
 
 import argparse
