@@ -109,7 +109,7 @@ TEST_F(CommandsTest, RowCommandAddsAndRemovesTheWindow) {
     ASSERT_GT(RowOfTitle(L"alpha"), RowOfTitle(L"Beta"));
     const Program program = StartedProgram();
     const auto toggle = [&program](const wchar_t* title) {
-        return program.SendCommand(static_cast<WORD>(TogglePinCommand + RowOfTitle(title)));
+        return SendRowCommand(program, TogglePinCommand, title);
     };
     ASSERT_TRUE(toggle(L"alpha"));
     EXPECT_TRUE(BecomesTopmost(alpha));
@@ -219,8 +219,7 @@ TEST_F(CommandsTest, FullListAddsNothing) {
     Actor actor;
     const HWND window = actor.Create({.title = L"One too many"});
     const Program program = StartedProgram();
-    ASSERT_TRUE(
-        program.SendCommand(static_cast<WORD>(TogglePinCommand + RowOfTitle(L"One too many"))));
+    ASSERT_TRUE(SendRowCommand(program, TogglePinCommand, L"One too many"));
     EXPECT_EQ(ReadSettings(), lines);
     EXPECT_TRUE(BecomesOrdinary(window));
 }

@@ -115,7 +115,7 @@ TEST_F(DataFolderTest, ProgramRunsWithoutAnApplicationDataFolder) {
     const ShellFolderOverride away(L"AppData", L"Q:\\nowhere");
     const Program program = StartedProgram();
     ASSERT_NE(program.ControlWindow(), nullptr);
-    ASSERT_TRUE(program.SendCommand(static_cast<WORD>(TogglePinCommand + RowOfTitle(L"Target"))));
+    ASSERT_TRUE(SendRowCommand(program, TogglePinCommand, L"Target"));
     ASSERT_TRUE(program.SendCommand(ApplyNowCommand));
     EXPECT_FALSE(IsTopmost(target));
     EXPECT_EQ(RunProgram(L"--install-startup"), 0U);

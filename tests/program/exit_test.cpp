@@ -101,7 +101,6 @@ TEST_F(ExitTest, SwitchedOffProgramEndsTheSameWay) {
     EXPECT_EQ(ReadSettings(), "@pinning=0\nTarget\n");
 }
 
-// A crash leaves windows topmost, and the next instance takes them over.
 // Windows asks top-level windows alone whether the session may end, then it ends the process. The
 // windows end with it; one that survives is found again after the next sign-in.
 TEST_F(ExitTest, EndOfTheSessionIsNotHeldUpAndLosesNothing) {
@@ -122,6 +121,7 @@ TEST_F(ExitTest, EndOfTheSessionIsNotHeldUpAndLosesNothing) {
     EXPECT_EQ(ReadSettings(), Untidy);
 }
 
+// A crash leaves windows topmost, and the next instance takes them over.
 TEST_F(ExitTest, NextInstanceReleasesWhatACrashedOneLeft) {
     ASSERT_TRUE(WriteSettings("Target\n"));
     Actor actor;

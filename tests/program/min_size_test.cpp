@@ -105,8 +105,7 @@ bool EnumerateWindows(const Program& program) {
 }
 
 bool MeasureRow(const Program& program, const std::wstring& title) {
-    const int row = RowOfTitle(title);
-    return row >= 0 && program.SendCommand(static_cast<WORD>(MinSizeCommand + row));
+    return SendRowCommand(program, MinSizeCommand, title);
 }
 
 TEST_F(MinSizeTest, CommandRecordsTheWindowsSizeAndSaysSo) {

@@ -30,23 +30,49 @@ TEST_F(RunningFaultsTest, RefusedBalloonLeavesTheCommandDone) {
     Actor actor;
     static_cast<void>(actor.Create({.title = L"Target", .width = 400, .height = 300}));
     const Program program = StartedFaultyProgram("Shell_NotifyIconW@2-");
-    ASSERT_TRUE(program.SendCommand(static_cast<WORD>(TogglePinCommand + RowOfTitle(L"Target"))));
-    ASSERT_TRUE(program.SendCommand(static_cast<WORD>(MinSizeCommand + RowOfTitle(L"Target"))));
+    ASSERT_TRUE(SendRowCommand(program, TogglePinCommand, L"Target"));
+    ASSERT_TRUE(SendRowCommand(program, MinSizeCommand, L"Target"));
     EXPECT_EQ(ReadSettings(), SettingsText(true, {"Target\t400\t300"}));
     EXPECT_EQ(CountOf("Shell_NotifyIconW failed"), 1U);
     EXPECT_TRUE(Balloons(recorder).empty());
 }
 
-TEST_F(RunningFaultsTest, FolderThatCannotBeWrittenToLeavesTheProgramWithoutAFile) {
+TEST_F(RunningFaultsTest, FolderThatCannotBeMadeLeavesTheProgramWithoutAFile) {
     Actor actor;
     const HWND target = actor.Create({.title = L"Target"});
-    const Program program = StartedFaultyProgram("CreateDirectoryW,CreateFileW");
-    EXPECT_GT(CountOf("CreateFileW failed"), 0U);
-    ASSERT_TRUE(program.SendCommand(static_cast<WORD>(TogglePinCommand + RowOfTitle(L"Target"))));
+    const Program program = StartedFaultyProgram("CreateDirectoryW");
+    EXPECT_GT(CountOf("CreateDirectoryW failed"), 0U);
+    ASSERT_TRUE(SendRowCommand(program, TogglePinCommand, L"Target"));
     ASSERT_TRUE(program.SendCommand(ApplyNowCommand));
     EXPECT_FALSE(IsTopmost(target)) << "the pass read what the file holds: nothing";
-    EXPECT_FALSE(PathExists(DataFolder()));
     EXPECT_EQ(program.ExitByCommand(), 0U);
+    EXPECT_FALSE(PathExists(DataFolder()));
+}
+
+TEST_F(RunningFaultsTest, FolderThatCannotBeWrittenToKeepsWhatItHolds) {
+    for (const std::optional<std::string>& held :
+         {std::optional<std::string>(), std::optional<std::string>("Other\n")}) {
+        SCOPED_TRACE(held.value_or("no file"));
+        ResetProfile();
+        ForgetNotedCalls();
+        ASSERT_NE(CreateDirectoryW(DataFolder().c_str(), nullptr), FALSE);
+        if (held) {
+            ASSERT_TRUE(WriteSettings(*held));
+        }
+        Actor actor;
+        const HWND target = actor.Create({.title = L"Target"});
+        const Program program = StartedFaultyProgram("CreateFileW");
+        const std::size_t atStart = CountOf("CreateFileW failed");
+        EXPECT_EQ(atStart > 0, !held) << "a missing file is written at the start";
+        ASSERT_TRUE(SendRowCommand(program, TogglePinCommand, L"Target"));
+        EXPECT_GT(CountOf("CreateFileW failed"), atStart);
+        ASSERT_TRUE(program.SendCommand(ApplyNowCommand));
+        EXPECT_FALSE(IsTopmost(target)) << "the pass read what the folder holds";
+        EXPECT_EQ(program.ExitByCommand(), 0U);
+        EXPECT_TRUE(PathExists(DataFolder()));
+        EXPECT_EQ(PathExists(SettingsPath()), held.has_value());
+        EXPECT_EQ(ReadSettings(), held);
+    }
 }
 
 TEST_F(RunningFaultsTest, FileThatMayNotBeWrittenKeepsWhatItHolds) {
@@ -96,9 +122,16 @@ TEST_F(RunningFaultsTest, FileThatCannotBeReadMeansNoEntriesUntilItCan) {
     ASSERT_TRUE(WriteSettings("Target\n"));
     Actor actor;
     const HWND target = actor.Create({.title = L"Target"});
-    const Program program = StartedFaultyProgram("ReadFile@1-6");
-    EXPECT_TRUE(BecomesTopmost(target));
-    EXPECT_EQ(CountOf("ReadFile failed"), 6U);
+    // More than the timer asks for before the commands below do.
+    const Program program = StartedFaultyProgram("ReadFile@1-60");
+    ASSERT_TRUE(program.SendCommand(ApplyNowCommand));
+    EXPECT_FALSE(IsTopmost(target));
+    ASSERT_EQ(CountOf("ReadFile passed"), 0U) << "not failing any more";
+    EXPECT_TRUE(WaitUntil([&] {
+        static_cast<void>(program.SendCommand(ApplyNowCommand));
+        return IsTopmost(target);
+    }));
+    EXPECT_EQ(CountOf("ReadFile failed"), 60U);
     EXPECT_EQ(ReadSettings(), "Target\n");
 }
 
@@ -195,20 +228,39 @@ TEST_F(RunningFaultsTest, RequestsThatAreRefusedAreRepeatedAndDisturbNothing) {
 }
 
 // The sign-in screen and questions of the system take the screen for a while.
-TEST_F(RunningFaultsTest, DesktopThatGoesAwayComesBackAsItWas) {
+TEST_F(RunningFaultsTest, DesktopThatComesBackIsServedAgain) {
     ASSERT_TRUE(WriteSettings("Target\n"));
     Actor actor;
     const HWND first = actor.Create({.title = L"Target"});
-    const Program program = StartedFaultyProgram(
-        "EnumWindows@2-5,GetForegroundWindow@2-5,SetWindowPos@2-3,GetCursorPos");
+    // The first pass is not disturbed; those that find windows again are refused at first.
+    const Program program = StartedFaultyProgram("EnumWindows@2-5,SetWindowPos@2-3");
     ASSERT_TRUE(IsTopmost(first));
     const HWND second = actor.Create({.title = L"Target 2"});
     EXPECT_TRUE(BecomesTopmost(second));
     EXPECT_EQ(CountOf("EnumWindows failed"), 4U);
-    EXPECT_TRUE(IsTopmost(first)) << "remembered meanwhile";
+    EXPECT_EQ(CountOf("SetWindowPos failed"), 2U);
+    EXPECT_TRUE(IsTopmost(first));
     EXPECT_EQ(program.ExitByCommand(), 0U);
     EXPECT_FALSE(IsTopmost(first));
     EXPECT_FALSE(IsTopmost(second));
+}
+
+// A window that was forgotten would stay on top for good.
+TEST_F(RunningFaultsTest, DesktopThatIsAwayLetsNothingBeForgotten) {
+    ASSERT_TRUE(WriteSettings("Target\n"));
+    Actor actor;
+    const HWND target = actor.Create({.title = L"Target"});
+    const Program program = StartedFaultyProgram("EnumWindows@2-,GetForegroundWindow,GetCursorPos");
+    ASSERT_TRUE(IsTopmost(target));
+    ASSERT_TRUE(WaitUntil([] { return CountOf("EnumWindows failed") >= 3; })) << "passes go on";
+    ASSERT_NE(OpenMenu(program), nullptr);
+    EXPECT_TRUE(DismissMenu(program));
+    EXPECT_GT(CountOf("GetForegroundWindow failed"), 0U);
+    EXPECT_EQ(CountOf("GetCursorPos failed"), 1U);
+    EXPECT_TRUE(IsTopmost(target));
+    EXPECT_EQ(program.ExitByCommand(), 0U);
+    EXPECT_EQ(CountOf("EnumWindows passed"), 1U);
+    EXPECT_FALSE(IsTopmost(target)) << "remembered all the time";
 }
 
 TEST_F(RunningFaultsTest, MenuOpensInTheCornerWithoutACursor) {

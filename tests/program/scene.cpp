@@ -129,6 +129,11 @@ int RowOfTitle(std::wstring_view title) {
     return found == titles.end() ? -1 : static_cast<int>(std::distance(titles.begin(), found));
 }
 
+bool SendRowCommand(const Program& program, WORD firstCommand, std::wstring_view title) {
+    const int row = RowOfTitle(title);
+    return row >= 0 && program.SendCommand(static_cast<WORD>(firstCommand + row));
+}
+
 std::vector<TrayCall> Balloons(const TrayRecorder& recorder) {
     std::vector<TrayCall> calls = recorder.Calls();
     calls.erase(std::remove_if(calls.begin(), calls.end(),

@@ -99,6 +99,10 @@ inline constexpr std::string_view SentinelLine = "Sentinel";
 // The row that the title has among them; -1 when it has none.
 [[nodiscard]] int RowOfTitle(std::wstring_view title);
 
+// Sends the row's command of a family that begins with firstCommand; false without such a row too.
+[[nodiscard]] bool SendRowCommand(const Program& program, WORD firstCommand,
+                                  std::wstring_view title);
+
 // The balloons among the calls, oldest first.
 [[nodiscard]] std::vector<TrayCall> Balloons(const TrayRecorder& recorder);
 

@@ -8,9 +8,7 @@ namespace {
 using StrangeTitlesTest = ProgramTest;
 
 [[nodiscard]] bool ToggleRow(const Program& program, const std::wstring& title) {
-    const int row = RowOfTitle(title);
-    EXPECT_GE(row, 0);
-    return program.SendCommand(static_cast<WORD>(TogglePinCommand + row));
+    return SendRowCommand(program, TogglePinCommand, title);
 }
 
 struct TitleCase {
@@ -97,6 +95,17 @@ TEST_F(StrangeTitlesTest, TitleOfSeveralLinesBecomesSeveralEntries) {
     ASSERT_TRUE(ToggleRow(program, title));
     EXPECT_TRUE(BecomesOrdinary(window));
     EXPECT_EQ(ReadSettings(), SettingsText(true, {}));
+}
+
+TEST_F(StrangeTitlesTest, LineOfATitleThatReadsAsTheSwitchSetsIt) {
+    Actor actor;
+    const std::wstring title = L"first\n@pinning=0";
+    const HWND window = actor.Create({.title = title});
+    const Program program = StartedProgram();
+    ASSERT_TRUE(ToggleRow(program, title));
+    EXPECT_EQ(ReadSettings(), SettingsText(true, {"first", "@pinning=0"}));
+    ASSERT_TRUE(program.SendCommand(ApplyNowCommand));
+    EXPECT_FALSE(IsTopmost(window));
 }
 
 }  // namespace
