@@ -45,8 +45,9 @@ std::uint64_t Mix(std::uint64_t value) {
     return value ^ (value >> 31U);
 }
 
-// What differs from start to start and is not told to other programs: moments in time, and where
-// Windows has put the stack. Before all other initialisations, and not guarded itself.
+// What differs from start to start and is not known to a file or a title: moments in time, numbers
+// that Windows gives out, and where it has put the stack. Before all other initialisations, and not
+// guarded itself.
 __attribute__((constructor(101), no_stack_protector)) void ChooseStackGuard() {
     LARGE_INTEGER counter{};
     FILETIME time{};
@@ -56,9 +57,10 @@ __attribute__((constructor(101), no_stack_protector)) void ChooseStackGuard() {
     value = Mix(value ^ time.dwLowDateTime ^ (std::uint64_t{time.dwHighDateTime} << 32U));
     value = Mix(value ^ GetCurrentProcessId() ^ (std::uint64_t{GetCurrentThreadId()} << 32U));
     value = Mix(value ^ reinterpret_cast<std::uintptr_t>(&counter));
-    // With a zero as its lowest byte no copied text runs over it unnoticed.
-    constexpr std::uint64_t WithoutLowestByte = ~std::uint64_t{0xFF};
-    __stack_chk_guard = value & WithoutLowestByte;
+    // Buffers here hold UTF-16: with a zero as its lowest unit no copied text runs over it
+    // unnoticed.
+    constexpr std::uint64_t WithoutLowestUnit = ~std::uint64_t{0xFFFF};
+    __stack_chk_guard = value & WithoutLowestUnit;
 }
 
 }  // namespace
