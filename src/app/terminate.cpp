@@ -11,6 +11,24 @@
 #include <cstdlib>
 #include <new>
 
+#include "base/win.h"
+
+namespace morvane {
+
+namespace {
+
+// The code of the runtime's abort, which may put up a message box in a windowed program first: one
+// that has no memory left is not to wait for an answer.
+[[noreturn]] void End() {
+    constexpr UINT Aborted = 3;
+    TerminateProcess(GetCurrentProcess(), Aborted);
+    __builtin_unreachable();
+}
+
+}  // namespace
+
+}  // namespace morvane
+
 // The language lets a program bring its own.
 // NOLINTBEGIN(cppcoreguidelines-no-malloc,cppcoreguidelines-owning-memory): what all owners rest
 // on.
@@ -18,7 +36,7 @@ void* operator new(std::size_t size) {
     if (void* const memory = std::malloc(size)) {
         return memory;
     }
-    std::abort();
+    morvane::End();
 }
 
 void operator delete(void* memory) noexcept {
@@ -38,24 +56,24 @@ void operator delete(void* memory, std::size_t /*size*/) noexcept {
 namespace std {
 
 [[noreturn]] void __throw_logic_error(const char* /*what*/) {
-    abort();
+    morvane::End();
 }
 
 [[noreturn]] void __throw_length_error(const char* /*what*/) {
-    abort();
+    morvane::End();
 }
 
 // NOLINTNEXTLINE(cert-dcl50-cpp): declared like this by the library.
 [[noreturn]] void __throw_out_of_range_fmt(const char* /*format*/, ...) {
-    abort();
+    morvane::End();
 }
 
 [[noreturn]] void __throw_bad_alloc() {
-    abort();
+    morvane::End();
 }
 
 [[noreturn]] void __throw_bad_array_new_length() {
-    abort();
+    morvane::End();
 }
 
 }  // namespace std
