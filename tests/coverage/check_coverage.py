@@ -2,20 +2,25 @@
 """Reports which lines of the program the tests have run, and judges the rest.
 
 Every line of src/ that no test runs needs an excuse in excuses.txt: its file and its text, and below
-them, indented, the reason. A line without an excuse, an excuse without a line, and a share below the
-goal are findings. Exit code: 0 without findings, 1 otherwise. Needs gcovr.
+them, indented, the reason. An excuse covers one line; "x2: " before the text makes it cover two lines
+of that text. A line without an excuse, an excuse without its lines, and a share below the goal are
+findings. Exit code: 0 without findings, 1 otherwise. Needs gcovr.
 
 usage: check_coverage.py BUILD_FOLDER
 """
 
 import json
+import re
 import subprocess
 import sys
+from collections import Counter, namedtuple
 from pathlib import Path
 
 ROOT = Path(__file__).resolve().parents[2]
 EXCUSES = Path(__file__).with_name("excuses.txt")
 GOAL = 95.0  # percent of the lines
+Excuse = namedtuple("Excuse", "lines reason")
+
 GCOV = "x86_64-w64-mingw32-gcov-posix"
 
 
@@ -30,24 +35,41 @@ def counted_lines(build):
             if not line.get("gcovr/noncode", False)}
 
 
-def excuses():
-    """{(file, text): reason}"""
+def read_excuses(text):
+    """{(file, text): Excuse}"""
     found = {}
     subject = None
-    for line in EXCUSES.read_text(encoding="utf-8").splitlines():
+    for line in text.splitlines():
         if not line.strip() or line.startswith("#"):
             continue
         if line.startswith(" "):
             if subject is None:
                 raise ValueError(f"a reason without a line: {line.strip()}")
-            found[subject] = f"{found[subject]} {line.strip()}".strip()
-        else:
-            file, separator, text = line.partition(": ")
-            if not separator:
-                raise ValueError(f"no file and text: {line}")
-            subject = (file, text.strip())
-            found[subject] = ""
+            lines, reason = found[subject]
+            found[subject] = Excuse(lines, f"{reason} {line.strip()}".strip())
+            continue
+        match = re.fullmatch(r"(\S+): (?:x(\d+): )?(.+)", line.rstrip())
+        if not match:
+            raise ValueError(f"no file and text: {line}")
+        subject = match[1], match[3].strip()
+        if subject in found:
+            raise ValueError(f"excused twice: {line}")
+        found[subject] = Excuse(int(match[2] or 1), "")
     return found
+
+
+def judge(missed, excuses):
+    """The findings about the lines that are not run, [(file, number, text)]."""
+    findings = [f"{file}:{number}: no test runs this line, and nothing excuses it: {text}"
+                for file, number, text in missed if (file, text) not in excuses]
+    counts = Counter((file, text) for file, _, text in missed)
+    for (file, text), (lines, reason) in excuses.items():
+        if counts[file, text] != lines:
+            findings.append(f"{file}: excused are {lines} lines, not run are {counts[file, text]}: "
+                            f"{text}")
+        if not reason:
+            findings.append(f"{file}: an excuse without a reason: {text}")
+    return findings
 
 
 def main(build):
@@ -59,22 +81,16 @@ def main(build):
             lines = texts.setdefault(file, (ROOT / file).read_text(encoding="utf-8").splitlines())
             missed.append((file, number, lines[number - 1].strip()))
 
-    reasons = excuses()
-    findings = [f"{file}:{number}: no test runs this line, and nothing excuses it: {text}"
-                for file, number, text in missed if (file, text) not in reasons]
-    used = {(file, text) for file, _, text in missed}
-    findings += [f"{file}: the excuse fits no line that is not run: {text}"
-                 for file, text in reasons if (file, text) not in used]
-    findings += [f"{file}: an excuse without a reason: {text}"
-                 for (file, text), reason in reasons.items() if not reason]
+    excuses = read_excuses(EXCUSES.read_text(encoding="utf-8"))
+    findings = judge(missed, excuses)
     share = 100.0 * (len(counts) - len(missed)) / len(counts) if counts else 0.0
     if share < GOAL:
         findings.append(f"below the goal of {GOAL} %")
 
     for file, number, text in missed:
         print(f"not run: {file}:{number}: {text}")
-        if reasons.get((file, text)):
-            print(f"         {reasons[file, text]}")
+        if (file, text) in excuses:
+            print(f"         {excuses[file, text].reason}")
     print("\n".join(findings))
     print(f"{len(counts) - len(missed)} of {len(counts)} lines of the program are run: {share:.1f} %")
     return 1 if findings else 0
