@@ -60,11 +60,7 @@ TEST_F(SingleInstanceTest, SwitchesActBesideARunningInstance) {
 }
 
 TEST_F(SingleInstanceTest, FiveStartsAtOnceLeaveExactlyOne) {
-    std::vector<Program> programs;
-    programs.reserve(5);
-    for (int i = 0; i < 5; ++i) {
-        programs.emplace_back();
-    }
+    const std::vector<Program> programs = Program::SeveralAtOnce(5);
     const auto running = [&programs] {
         return std::count_if(programs.begin(), programs.end(),
                              [](const Program& program) { return program.IsRunning(); });

@@ -48,7 +48,7 @@ std::wstring ChangedEnvironment(const Environment& changes) {
 }  // namespace
 
 ChildProcess StartProcess(const std::wstring& executable, const std::wstring& arguments,
-                          const Environment& changes, const ChildPipes& pipes) {
+                          const Environment& changes, const ChildPipes& pipes, Begin begin) {
     std::wstring commandLine = L"\"" + executable + L"\"";
     if (!arguments.empty()) {
         commandLine += L" " + arguments;
@@ -63,13 +63,15 @@ ChildProcess StartProcess(const std::wstring& executable, const std::wstring& ar
         start.hStdOutput = pipes.output;
         start.hStdError = GetStdHandle(STD_ERROR_HANDLE);
     }
+    const DWORD flags = CREATE_UNICODE_ENVIRONMENT | DETACHED_PROCESS |
+                        (begin == Begin::WhenResumed ? CREATE_SUSPENDED : 0);
     PROCESS_INFORMATION started{};
     // Among thousands of starts under load one was seen to fail at once; those after it did not.
     for (int attempt = 1;; ++attempt) {
         // Without a console of its own no console window appears among the windows under test.
         if (CreateProcessW(executable.c_str(), commandLine.data(), nullptr, nullptr,
-                           redirected ? TRUE : FALSE, CREATE_UNICODE_ENVIRONMENT | DETACHED_PROCESS,
-                           environment.data(), nullptr, &start, &started) != FALSE) {
+                           redirected ? TRUE : FALSE, flags, environment.data(), nullptr, &start,
+                           &started) != FALSE) {
             break;
         }
         std::fprintf(stderr, "start of a process, attempt %d: error %lu\n", attempt,
@@ -78,8 +80,7 @@ ChildProcess StartProcess(const std::wstring& executable, const std::wstring& ar
             return {};
         }
     }
-    const KernelHandle thread(started.hThread);
-    return {KernelHandle(started.hProcess), started.dwProcessId};
+    return {KernelHandle(started.hProcess), started.dwProcessId, KernelHandle(started.hThread)};
 }
 
 std::optional<std::wstring> EnvironmentVariable(const std::wstring& name) {

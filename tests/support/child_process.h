@@ -22,13 +22,16 @@ struct ChildPipes {
 struct ChildProcess {
     KernelHandle process;
     DWORD id = 0;
+    KernelHandle thread{};  // its first one
 };
+
+enum class Begin { AtOnce, WhenResumed };
 
 // Starts an executable with the arguments as typed. The handle is empty on failure.
 [[nodiscard]] ChildProcess StartProcess(const std::wstring& executable,
                                         const std::wstring& arguments,
                                         const Environment& changes = {},
-                                        const ChildPipes& pipes = {});
+                                        const ChildPipes& pipes = {}, Begin begin = Begin::AtOnce);
 
 // The value of a variable of this process, or nothing.
 [[nodiscard]] std::optional<std::wstring> EnvironmentVariable(const std::wstring& name);

@@ -36,9 +36,9 @@ void PrepareSession() {
 }
 
 ChildProcess StartSafely(const std::wstring& executable, const std::wstring& arguments,
-                         const Environment& changes) {
+                         const Environment& changes, Begin begin = Begin::AtOnce) {
     PrepareSession();
-    ChildProcess child = StartProcess(executable, arguments, changes);
+    ChildProcess child = StartProcess(executable, arguments, changes, {}, begin);
     if (!child.process) {
         throw std::runtime_error("the program does not start");
     }
@@ -69,6 +69,21 @@ Program::Program(ChildProcess child) : process_(std::move(child.process)), proce
 Program Program::FromFile(const std::wstring& executable, const std::wstring& arguments,
                           const Environment& changes) {
     return Program(StartSafely(executable, arguments, changes));
+}
+
+std::vector<Program> Program::SeveralAtOnce(std::size_t count) {
+    const std::wstring executable = RequiredPath(L"MORVANE_TEST_PROGRAM");
+    std::vector<KernelHandle> threads;
+    std::vector<Program> programs;
+    for (std::size_t i = 0; i < count; ++i) {
+        ChildProcess child = StartSafely(executable, L"", {}, Begin::WhenResumed);
+        threads.push_back(std::move(child.thread));
+        programs.push_back(Program(std::move(child)));
+    }
+    for (const KernelHandle& thread : threads) {
+        ResumeThread(thread.get());
+    }
+    return programs;
 }
 
 Program Program::UnderLocale(const std::string& locale) {

@@ -1,8 +1,10 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "base/owners.h"
 #include "base/win.h"
@@ -25,6 +27,9 @@ public:
     [[nodiscard]] static Program FromFile(const std::wstring& executable,
                                           const std::wstring& arguments = L"",
                                           const Environment& changes = {});
+
+    // So many copies that begin together: all are there before the first of them runs.
+    [[nodiscard]] static std::vector<Program> SeveralAtOnce(std::size_t count);
 
     // Starts the program with the session's user interface in another language, by the name of a
     // host locale ("ja_JP.UTF-8", which need not be installed). Under Wine only the host's
