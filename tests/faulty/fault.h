@@ -18,6 +18,7 @@
 //   SetTimer@0          no call fails; the calls are only noted
 //   WriteFile=20        the disk takes 20 more bytes
 //   GetSystemDirectoryW=16  writes 16 characters beyond the caller's buffer
+//   LoadLibraryExW=1    looks for libraries beside the program first
 //
 // MORVANE_FAULT_REPORT is a file that gets a line per call of the named functions: the name, and
 // "failed" or "passed". A plan that cannot be carried out ends the process with PlanFailed.

@@ -85,6 +85,27 @@ struct SystemDirectory {
     }
 };
 
+// Fails; or, with an amount, looks for the library as a program does that does not take care:
+// beside the program first.
+struct LibraryLoading {
+    static inline Fault fault{.name = "LoadLibraryExW", .replacement = nullptr};
+
+    static HMODULE WINAPI Call(LPCWSTR name, HANDLE file, DWORD flags) {
+        const bool fails = MustFail(fault);
+        if (fails && fault.amount == 0) {
+            SetLastError(ERROR_MOD_NOT_FOUND);
+            return nullptr;
+        }
+        return reinterpret_cast<decltype(&LoadLibraryExW)>(fault.original)(name, file,
+                                                                           fails ? 0 : flags);
+    }
+
+    static Fault* Entry() {
+        fault.replacement = reinterpret_cast<void*>(&Call);
+        return &fault;
+    }
+};
+
 using AllocateFunction = void*(WINAPI*)(std::size_t);  // malloc, without its attributes
 
 constexpr INT_PTR NoHandle = -1;  // INVALID_HANDLE_VALUE as a number
@@ -94,6 +115,7 @@ Fault* const AllFaults[] = {
     FullDisk::Entry(),
     WriteProtection::Entry(),
     SystemDirectory::Entry(),
+    LibraryLoading::Entry(),
     // kernel32
     Failing<"CreateDirectoryW", decltype(&CreateDirectoryW), FALSE, ERROR_ACCESS_DENIED>::Entry(),
     Failing<"CreateMutexW", decltype(&CreateMutexW), nullptr, ERROR_ACCESS_DENIED>::Entry(),
@@ -101,10 +123,11 @@ Fault* const AllFaults[] = {
     Failing<"FindFirstFileW", decltype(&FindFirstFileW), NoHandle, ERROR_ACCESS_DENIED>::Entry(),
     Failing<"GetModuleFileNameW", decltype(&GetModuleFileNameW), 0U,
             ERROR_INSUFFICIENT_BUFFER>::Entry(),
-    Failing<"LoadLibraryExW", decltype(&LoadLibraryExW), nullptr, ERROR_MOD_NOT_FOUND>::Entry(),
     Failing<"ReadFile", decltype(&ReadFile), FALSE, ERROR_CRC>::Entry(),
     Failing<"RemoveDirectoryW", decltype(&RemoveDirectoryW), FALSE,
             ERROR_SHARING_VIOLATION>::Entry(),
+    Failing<"SetDefaultDllDirectories", decltype(&SetDefaultDllDirectories), FALSE,
+            ERROR_INVALID_PARAMETER>::Entry(),
     Failing<"SetEndOfFile", decltype(&SetEndOfFile), FALSE, ERROR_WRITE_PROTECT>::Entry(),
     // msvcrt
     Failing<"malloc", AllocateFunction, nullptr, ERROR_NOT_ENOUGH_MEMORY>::Entry(),
