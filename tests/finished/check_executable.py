@@ -13,24 +13,11 @@ from collections import namedtuple
 from pathlib import Path
 from xml.etree import ElementTree
 
+import build_traces
 import pefile
 import pe_resources
-
-PROJECT_ROOT = Path(__file__).resolve().parents[2]
-
-# Windows maps these from its own list of known libraries, so a planted file of the same name in
-# the program's folder is never loaded in their place.
-KNOWN_LIBRARIES = {
-    "kernel32.dll", "user32.dll", "gdi32.dll", "shell32.dll", "ole32.dll", "advapi32.dll",
-    "msvcrt.dll",
-}
-
-# The thread library under the C++ runtime imports these; no text of the program reaches them.
-ALLOWED_ANSI = {
-    ("kernel32.dll", "CreateEventA"),
-    ("kernel32.dll", "CreateSemaphoreA"),
-    ("kernel32.dll", "OutputDebugStringA"),
-}
+from expected import (
+    ALLOWED_ANSI, COMMON_TEXTS, DESCRIPTIONS, KNOWN_LIBRARIES, SUPPORTED_SYSTEMS)
 
 # mov ecx, 2; int 29h: Windows ends the process at once, because of a changed stack guard.
 GUARD_FAILURE = b"\xb9\x02\x00\x00\x00\xcd\x29"
@@ -44,24 +31,6 @@ PNG_SIGNATURE = b"\x89PNG\r\n\x1a\n"
 ASM_V1 = "{urn:schemas-microsoft-com:asm.v1}"
 ASM_V3 = "{urn:schemas-microsoft-com:asm.v3}"
 COMPATIBILITY = "{urn:schemas-microsoft-com:compatibility.v1}"
-SUPPORTED_SYSTEMS = {
-    "{35138b9a-5d96-4fbd-8e2d-a2440225f93a}": "Windows 7",
-    "{4a2f28e3-53b9-4441-ba9c-d69d4a4a6e38}": "Windows 8",
-    "{1f676c76-80e1-4239-95bb-83d0f6d0da78}": "Windows 8.1",
-    "{8e0f7a12-bfb3-4fe8-b9a5-48fd50a15a9a}": "Windows 10 and 11",
-}
-
-COMMON_TEXTS = {
-    "CompanyName": "the Morvane authors",
-    "InternalName": "Morvane",
-    "LegalCopyright": "Copyright © 2026 the Morvane authors",
-    "OriginalFilename": "Morvane.exe",
-    "ProductName": "Morvane",
-}
-DESCRIPTIONS = {
-    "040904b0": "Keep selected windows always on top",
-    "041104b0": "選んだウィンドウを、ほかより手前に固定",
-}
 
 Program = namedtuple("Program", "pe data version max_bytes")
 
@@ -182,14 +151,7 @@ def check_stripped(program):
 
 
 def check_build_traces(program):
-    # Builds do not only happen below a home folder, hence the top folder of this project as well.
-    traces = ["/home", "/root", "/tmp", f"/{PROJECT_ROOT.parts[1]}/", ".cpp"]
-    found = []
-    for trace in traces:
-        for encoding in ("ascii", "utf-16-le"):
-            position = program.data.find(trace.encode(encoding, "replace"))
-            if position >= 0:
-                found.append(f"{trace} ({encoding}) at {position:#x}")
+    found = build_traces.traces_in(program.data)
     require(not found, "found " + ", ".join(found))
     return "no paths and no source names"
 
@@ -348,7 +310,7 @@ def main():
     parser = argparse.ArgumentParser(description="Checks facts about the finished program file.")
     parser.add_argument("path", type=Path)
     parser.add_argument("--version", required=True, help="the version the file must carry")
-    parser.add_argument("--max-bytes", type=int, default=250000, help="default: %(default)s")
+    parser.add_argument("--max-bytes", type=int, required=True, help="the most it may have")
     arguments = parser.parse_args()
 
     # A failure quotes texts that the terminal's character set may lack.

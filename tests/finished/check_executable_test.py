@@ -12,6 +12,7 @@ import unittest
 from pathlib import Path
 
 import check_executable
+from build_traces import PROJECT_ROOT
 from pe_resources import RT_GROUP_ICON, RT_ICON, RT_MANIFEST, RT_VERSION
 from spoiled_copy import (
     DOS_TEXT, FIXED_VERSION_SIGNATURE, SpoiledCopy, ansi_variant_imported, calls_diverted,
@@ -27,7 +28,7 @@ VERSION_FACTS = {"fixed version", "translations"} | TEXT_FACTS
 
 TRANSLATIONS = (struct.pack("<4H", 0x409, 0x4B0, 0x411, 0x4B0),
                 struct.pack("<4H", 0x411, 0x4B0, 0x409, 0x4B0))
-SOURCE_FOLDER = f"{check_executable.PROJECT_ROOT}/"[: len(DOS_TEXT)].encode()
+SOURCE_FOLDER = f"{PROJECT_ROOT}/"[: len(DOS_TEXT)].encode()
 
 # What is wrong with the copy, how it came about, and the facts that must then fail.
 CASES = (
@@ -59,6 +60,11 @@ CASES = (
     ("a temporary folder", text_left_in(b"/tmp/a.c"), {"build traces"}),
     ("the folder of this project", text_left_in(SOURCE_FOLDER), {"build traces"}),
     ("the name of a source", text_left_in(b"main.cpp"), {"build traces"}),
+    ("the name of a source in C", text_left_in(b"crt/main.c "), {"build traces"}),
+    ("the name of a header", text_left_in(b"owners.h "), {"build traces"}),
+    ("the name of a symbol file", text_left_in(wide("Morvane.pdb ")), {"build traces"}),
+    ("a path with a drive", text_left_in(b"D:\\src\\main "), {"build traces"}),
+    ("a path with a drive and slashes", text_left_in(wide("d:/src/main ")), {"build traces"}),
     ("no resources", directory(RESOURCES, VirtualAddress=0, Size=0),
      VERSION_FACTS | MANIFEST_FACTS | {"icon"}),
     ("another icon number", resource_renumbered(RT_GROUP_ICON, 102), {"icon"}),
