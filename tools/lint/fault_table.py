@@ -1,6 +1,6 @@
 """Looks up every test that docs/faults.md names among the tests there are.
 
-A table of faults is worth what its tests are worth: one that was renamed or removed is a finding.
+A table of faults is worth what its tests are worth: one that was renamed, removed or disabled is a finding.
 """
 
 import re
@@ -20,6 +20,8 @@ def main():
             if row.startswith("| ") and not row.startswith("| Fault ")]
     findings = [f"{name}: no such test" for row in rows for name in REFERENCE.findall(row)
                 if name not in tests]
+    findings += [f"{name}: disabled" for row in rows for name in REFERENCE.findall(row)
+                 if "DISABLED_" in name]
     findings += [f"no test: {row}" for row in rows if not REFERENCE.search(row)]
     print("\n".join(findings) or f"{len(rows)} faults, each with a test")
     return 1 if findings or not rows else 0
