@@ -2,6 +2,7 @@
 
 import functools
 import getpass
+import hashlib
 import os
 import pathlib
 import shutil
@@ -26,6 +27,16 @@ SETTINGS = APP_DATA / "Roaming" / "Morvane" / "config.txt"
 START_MENU = APP_DATA / "Roaming" / "Microsoft" / "Windows" / "Start Menu" / "Programs"
 START_MENU_ENTRY = START_MENU / "Morvane.lnk"
 STARTUP_SHORTCUT = START_MENU / "StartUp" / "Morvane.lnk"
+
+# Of the installer and the uninstaller.
+EXIT_STILL_RUNNING = 3
+EXIT_NOT_WRITTEN = 4
+EXIT_STARTUP_FAILED = 5
+EXIT_DATA_KEPT = 6
+
+
+def digest(path):
+    return hashlib.sha256(path.read_bytes()).hexdigest()
 
 
 def is_disposable():

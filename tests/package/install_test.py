@@ -4,7 +4,6 @@
 usage: install_test.py BUILD_FOLDER PACKAGE_FOLDER [UNITTEST-ARGUMENT...]
 """
 
-import hashlib
 import os
 import pathlib
 import subprocess
@@ -13,7 +12,9 @@ import tempfile
 import unittest
 
 import bench
-from bench import INSTALLED, SETTINGS, STARTUP_SHORTCUT, START_MENU_ENTRY
+from bench import (
+    EXIT_DATA_KEPT, EXIT_NOT_WRITTEN, EXIT_STARTUP_FAILED, EXIT_STILL_RUNNING, INSTALLED, SETTINGS,
+    STARTUP_SHORTCUT, START_MENU_ENTRY, digest)
 
 import package
 from signing import is_signed, make_certificate
@@ -22,16 +23,8 @@ BUILD = pathlib.Path(sys.argv.pop(1)).resolve()
 PACKAGE = pathlib.Path(sys.argv.pop(1)).resolve()
 
 OLD_VERSION = "26.9.11.1"
-EXIT_STILL_RUNNING = 3
-EXIT_NOT_WRITTEN = 4
-EXIT_STARTUP_FAILED = 5
-EXIT_DATA_KEPT = 6
 NEEDS_MOUNT = "no file system can be mounted here"
 FILES = ["LICENSE.txt", "Morvane.exe", "Uninstall.exe"]
-
-
-def digest(path):
-    return hashlib.sha256(path.read_bytes()).hexdigest()
 
 
 @unittest.skipUnless(bench.is_disposable(), "the profile is not a disposable one")
