@@ -27,27 +27,28 @@ std::vector<std::string> SplitLines(const std::string& bytes) {
     return lines;
 }
 
-// A byte of UTF-8 makes one unit at most, also where it is ill-formed.
+// Asked for the length first: how long a result may be at most is the program's business.
 std::wstring FromUtf8(const std::string& bytes) {
-    if (bytes.empty()) {
+    const int size = static_cast<int>(bytes.size());
+    const int length = MultiByteToWideChar(CP_UTF8, 0, bytes.data(), size, nullptr, 0);
+    if (length <= 0) {
         return {};
     }
-    std::vector<wchar_t> units(bytes.size() + 1);
-    const int count = MultiByteToWideChar(CP_UTF8, 0, bytes.data(), static_cast<int>(bytes.size()),
-                                          units.data(), static_cast<int>(units.size()));
-    return {units.begin(), units.begin() + count};
+    std::wstring text(static_cast<std::size_t>(length), L'\0');
+    MultiByteToWideChar(CP_UTF8, 0, bytes.data(), size, text.data(), length);
+    return text;
 }
 
-// A unit makes three bytes at most.
 std::string ToUtf8(const std::wstring& text) {
-    if (text.empty()) {
+    const int size = static_cast<int>(text.size());
+    const int length =
+        WideCharToMultiByte(CP_UTF8, 0, text.data(), size, nullptr, 0, nullptr, nullptr);
+    if (length <= 0) {
         return {};
     }
-    std::vector<char> bytes(text.size() * 3);
-    const int count =
-        WideCharToMultiByte(CP_UTF8, 0, text.data(), static_cast<int>(text.size()), bytes.data(),
-                            static_cast<int>(bytes.size()), nullptr, nullptr);
-    return {bytes.begin(), bytes.begin() + count};
+    std::string bytes(static_cast<std::size_t>(length), '\0');
+    WideCharToMultiByte(CP_UTF8, 0, text.data(), size, bytes.data(), length, nullptr, nullptr);
+    return bytes;
 }
 
 bool IsBlank(wchar_t unit) {
