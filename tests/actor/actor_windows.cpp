@@ -36,13 +36,19 @@ void WithRecord(HWND window, Action action) {
     }
 }
 
+LONGLONG CounterNow() {
+    LARGE_INTEGER counter{};
+    QueryPerformanceCounter(&counter);
+    return counter.QuadPart;
+}
+
 // Returns false when the window has destroyed itself meanwhile.
 bool HandlePositionRequest(HWND window, WINDOWPOS& position) {
     bool refusing = false;
     bool dying = false;
     WithRecord(window, [&](WindowRecord& record) {
         record.requests.push_back({position.hwndInsertAfter, position.x, position.y, position.cx,
-                                   position.cy, position.flags, GetTickCount64()});
+                                   position.cy, position.flags, GetTickCount64(), CounterNow()});
         refusing = record.refusing;
         if (record.requestsUntilDeath > 0) {
             --record.requestsUntilDeath;

@@ -178,7 +178,8 @@ std::string DescribeRequests(HWND window) {
         answer += " " + std::to_string(NumberFromWindow(request.insertAfter)) + "," +
                   std::to_string(request.x) + "," + std::to_string(request.y) + "," +
                   std::to_string(request.cx) + "," + std::to_string(request.cy) + "," +
-                  std::to_string(request.flags) + "," + std::to_string(request.tickCount);
+                  std::to_string(request.flags) + "," + std::to_string(request.tickCount) + "," +
+                  std::to_string(request.counter);
     }
     return answer;
 }

@@ -248,10 +248,10 @@ std::vector<PositionRequest> Actor::Requests(HWND window) {
     std::vector<PositionRequest> requests;
     const std::string answer = Ask(WindowCommand("requests", window));
     for (const std::string_view record : SplitWords(answer, ' ')) {
-        const std::vector<long long> n = RecordNumbers(record, 7);
+        const std::vector<long long> n = RecordNumbers(record, 8);
         requests.push_back({WindowFromNumber(n[0]), static_cast<int>(n[1]), static_cast<int>(n[2]),
                             static_cast<int>(n[3]), static_cast<int>(n[4]), static_cast<UINT>(n[5]),
-                            static_cast<ULONGLONG>(n[6])});
+                            static_cast<ULONGLONG>(n[6]), n[7]});
     }
     return requests;
 }

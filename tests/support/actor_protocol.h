@@ -21,7 +21,7 @@
 //   refuse WINDOW 0|1            die WINDOW N
 //   owner WINDOW OWNER
 //   hang MILLISECONDS            quit
-//   requests WINDOW              -> ok AFTER,X,Y,CX,CY,FLAGS,TICK ...
+//   requests WINDOW              -> ok AFTER,X,Y,CX,CY,FLAGS,TICK,COUNTER ...
 //   input WINDOW                 -> ok MESSAGE,X,Y ...
 //   forget WINDOW                ping
 //
@@ -37,6 +37,8 @@ struct PositionRequest {
     int cy = 0;
     UINT flags = 0;           // SWP_...
     ULONGLONG tickCount = 0;  // GetTickCount64 at the arrival, milliseconds
+    LONGLONG counter = 0;     // QueryPerformanceCounter then: one count for all processes, and fine
+                              // enough to tell the requests of a pass apart
 };
 
 // One button or key message that reached the window; x and y are client pixels for the mouse, and
