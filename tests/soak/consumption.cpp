@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdint>
 #include <cstring>
+#include <stdexcept>
 #include <utility>
 #include <vector>
 
@@ -37,6 +38,7 @@ struct HandleTableHead {
     ULONG_PTR reserved;
 };
 constexpr ULONG ExtendedHandleInformation = 64;
+constexpr auto TooShort = static_cast<LONG>(0xC0000004);  // the table for all entries
 using QuerySystemInformation = LONG(WINAPI*)(ULONG, void*, ULONG, ULONG*);
 
 std::size_t MenuRoom() {
@@ -45,6 +47,12 @@ std::size_t MenuRoom() {
     made.reserve(MoreThanFit);
     while (Menu menu{CreatePopupMenu()}) {
         made.push_back(std::move(menu));
+        if (made.size() == MoreThanFit) {
+            throw std::runtime_error("the session has room for menus without end");
+        }
+    }
+    if (made.empty()) {
+        throw std::runtime_error("the session has no room for menus");
     }
     return made.size();
 }
@@ -53,8 +61,9 @@ std::size_t PrivateKilobytes(DWORD processId) {
     const KernelHandle process(
         OpenProcess(PROCESS_QUERY_INFORMATION | PROCESS_VM_READ, FALSE, processId));
     PROCESS_MEMORY_COUNTERS counters{};
-    if (!process || GetProcessMemoryInfo(process.get(), &counters, sizeof(counters)) == FALSE) {
-        return 0;
+    if (!process || GetProcessMemoryInfo(process.get(), &counters, sizeof(counters)) == FALSE ||
+        counters.PagefileUsage == 0) {
+        throw std::runtime_error("cannot measure the memory of the program");
     }
     return counters.PagefileUsage / 1024;
 }
@@ -71,13 +80,21 @@ std::size_t KernelHandles(DWORD processId) {
     const Module library = LoadSystemLibrary(L"ntdll.dll");
     const auto query = FindExport<QuerySystemInformation>(library, "NtQuerySystemInformation");
     if (query == nullptr) {
-        return 0;
+        throw std::runtime_error("the system does not tell of its handles");
     }
     std::vector<HandleEntry> table(4096);
     ULONG needed = 0;
-    while (query(ExtendedHandleInformation, table.data(),
-                 static_cast<ULONG>(table.size() * sizeof(HandleEntry)), &needed) < 0) {
+    const auto ask = [&] {
+        return query(ExtendedHandleInformation, table.data(),
+                     static_cast<ULONG>(table.size() * sizeof(HandleEntry)), &needed);
+    };
+    LONG status = ask();
+    while (status == TooShort) {
         table.resize(table.size() * 2);
+        status = ask();
+    }
+    if (status < 0) {
+        throw std::runtime_error("cannot ask for the handles of the system");
     }
     HandleTableHead head{};
     std::memcpy(&head, table.data(), sizeof(head));
@@ -87,6 +104,9 @@ std::size_t KernelHandles(DWORD processId) {
         HandleEntry entry{};
         std::memcpy(&entry, bytes + index * sizeof(entry), sizeof(entry));
         count += entry.processId == processId ? 1 : 0;
+    }
+    if (count == 0) {
+        throw std::runtime_error("no handle of the program is counted");
     }
     return count;
 }

@@ -15,6 +15,8 @@ struct Consumption {
     std::size_t menuRoom = 0;  // menus that could still be made, in the whole session
 };
 
+// Both throw std::runtime_error where nothing can be measured: nothing would look like no growth.
+
 // Takes a second or two, in which nobody else can make a menu.
 [[nodiscard]] Consumption MeasureConsumption(DWORD processId);
 
