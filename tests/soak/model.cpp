@@ -52,6 +52,7 @@ void Forget(Model& model) {
     model.remembered = kept;
 }
 
+// The top left corner stays where it is, also of a window that grows.
 void Pin(ModelWindow& window, const PinEntry& entry) {
     if (!window.minimised) {
         window.width = std::max(window.width, entry.minWidth);
@@ -64,23 +65,28 @@ std::string NameOf(HWND window) {
     return std::to_string(reinterpret_cast<std::uintptr_t>(window));
 }
 
-std::string Look(bool topmost, bool visible, bool minimised, int width, int height) {
+std::string PlaceText(int x, int y, int width, int height) {
+    return ", " + std::to_string(width) + " x " + std::to_string(height) + " at (" +
+           std::to_string(x) + ", " + std::to_string(y) + ")";
+}
+
+std::string Look(bool topmost, bool visible, bool minimised, const std::string& place) {
     return std::string(topmost ? "topmost" : "ordinary") + (visible ? "" : ", hidden") +
-           (minimised ? ", minimised"
-                      : ", " + std::to_string(width) + " x " + std::to_string(height));
+           (minimised ? ", minimised" : place);
 }
 
 std::string ExpectedLook(const ModelWindow& window) {
-    return Look(window.topmost, window.visible, window.minimised, window.width, window.height);
+    return Look(window.topmost, window.visible, window.minimised,
+                PlaceText(window.x, window.y, window.width, window.height));
 }
 
 std::string ActualLook(HWND window) {
     if (IsWindow(window) == FALSE) {
         return "gone";
     }
-    const SIZE size = WindowSize(window);
+    const RECT rect = WindowRect(window);
     return Look(IsTopmost(window), IsWindowVisible(window) != FALSE, IsIconic(window) != FALSE,
-                size.cx, size.cy);
+                PlaceText(rect.left, rect.top, rect.right - rect.left, rect.bottom - rect.top));
 }
 
 // Our windows from the highest to the lowest.

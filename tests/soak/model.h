@@ -1,7 +1,7 @@
 #pragma once
 
-// What the windows must look like, predicted without the program: which are topmost, how large they
-// are and in which order those lie that the last pass asked to the top.
+// What the windows must look like, predicted without the program: which are topmost, where and
+// how large they are and in which order those lie that the last pass asked to the top.
 
 #include <set>
 #include <string>
@@ -21,7 +21,9 @@ struct ModelWindow {
     bool owned = false;
     bool minimised = false;
     bool topmost = false;
-    int width = 0;  // of the restored window, outer frame
+    int x = 0;  // of the restored window, outer frame
+    int y = 0;
+    int width = 0;
     int height = 0;
 };
 

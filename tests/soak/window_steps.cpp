@@ -17,6 +17,8 @@ constexpr int HideAttempts = 4;
 constexpr auto HangTime = 1000ms;
 
 // Within the screen, and never larger than a window may become on it.
+constexpr int MostLeft = 600;
+constexpr int MostTop = 250;
 constexpr int LeastWidth = 150;
 constexpr int MostWidth = 600;
 constexpr int LeastHeight = 100;
@@ -89,6 +91,8 @@ bool Appear(Churn& churn, std::string& /*wrong*/) {
     window.title = AnyTitle(generator);
     window.isDialog = generator.Below(4) == 0;
     window.topmost = generator.Below(6) == 0;
+    window.x = generator.Between(0, MostLeft);
+    window.y = generator.Between(0, MostTop);
     window.width = generator.Between(LeastWidth, MostWidth);
     window.height = generator.Between(LeastHeight, MostHeight);
     WindowSpec spec;
@@ -97,8 +101,8 @@ bool Appear(Churn& churn, std::string& /*wrong*/) {
     }
     spec.title = window.title;
     spec.exStyle = window.topmost ? WS_EX_TOPMOST : 0;
-    spec.x = generator.Between(0, 600);
-    spec.y = generator.Between(0, 250);
+    spec.x = window.x;
+    spec.y = window.y;
     spec.width = window.width;
     spec.height = window.height;
     window.window = ActorOf(churn, window).Create(spec);
@@ -231,11 +235,12 @@ bool Resize(Churn& churn, std::string& /*wrong*/) {
     }
     NoteWindow(churn, *window);
     const PinEntry entry = EntryOf(churn, *window);
+    window->x = churn.generator.Between(0, MostLeft);
+    window->y = churn.generator.Between(0, MostTop);
     window->width = AnyLength(churn.generator, entry.minWidth, LeastWidth, MostWidth);
     window->height = AnyLength(churn.generator, entry.minHeight, LeastHeight, MostHeight);
     ActorOf(churn, *window)
-        .Place(window->window, churn.generator.Between(0, 600), churn.generator.Between(0, 250),
-               window->width, window->height);
+        .Place(window->window, window->x, window->y, window->width, window->height);
     return true;
 }
 
