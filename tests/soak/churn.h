@@ -23,6 +23,7 @@ struct ChurnCounts {
     std::uint64_t menus = 0;
     std::uint64_t abouts = 0;
     std::uint64_t hangs = 0;
+    std::uint64_t refusedAdditions = 0;  // to a list without room
     std::uint64_t secondLooks = 0;
     std::uint64_t repairPasses = 0;
     std::uint64_t ordersOfTheSystem = 0;

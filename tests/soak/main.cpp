@@ -149,7 +149,8 @@ std::string ReportRows(const Soak& soak, const Consumption& last, double seconds
     rows += Row(
         "Among the steps",
         std::to_string(counts.menus) + " openings of the menu, " + std::to_string(counts.abouts) +
-            " of About, " + std::to_string(counts.hangs) + " hanging processes",
+            " of About, " + std::to_string(counts.hangs) + " hanging processes, " +
+            std::to_string(counts.refusedAdditions) + " additions to a full list",
         std::to_string(counts.secondLooks) + " second looks, " +
             std::to_string(counts.repairPasses) + " passes more than promised for the order, " +
             std::to_string(counts.ordersOfTheSystem) +

@@ -15,9 +15,13 @@ constexpr WORD ApplyNowCommand = 1001;
 constexpr WORD AlwaysOnTopCommand = 1002;
 constexpr WORD TogglePinCommand = 2500;  // + row
 constexpr int PassesMeanwhile = 3;
+constexpr std::size_t MostEntries = 100;
 
 // "Über": a sequence of digits of the wrong base would go on with the b.
 constexpr std::string_view UmlautLine = "\303\234ber";
+
+// The first two signs of one of the protected titles.
+constexpr std::string_view CredentialsLine = "\350\263\207\346\240\274";
 
 // No size is larger than a window may become on the screen.
 constexpr std::string_view Lines[] = {
@@ -32,6 +36,8 @@ constexpr std::string_view Lines[] = {
     "Gamma\t0\t300",
     "User",
     "Consent",
+    "Windows",
+    CredentialsLine,
     "x",
     UmlautLine,
     "xxxx\t200\t200",
@@ -77,6 +83,24 @@ bool Edit(Churn& churn, std::string& /*wrong*/) {
     }
     churn.settings.Replace(AnyText(churn.generator, churn.generator.Below(8) != 0));
     Note(churn, Printed(churn.settings.Bytes()));
+    return true;
+}
+
+// About as many entries as a list may have, so that there is no room for a further one now and
+// then. The last lines alone may match a window: the reader loses those beyond the limit.
+bool FillTheList(Churn& churn, std::string& /*wrong*/) {
+    if (!IsUnlocked(churn)) {
+        return false;
+    }
+    constexpr std::size_t Near = 3;
+    const std::size_t count = MostEntries - Near + churn.generator.Below(2 * Near);
+    std::string text;
+    for (std::size_t entry = 0; entry < count; ++entry) {
+        text += "nobody " + std::to_string(entry) + "-\n";
+    }
+    text += AnyText(churn.generator, true);
+    churn.settings.Replace(text);
+    Note(churn, "with " + std::to_string(churn.settings.Readable().entries.size()));
     return true;
 }
 
@@ -179,7 +203,8 @@ std::vector<std::wstring> RowTitles() {
     return titles;
 }
 
-// As the program does it: an entry is added for a title without one, and removed otherwise.
+// As the program does it: an entry is added for a title without one, where there is room, and
+// removed otherwise. Nothing is saved where nothing changes.
 bool ToggleRow(Churn& churn, std::string& wrong) {
     std::vector<std::wstring> titles;
     for (const ModelWindow& window : churn.model.windows) {
@@ -204,10 +229,14 @@ bool ToggleRow(Churn& churn, std::string& wrong) {
     const int entry = ReferenceBestEntry(list, title);
     if (entry >= 0) {
         list.entries.erase(std::next(list.entries.begin(), entry));
-    } else {
+    } else if (list.entries.size() < MostEntries) {
         list.entries.push_back({title, 0, 0});
+    } else {
+        ++churn.counts.refusedAdditions;
     }
-    churn.settings.ExpectSaved(list);
+    if (entry >= 0 || list.entries.size() > churn.model.list.entries.size()) {
+        churn.settings.ExpectSaved(list);
+    }
     if (entry >= 0) {
         ReleaseModel(churn.model);
     }
@@ -252,6 +281,7 @@ bool RenameUnderTheMenu(Churn& churn, std::string& wrong) {
 
 const Step ProgramSteps[ProgramStepCount] = {
     {"edit", 110, Edit},
+    {"fill the list", 16, FillTheList},
     {"flip the switch in the file", 40, FlipInTheFile},
     {"truncate", 15, Truncate},
     {"append", 30, Append},

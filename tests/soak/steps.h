@@ -21,7 +21,7 @@ inline constexpr std::size_t WindowStepCount = 14;
 extern const Step WindowSteps[WindowStepCount];
 
 // The settings file and the program's own commands.
-inline constexpr std::size_t ProgramStepCount = 14;
+inline constexpr std::size_t ProgramStepCount = 15;
 extern const Step ProgramSteps[ProgramStepCount];
 
 // Passes until the program has seen everything, and the model with it.
