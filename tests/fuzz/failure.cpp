@@ -1,8 +1,10 @@
 #include "fuzz/failure.h"
 
 #include <atomic>
+#include <cinttypes>
 #include <csignal>
 #include <cstdio>
+#include <mutex>
 #include <thread>
 #include <utility>
 
@@ -15,16 +17,31 @@ namespace {
 constexpr int CrashStatus = 3;
 constexpr DWORD PatienceMilliseconds = 10'000;
 
+struct Input {
+    std::uint32_t seed = 0;
+    std::string document;
+    std::string text;
+};
+
+// The clock is watched by a thread of its own, which reports what another one works at. Under the
+// lock nothing is allocated or freed: that may be what fails, and the report needs the lock.
 struct Progress {
     std::wstring folder;
-    std::uint32_t seed = 0;
-    std::string_view document;
     std::atomic<ULONGLONG> since = 0;
+    std::mutex mutex;
+    Input input;
+    bool reported = false;
 };
 
 Progress& Current() {
     static Progress progress;
     return progress;
+}
+
+void Save(const char* what, const std::wstring& path, std::string_view bytes) {
+    const bool saved = WriteFileBytes(path, bytes);
+    std::printf(saved ? "the %s is saved as %ls\n" : "cannot save the %s as %ls\n", what,
+                path.c_str());
 }
 
 [[noreturn]] void EndWith(const char* what) {
@@ -67,21 +84,37 @@ void WatchForCrashes(std::wstring folder) {
     std::thread(WatchTheClock).detach();
 }
 
-void NoteInput(std::uint32_t seed, std::string_view document) {
+void NoteInput(std::uint32_t seed, std::string document) {
     Progress& current = Current();
-    current.seed = seed;
-    current.document = document;
+    Input input{seed, std::move(document), {}};
+    const std::scoped_lock lock(current.mutex);
+    std::swap(current.input, input);
     current.since = GetTickCount64();
 }
 
+void NoteText(std::string printed) {
+    Progress& current = Current();
+    const std::scoped_lock lock(current.mutex);
+    current.input.text.swap(printed);
+}
+
 void ReportFailure(std::string_view wrong) {
-    const Progress& current = Current();
-    const std::wstring name = L"document-" + std::to_wstring(current.seed) + L".txt";
-    const bool saved = WriteFileBytes(current.folder + L"\\" + name, current.document);
-    std::printf("\nFAILED, seed %u: %.*s\n", static_cast<unsigned>(current.seed),
-                static_cast<int>(wrong.size()), wrong.data());
-    std::printf("%s %ls\\%ls\n", saved ? "the document is saved as" : "cannot save the document as",
-                current.folder.c_str(), name.c_str());
+    Progress& current = Current();
+    Input input;
+    {
+        const std::scoped_lock lock(current.mutex);
+        if (std::exchange(current.reported, true)) {
+            return;
+        }
+        std::swap(input, current.input);
+    }
+    std::printf("\nFAILED, seed %" PRIu32 ": %.*s\n", input.seed, static_cast<int>(wrong.size()),
+                wrong.data());
+    const std::wstring name = L"document-seed-" + std::to_wstring(input.seed);
+    Save("document", current.folder + L"\\" + name + L".txt", input.document);
+    if (!input.text.empty()) {
+        Save("text", current.folder + L"\\" + name + L".text", input.text);
+    }
     static_cast<void>(std::fflush(stdout));
 }
 
