@@ -23,6 +23,19 @@ constexpr std::string_view Parts[] = {
     "\xFF", "\xE2", "\xE2\x82", "\xC0\xAF", "\xED\xA0\x80", "\xF4\x90\x80\x80",
 };
 
+// Sound ones and known traps, for spoiling. They belong to what a seed stands for: a document that
+// is kept must not change what the seeds give.
+constexpr std::string_view Bases[] = {
+    "# comment\n@pinning=1\nnotepad\nVisual Studio Code\t1280\t720\nx 5 6\n",
+    "@pinning=0\r\nNotepad\r\nReport\t0\t600\r\n\r\n# end\r\n",
+    "\xEF\xBB\xBF# begins with a byte-order mark\n@pinning=0\nnotepad\n",
+    "  # note\n\t#x 5 6\n#gone\r\n\r\n",
+    "Report 2024 01 0 0\nReport\t2024\t01 0 0\na\t1 5 6\na\t5\t6\t7\n",
+    "@pinning=\n@PINNING= off \n@pinning = 0\n@pinning=00\n@pinning=0\0\n @pinning=FALSE\r\r\n"sv,
+    "a\x80 5 6\n\xE2\x82\n\xED\xA0\x80\t1\t2\n\xC0\xAF\0\n\xF4\x90\x80\x80 08 9999999999"sv,
+    "\xE8\xB3\x87\xE6\xA0\xBC \xE3\x80\x80  5 \t 6\n\xC2\xA0x\xC2\xA0\t 5 \t 6 \n  a  1  2  \n",
+};
+
 constexpr std::wstring_view TitleParts[] = {
     L"notepad", L"Notepad", L"NOTE", L" - ", L" ", L"  ", L"\t", L"\n", L"\r", L"#", L"@pinning=",
     L"@pinning=0", L"x", L"A", L"Z", L"[", L"{", L"5", L"1280 720", L"\t5\t6", L" 5 6", L"\u3000",
@@ -112,10 +125,10 @@ void Spoil(Generator& generator, std::string& document) {
     }
 }
 
-std::string SoundDocument(Generator& generator, const std::vector<std::string>& kept) {
+std::string SoundDocument(Generator& generator) {
     switch (generator.Below(8)) {
         case 0:
-            return kept.empty() ? std::string() : generator.OneOf(kept);
+            return std::string(generator.OneOf(Bases));
         case 1:
             return ReferenceFormat(AnyTitleList(generator));
         case 2:
@@ -131,8 +144,8 @@ std::string SoundDocument(Generator& generator, const std::vector<std::string>& 
 
 }  // namespace
 
-std::string AnyDocument(Generator& generator, const std::vector<std::string>& kept) {
-    std::string document = SoundDocument(generator, kept);
+std::string AnyDocument(Generator& generator) {
+    std::string document = SoundDocument(generator);
     if (generator.Below(2) == 0) {
         for (std::size_t faults = 1 + generator.Below(8); faults > 0; --faults) {
             Spoil(generator, document);

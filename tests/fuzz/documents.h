@@ -3,7 +3,6 @@
 // The inputs: made from a generator alone, so that a seed repeats them.
 
 #include <string>
-#include <vector>
 
 #include "pin/pin_list.h"
 #include "unit/generated.h"
@@ -11,8 +10,8 @@
 namespace morvane::test {
 
 // Settings files: put together from what the format knows and what it does not expect, written
-// from a list, random, or one of these or of the kept documents spoiled in a few places.
-[[nodiscard]] std::string AnyDocument(Generator& generator, const std::vector<std::string>& kept);
+// from a list, random, or one of these spoiled in a few places.
+[[nodiscard]] std::string AnyDocument(Generator& generator);
 
 // A list as the menu builds it from window titles, whatever those hold.
 [[nodiscard]] PinList AnyTitleList(Generator& generator);

@@ -7,18 +7,19 @@
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
-#include <cstdlib>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "base/owners.h"
 #include "base/win.h"
 #include "fuzz/checks.h"
 #include "fuzz/documents.h"
 #include "fuzz/failure.h"
+#include "fuzz/kept_documents.h"
+#include "fuzz/number.h"
 #include "settings/settings_text.h"
 #include "support/test_files.h"
+#include "unit/printed.h"
 
 namespace morvane::test {
 namespace {
@@ -28,6 +29,7 @@ using Clock = std::chrono::steady_clock;
 constexpr std::size_t TextCapacity = std::size_t{256} * 1024;
 constexpr std::uint32_t HeapCheckInterval = 500;
 constexpr std::uint32_t SeedsOfAKeptDocument = 16;
+constexpr std::uint32_t SeedOfOtherTexts = 0x9E37'79B9;  // apart from that of the document
 constexpr auto ProgressInterval = std::chrono::seconds(15);
 
 struct Options {
@@ -39,52 +41,42 @@ struct Options {
     std::wstring reportPath;
 };
 
+// False for another option, for what is no number, and for a run of nothing.
+bool TakeNumber(Options& options, const std::wstring& name, const std::wstring& text) {
+    if (name == L"--seed") {
+        const std::optional<std::uint32_t> seed = SeedFromText(text);
+        options.seed = seed.value_or(0);
+        return seed.has_value();
+    }
+    const std::uint64_t number = NumberFromText(text).value_or(0);
+    if (name == L"--documents") {
+        options.documents = number;
+    } else if (name == L"--seconds") {
+        options.seconds = number;
+        options.documents = UINT64_MAX;
+    } else {
+        return false;
+    }
+    return number > 0;
+}
+
 std::optional<Options> ReadOptions(int count, wchar_t** arguments) {
     Options options;
     options.seed = static_cast<std::uint32_t>(Clock::now().time_since_epoch().count());
     for (int at = 1; at + 1 < count; at += 2) {
         const std::wstring name = arguments[at];
-        const wchar_t* const value = arguments[at + 1];
-        if (name == L"--documents") {
-            options.documents = std::wcstoull(value, nullptr, 10);
-        } else if (name == L"--seconds") {
-            options.seconds = std::wcstoull(value, nullptr, 10);
-            options.documents = UINT64_MAX;
-        } else if (name == L"--seed") {
-            options.seed = static_cast<std::uint32_t>(std::wcstoul(value, nullptr, 10));
-        } else if (name == L"--kept") {
+        const std::wstring value = arguments[at + 1];
+        if (name == L"--kept") {
             options.keptFolder = value;
         } else if (name == L"--save") {
             options.saveFolder = value;
         } else if (name == L"--report") {
             options.reportPath = value;
-        } else {
+        } else if (!TakeNumber(options, name, value)) {
             return std::nullopt;
         }
     }
     return count % 2 == 1 ? std::optional(options) : std::nullopt;
-}
-
-struct KeptDocument {
-    std::wstring name;
-    std::string bytes;
-};
-
-std::vector<KeptDocument> ReadKeptDocuments(const std::wstring& folder) {
-    std::vector<KeptDocument> kept;
-    WIN32_FIND_DATAW found{};
-    const FindHandle search(FindFirstFileW((folder + L"\\*.txt").c_str(), &found));
-    for (BOOL more = search ? TRUE : FALSE; more != FALSE;
-         more = FindNextFileW(search.get(), &found)) {
-        const std::optional<std::string> bytes =
-            ReadFileBytes(folder + L"\\" + static_cast<const wchar_t*>(found.cFileName));
-        if (bytes) {
-            kept.push_back({static_cast<const wchar_t*>(found.cFileName), *bytes});
-        }
-    }
-    std::sort(kept.begin(), kept.end(),
-              [](const KeptDocument& a, const KeptDocument& b) { return a.name < b.name; });
-    return kept;
 }
 
 bool HeapsAreSound() {
@@ -94,31 +86,48 @@ bool HeapsAreSound() {
                        [](HANDLE heap) { return HeapValidate(heap, 0, nullptr) != FALSE; });
 }
 
-// Everything that one document is put through; the other texts come of the generator.
-std::string CheckAll(Workplace& workplace, const std::string& document, Generator& generator) {
+// The title, and the list that it is looked up in.
+std::string CheckNotedTitle(Workplace& workplace, const PinList& list, const std::wstring& title,
+                            Guard guard) {
+    NoteText("the title " + Printed(title) + " in the list\n" + Printed(list));
+    return CheckTitle(workplace, list, title, guard);
+}
+
+// Everything that one document is put through. The other texts come of the seed and not of what is
+// left of the document's own generator: a kept document meets the same ones.
+std::string CheckAll(Workplace& workplace, const std::string& document, std::uint32_t seed) {
+    Generator generator(seed ^ SeedOfOtherTexts);
     const Guard guard = generator.Below(4) == 0 ? Guard::BeforeBegin : Guard::BehindEnd;
     std::string wrong = CheckDocument(workplace, document, guard);
+    const PinList titleList = AnyTitleList(generator);
     if (wrong.empty()) {
-        wrong = CheckTitleList(workplace, AnyTitleList(generator));
+        NoteText("the list of titles\n" + Printed(titleList));
+        wrong = CheckTitleList(workplace, titleList);
     }
     const PinList list = ParseSettingsText(document);
     for (int titles = 0; titles < 3 && wrong.empty(); ++titles) {
-        wrong = CheckTitle(workplace, list, AnyTitle(generator, list), guard);
+        wrong = CheckNotedTitle(workplace, list, AnyTitle(generator, list), guard);
     }
     if (wrong.empty()) {
-        const PinList titleList = AnyTitleList(generator);
-        wrong = CheckTitle(workplace, titleList, AnyTitle(generator, titleList), guard);
+        const PinList another = AnyTitleList(generator);
+        wrong = CheckNotedTitle(workplace, another, AnyTitle(generator, another), guard);
     }
     if (wrong.empty()) {
-        wrong = CheckCommandLine(workplace, AnyCommandLine(generator), guard);
+        const std::wstring commandLine = AnyCommandLine(generator);
+        NoteText("the command line " + Printed(commandLine));
+        wrong = CheckCommandLine(workplace, commandLine, guard);
     }
-    return wrong.empty() ? CheckLanguageCode(workplace, AnyLanguageCode(generator)) : wrong;
+    if (wrong.empty()) {
+        const std::wstring code = AnyLanguageCode(generator);
+        NoteText("the language code " + Printed(code));
+        wrong = CheckLanguageCode(workplace, code);
+    }
+    return wrong;
 }
 
-bool Passes(Workplace& workplace, std::uint32_t seed, const std::string& document,
-            Generator& generator) {
+bool Passes(Workplace& workplace, std::uint32_t seed, const std::string& document) {
     NoteInput(seed, document);
-    std::string wrong = CheckAll(workplace, document, generator);
+    std::string wrong = CheckAll(workplace, document, seed);
     if (wrong.empty() && seed % HeapCheckInterval == 0 && !HeapsAreSound()) {
         wrong = "a heap is damaged (by this document or one shortly before)";
     }
@@ -128,14 +137,20 @@ bool Passes(Workplace& workplace, std::uint32_t seed, const std::string& documen
     return wrong.empty();
 }
 
+bool KeptDocumentPasses(Workplace& workplace, const KeptDocument& document) {
+    for (std::uint32_t seed = 0; seed < SeedsOfAKeptDocument; ++seed) {
+        if (!Passes(workplace, seed, document.bytes)) {
+            return false;
+        }
+    }
+    return !document.seed || Passes(workplace, *document.seed, document.bytes);
+}
+
 bool KeptDocumentsPass(Workplace& workplace, const std::vector<KeptDocument>& kept) {
     for (const KeptDocument& document : kept) {
-        for (std::uint32_t seed = 0; seed < SeedsOfAKeptDocument; ++seed) {
-            Generator generator(seed);
-            if (!Passes(workplace, seed, document.bytes, generator)) {
-                std::printf("the kept document %ls\n", document.name.c_str());
-                return false;
-            }
+        if (!KeptDocumentPasses(workplace, document)) {
+            std::printf("the kept document %ls\n", document.name.c_str());
+            return false;
         }
     }
     return true;
@@ -173,11 +188,13 @@ void PrintResult(const Workplace& workplace, std::uint64_t done, Clock::time_poi
 
 int Run(const Options& options) {
     Workplace workplace{GuardedMemory(TextCapacity), GuardedMemory(TextCapacity), {}, 0};
-    const std::vector<KeptDocument> kept = ReadKeptDocuments(options.keptFolder);
-    std::vector<std::string> bases;
-    bases.reserve(kept.size());
-    for (const KeptDocument& document : kept) {
-        bases.push_back(document.bytes);
+    std::vector<KeptDocument> kept;
+    if (!options.keptFolder.empty()) {
+        kept = ReadKeptDocuments(options.keptFolder);
+        if (kept.empty()) {
+            std::printf("FAILED: nothing can be read in %ls\n", options.keptFolder.c_str());
+            return 1;
+        }
     }
     std::printf("fuzz: %zu kept documents, then from --seed %" PRIu32 " on\n", kept.size(),
                 options.seed);
@@ -195,8 +212,8 @@ int Run(const Options& options) {
         Generator generator(seed);
         // A crash while the document is made is one of the tests' own.
         NoteInput(seed, {});
-        const std::string document = AnyDocument(generator, bases);
-        if (!Passes(workplace, seed, document, generator)) {
+        const std::string document = AnyDocument(generator);
+        if (!Passes(workplace, seed, document)) {
             return 1;
         }
         ++done;
