@@ -29,6 +29,7 @@ START_MENU_ENTRY = START_MENU / "Morvane.lnk"
 STARTUP_SHORTCUT = START_MENU / "StartUp" / "Morvane.lnk"
 
 # Of the installer and the uninstaller.
+EXIT_CANCELLED = 1
 EXIT_STILL_RUNNING = 3
 EXIT_NOT_WRITTEN = 4
 EXIT_STARTUP_FAILED = 5
@@ -62,6 +63,19 @@ def wine(*arguments):
         text = complaints.read().decode(errors="replace")
     if status != 0 and text:
         print(f"{arguments} ended with {status}: {text}", file=sys.stderr)
+    return status
+
+
+def install(setup, *arguments):
+    """Installs silently and returns the exit code. One start among hundreds was seen to end with 1
+    without a word: no code of a silent installer, which has nobody to cancel it, but the one that
+    Wine gives for what it cannot start. So it is started again, and what there was is told."""
+    for attempt in range(1, 4):
+        status = wine(setup, "/S", *arguments)
+        if status != EXIT_CANCELLED:
+            break
+        print(f"start of the installer, attempt {attempt}: ended with {status}; there are "
+              f"{files_below(INSTALLED)}, {registered()}", file=sys.stderr)
     return status
 
 

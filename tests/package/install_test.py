@@ -51,7 +51,7 @@ class InstallerTest(unittest.TestCase):
         self.addCleanup(bench.clean)
 
     def install(self, *arguments, setup=None):
-        self.assertEqual(bench.wine(setup or self.setup, "/S", *arguments), 0)
+        self.assertEqual(bench.install(setup or self.setup, *arguments), 0)
 
     def open_notepad(self):
         notepad = bench.start("notepad")

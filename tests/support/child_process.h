@@ -22,7 +22,7 @@ struct ChildPipes {
 struct ChildProcess {
     KernelHandle process;
     DWORD id = 0;
-    KernelHandle thread{};  // its first one
+    KernelHandle thread;  // its first one
 };
 
 enum class Begin { AtOnce, WhenResumed };

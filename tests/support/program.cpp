@@ -106,7 +106,7 @@ Program Program::UnderLocale(const std::string& locale) {
     if (!process) {
         throw std::runtime_error("the program does not start under " + locale);
     }
-    Program program(ChildProcess{std::move(process), processId});
+    Program program(ChildProcess{std::move(process), processId, {}});
     if (program.WaitForControlWindow() == nullptr) {
         throw std::runtime_error("the program does not get ready under " + locale);
     }
