@@ -19,7 +19,7 @@ namespace {
 
 // A file that is open at the moment, and an event or two of the runtime.
 constexpr std::size_t HandlesThatComeAndGo = 8;
-constexpr std::size_t KilobytesThatComeAndGo = 1024;
+constexpr std::size_t KilobytesThatComeAndGo = 256;
 constexpr std::size_t MenusThatComeAndGo = 64;
 
 // What the system tells of every open handle; the header of the platform does not declare it.
@@ -57,6 +57,14 @@ std::size_t MenuRoom() {
     return made.size();
 }
 
+std::string Grown(const char* what, std::size_t before, std::size_t after, std::size_t allowed) {
+    return after > before + allowed ? std::string(what) + " grew from " + std::to_string(before) +
+                                          " to " + std::to_string(after) + "; "
+                                    : "";
+}
+
+}  // namespace
+
 std::size_t PrivateKilobytes(DWORD processId) {
     const KernelHandle process(
         OpenProcess(PROCESS_QUERY_INFORMATION | PROCESS_VM_READ, FALSE, processId));
@@ -67,14 +75,6 @@ std::size_t PrivateKilobytes(DWORD processId) {
     }
     return counters.PagefileUsage / 1024;
 }
-
-std::string Grown(const char* what, std::size_t before, std::size_t after, std::size_t allowed) {
-    return after > before + allowed ? std::string(what) + " grew from " + std::to_string(before) +
-                                          " to " + std::to_string(after) + "; "
-                                    : "";
-}
-
-}  // namespace
 
 std::size_t KernelHandles(DWORD processId) {
     const Module library = LoadSystemLibrary(L"ntdll.dll");

@@ -15,13 +15,14 @@ struct Consumption {
     std::size_t menuRoom = 0;  // menus that could still be made, in the whole session
 };
 
-// Both throw std::runtime_error where nothing can be measured: nothing would look like no growth.
+// All throw std::runtime_error where nothing can be measured: nothing would look like no growth.
 
 // Takes a second or two, in which nobody else can make a menu.
 [[nodiscard]] Consumption MeasureConsumption(DWORD processId);
 
-// Quick.
+// Both are quick.
 [[nodiscard]] std::size_t KernelHandles(DWORD processId);
+[[nodiscard]] std::size_t PrivateKilobytes(DWORD processId);
 
 // Empty, or what has grown beyond what comes and goes.
 [[nodiscard]] std::string Growth(const Consumption& before, const Consumption& after);

@@ -77,9 +77,10 @@ struct Soak {
 void PrintProgress(const Soak& soak, std::uint64_t passesBefore, double seconds) {
     const std::uint64_t passes = soak.driver.Passes();
     std::printf("soak: %" PRIu64 " passes, %.0f per second, %" PRIu64
-                " steps, 0 differences, %zu kernel handles, %.0f s\n",
+                " steps, 0 differences, %zu kernel handles, %zu KiB private, %.0f s\n",
                 passes, static_cast<double>(passes - passesBefore) / seconds,
-                soak.churn.counts.steps, KernelHandles(soak.processId), SecondsSince(soak.start));
+                soak.churn.counts.steps, KernelHandles(soak.processId),
+                PrivateKilobytes(soak.processId), SecondsSince(soak.start));
     static_cast<void>(std::fflush(stdout));
 }
 
