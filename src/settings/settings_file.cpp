@@ -99,13 +99,14 @@ PinList ReadSettingsFile(const std::wstring& path) {
 }
 
 bool WriteSettingsFile(const std::wstring& path, const PinList& list) {
+    // Made before the file is emptied: a program that ends for want of memory leaves it as it was.
+    const std::string text = FormatSettingsText(list);
     // Rewritten in place, without a temporary file and a rename: the file keeps its identity for
     // an editor that holds it open. Opened and then emptied, because the disposition that does
     // both in one refuses hidden files.
     const FileHandle file = OpenFile(path, GENERIC_WRITE, OPEN_ALWAYS);
     // A failure that only shows when the file is closed goes unnoticed: the next read tells.
-    return file && SetEndOfFile(file.get()) != FALSE &&
-           WriteWhole(file.get(), FormatSettingsText(list));
+    return file && SetEndOfFile(file.get()) != FALSE && WriteWhole(file.get(), text);
 }
 
 }  // namespace morvane
