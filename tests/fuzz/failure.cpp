@@ -68,7 +68,9 @@ void OnAbort(int /*signal*/) {
 void WatchTheClock() {
     for (;;) {
         Sleep(PatienceMilliseconds / 10);
-        if (GetTickCount64() - Current().since > PatienceMilliseconds) {
+        // Loaded before the clock is read: a beginning noted in between would lie after it.
+        const ULONGLONG since = Current().since;
+        if (GetTickCount64() - since > PatienceMilliseconds) {
             EndWith("no end");
         }
     }

@@ -25,6 +25,10 @@ constexpr int RepairAttempts = 4;
 constexpr std::uint64_t FreeRepairs = 8;
 constexpr std::uint64_t StepsPerRepair = 100;
 
+// The same for a second look, which the program's own timer can make necessary.
+constexpr std::uint64_t FreeLooks = 8;
+constexpr std::uint64_t StepsPerLook = 20;
+
 constexpr int JudgingRounds = 12;
 constexpr int JudgingAttempts = 36;
 
@@ -169,8 +173,15 @@ std::string LookAtOrder(Churn& churn) {
 }  // namespace
 
 std::string Look(Churn& churn) {
-    const std::string difference = LookAgainAndAgain(churn, WindowDifferences);
-    return difference.empty() ? LookAtOrder(churn) : difference;
+    std::string difference = LookAgainAndAgain(churn, WindowDifferences);
+    if (difference.empty()) {
+        difference = LookAtOrder(churn);
+    }
+    if (difference.empty() &&
+        churn.counts.secondLooks > FreeLooks + churn.counts.steps / StepsPerLook) {
+        return "  another look was needed too often\n";
+    }
+    return difference;
 }
 
 namespace {

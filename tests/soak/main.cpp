@@ -108,7 +108,8 @@ bool IsWarm(const Soak& soak) {
 bool RunSteps(Soak& soak) {
     Clock::time_point lastProgress = soak.start;
     std::uint64_t lastPasses = 0;
-    while (!IsTimeUp(soak)) {
+    // The steps go on until windows are held: otherwise the exit would have nothing to release.
+    while (!IsTimeUp(soak) || soak.churn.model.remembered.empty()) {
         const std::string wrong = RunStep(soak.churn);
         if (!wrong.empty()) {
             PrintDifference(soak, wrong);
@@ -165,14 +166,16 @@ std::string ReportRows(const Soak& soak, const Consumption& last, double seconds
     return rows;
 }
 
-// After the exit everything that was pinned is ordinary, and nothing else has changed.
+// After the exit everything that was pinned is ordinary, and nothing else has changed, nor has the
+// settings file.
 bool EndsCleanly(Soak& soak, const Program& program) {
     if (program.ExitByCommand() != 0U) {
         std::printf("FAILED: the program does not end properly\n");
         return false;
     }
     ReleaseModel(soak.churn.model);
-    const std::string differences = WindowDifferences(soak.churn.model);
+    const std::string differences =
+        WindowDifferences(soak.churn.model) + soak.churn.settings.Difference();
     if (!differences.empty()) {
         PrintDifference(soak, "after the exit:\n" + differences);
     }
