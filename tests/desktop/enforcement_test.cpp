@@ -9,6 +9,7 @@
 
 #include "desktop/engine_test.h"
 #include "pin/engine.h"
+#include "support/import_patch.h"
 #include "support/test_environment.h"
 #include "support/user_input.h"
 #include "support/wait.h"
@@ -190,6 +191,18 @@ TEST_F(EnforcementTest, MinimisedWindowIsPinnedAtOnceAndResizedOnceRestored) {
     ApplyAll();
     EXPECT_EQ(WindowSize(window).cx, 600);
     EXPECT_EQ(WindowSize(window).cy, 500);
+}
+
+TEST_F(EnforcementTest, WindowOfUnknownSizeIsPinnedWithoutBeingResized) {
+    const HWND window = Window(L"Alpha");
+    {
+        const auto patch = Refuse<decltype(&GetWindowRect), FALSE>("GetWindowRect");
+        ApplySettings("alpha\t600\t500\n");
+    }
+    EXPECT_EQ(Asked(window), Requests({TopmostRequest}));
+    EXPECT_EQ(Engine().pinnedWindows, PinnedWindowSet({window}));
+    ApplyAll();
+    EXPECT_EQ(WindowSize(window).cx, 600) << "as soon as its size is known";
 }
 
 TEST_F(EnforcementTest, RestoredWindowThatIsLargeEnoughIsNotResized) {
