@@ -19,6 +19,7 @@
 #include "desktop/interface_texts.h"
 #include "desktop/menu_fixture.h"
 #include "desktop/menu_reader.h"
+#include "support/import_patch.h"
 #include "support/test_environment.h"
 #include "support/tray_recorder.h"
 #include "support/user_input.h"
@@ -61,6 +62,21 @@ std::ptrdiff_t Ticks(UINT_PTR timer) {
     });
 }
 
+struct TimerRequest {
+    HWND window;
+    UINT_PTR id;
+    UINT period;
+    TIMERPROC procedure;
+};
+
+std::vector<TimerRequest> timerRequests;
+decltype(&SetTimer) originalSetTimer = nullptr;
+
+UINT_PTR WINAPI RecordTimer(HWND window, UINT_PTR id, UINT period, TIMERPROC procedure) {
+    timerRequests.push_back({window, id, period, procedure});
+    return originalSetTimer(window, id, period, procedure);
+}
+
 class ControlWindowTest : public EngineTest {
 protected:
     void SetUp() override {
@@ -75,7 +91,12 @@ protected:
         Process().instance = instance;
         ASSERT_TRUE(RegisterControlWindowClass(instance));
         class_.reset(ControlWindowClass);
-        window_.reset(CreateControlWindow(instance));
+        timerRequests.clear();
+        {
+            const ImportPatch<decltype(&SetTimer)> timers("SetTimer", RecordTimer);
+            originalSetTimer = timers.Original();
+            window_.reset(CreateControlWindow(instance));
+        }
         ASSERT_TRUE(window_);
         Process().controlWindow = window_.get();
         received.clear();
@@ -115,6 +136,14 @@ private:
     WindowClassOwner class_;
     WindowOwner window_;
 };
+
+TEST_F(ControlWindowTest, CreationStartsTheTimerOfPassesAndNoOther) {
+    ASSERT_EQ(timerRequests.size(), 1U);
+    EXPECT_EQ(timerRequests[0].window, Control());
+    EXPECT_EQ(timerRequests[0].id, PassTimer);
+    EXPECT_EQ(timerRequests[0].period, 500U);
+    EXPECT_EQ(timerRequests[0].procedure, nullptr) << "the window itself gets the ticks";
+}
 
 TEST_F(ControlWindowTest, MenuTimerOpensTheMenuOnceInTheMiddleOfTheScreen) {
     POINT cursor{};
