@@ -4,13 +4,24 @@
 #include <cstddef>
 #include <functional>
 #include <gtest/gtest.h>
+#include <string>
 
+#include "base/gdi_owners.h"
+#include "base/win_shell.h"
 #include "desktop/engine_test.h"
 #include "pin/candidates.h"
 #include "pin/enforcement.h"
 #include "pin/engine.h"
+#include "pin/pin_operations.h"
 #include "support/import_patch.h"
+#include "support/test_environment.h"
+#include "support/tray_recorder.h"
+#include "support/window_owner.h"
 #include "support/window_state.h"
+#include "ui/command_ids.h"
+#include "ui/menu_build.h"
+#include "ui/menu_rows.h"
+#include "ui/tray_icon.h"
 
 namespace morvane::test {
 namespace {
@@ -82,9 +93,9 @@ protected:
             SCOPED_TRACE(deadly);
             Engine().pinnedWindows.clear();
             const HWND healthy = Window(L"Alpha healthy", 500);
-            const HWND victim = Window(L"Alpha victim");
-            prepare();
+            const HWND victim = Window(L"Alpha dying");
             fate = {.actor = &Other(), .victim = victim, .deadlyCall = deadly, .calls = 0};
+            prepare();
             {
                 const Gates gates;
                 step();
@@ -141,6 +152,77 @@ TEST_F(DyingWindowsTest, MenuOffersTheOthers) {
                          }));
                      },
                      5);
+}
+
+std::wstring TextOfItem(const Menu& menu, UINT item, UINT flag) {
+    std::wstring text(200, L'\0');
+    const int length =
+        GetMenuStringW(menu.get(), item, text.data(), static_cast<int>(text.size()), flag);
+    text.resize(static_cast<std::size_t>(length));
+    return text;
+}
+
+TEST_F(DyingWindowsTest, BothListsOfTheMenuHoldTheOthers) {
+    Menu toPin;
+    Menu toMeasure;
+    const auto prepare = [this] {
+        ForgetRows();
+        EXPECT_TRUE(Other().BringToForeground(fate.victim));
+        PrepareMenuState();
+        EXPECT_EQ(ActiveWindow(), fate.victim);
+    };
+    const auto build = [&] {
+        toPin = BuildAddRemoveMenu();
+        toMeasure = BuildMinSizeMenu();
+    };
+    const auto check = [&](HWND healthy) {
+        const auto& all = CandidateList();
+        const auto isHealthy = [healthy](const auto& c) { return c.window == healthy; };
+        const auto place = std::find_if(all.begin(), all.end(), isHealthy);
+        ASSERT_NE(place, all.end());
+        const auto row = static_cast<UINT>(place - all.begin());
+        ASSERT_GT(row, 0U) << "behind the one that dies";
+        EXPECT_EQ(GetMenuItemCount(toPin.get()), static_cast<int>(all.size()));
+        EXPECT_EQ(TextOfItem(toPin, CmdTogglePinBase + row, MF_BYCOMMAND), L"Alpha healthy");
+        EXPECT_EQ(TextOfItem(toMeasure, CmdMinSizeBase + row, MF_BYCOMMAND),
+                  L"Alpha healthy (400 x 300)");
+        const bool measured = GetMenuItemID(toMeasure.get(), 0) == CmdMinSizeActive;
+        EXPECT_EQ(TextOfItem(toMeasure, 0, MF_BYPOSITION).ends_with(L" (400 x 300)"), measured);
+        EXPECT_NE(GetMenuState(toMeasure.get(), 1, MF_BYPOSITION) & MF_SEPARATOR, 0U)
+            << "one row for the active window, whatever it says";
+    };
+    LetDieEverywhere(prepare, build, check, 13);
+    ForgetRows();
+}
+
+TEST_F(DyingWindowsTest, MeasuringReportsOnceAndRecordsAllOrNothing) {
+    TrayRecorder recorder;
+    const WindowOwner owner = MessageOnlyWindow();
+    AddTrayIcon(owner.get(), GetModuleHandleW(nullptr));
+    int warnings = 0;
+    int successes = 0;
+    const auto prepare = [&] {
+        LoadSettings("healthy\n");
+        recorder.Forget();
+    };
+    const auto check = [&](HWND healthy) {
+        ASSERT_EQ(recorder.Calls().size(), 1U);
+        const TrayCall balloon = recorder.Calls()[0];
+        const bool warned = balloon.infoFlags == NIIF_WARNING;
+        ++(warned ? warnings : successes);
+        if (warned) {
+            EXPECT_EQ(Engine().pinList.entries.size(), 1U);
+            EXPECT_EQ(ReadSettings(), "healthy\n");
+        } else {
+            EXPECT_EQ(balloon.info, L"Minimum size set to 400 x 300.");
+            EXPECT_EQ(ReadSettings(), WrittenSettings("healthy\nAlpha dying\t400\t300\n"));
+        }
+        EXPECT_EQ(IsTopmost(healthy), !warned) << "the pass that follows a recorded size";
+    };
+    LetDieEverywhere(prepare, [] { PinWindowAtCurrentSize(fate.victim); }, check, 14);
+    EXPECT_GE(warnings, 4) << "three questions about its size and one about its title";
+    EXPECT_GE(successes, 2);
+    RemoveTrayIcon();
 }
 
 }  // namespace
