@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "desktop/about_fixture.h"
 #include "desktop/canvas.h"
@@ -130,6 +131,44 @@ TEST_F(AboutFaultsTest, DarkModeIsAllowedByNameInTheDarkThemeOnly) {
         AppThemeSetting::Set(light);
         darkened = nullptr;
         OpenAndLook([light](HWND dialog) { EXPECT_EQ(darkened, light == 0 ? dialog : nullptr); });
+    }
+}
+
+struct AttributeRequest {
+    HWND window;
+    DWORD attribute;
+    BOOL value;
+    DWORD size;
+};
+
+std::vector<AttributeRequest> attributeRequests;
+
+HRESULT WINAPI RecordAttribute(HWND window, DWORD attribute, LPCVOID value, DWORD size) {
+    const BOOL isOn = size == sizeof(BOOL) ? *static_cast<const BOOL*>(value) : -1;
+    attributeRequests.push_back({window, attribute, isOn, size});
+    return S_OK;
+}
+
+FARPROC WINAPI FindAttributeSetter(HMODULE /*library*/, LPCSTR name) {
+    return std::string_view(name) == "DwmSetWindowAttribute"
+               ? std::bit_cast<FARPROC>(&RecordAttribute)
+               : nullptr;
+}
+
+TEST_F(AboutFaultsTest, TitleBarIsToldOfTheThemeOncePerOpening) {
+    const ImportPatch<decltype(&GetProcAddress)> patch("GetProcAddress", FindAttributeSetter);
+    for (const DWORD light : {0U, 1U, 0U}) {
+        SCOPED_TRACE(light);
+        AppThemeSetting::Set(light);
+        attributeRequests.clear();
+        OpenAndLook([light](HWND dialog) {
+            ASSERT_EQ(attributeRequests.size(), 1U);
+            EXPECT_EQ(attributeRequests[0].window, dialog);
+            EXPECT_EQ(attributeRequests[0].attribute, 20U);
+            EXPECT_EQ(attributeRequests[0].value, light == 0 ? TRUE : FALSE);
+            EXPECT_EQ(attributeRequests[0].size, 4U);
+        });
+        EXPECT_EQ(attributeRequests.size(), 1U);
     }
 }
 
