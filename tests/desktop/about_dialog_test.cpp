@@ -55,6 +55,14 @@ TEST_F(AboutTest, ClassHasNeitherStyleNorBackgroundNorIcon) {
     EXPECT_EQ(info.lpszMenuName, nullptr);
 }
 
+TEST_F(AboutTest, DialogAndItsControlsHaveTheExplorerLook) {
+    OpenAndLook([](HWND dialog) {
+        EXPECT_TRUE(HasThemeName(dialog, L"Explorer"));
+        EXPECT_TRUE(HasThemeName(BodyOf(dialog), L"Explorer"));
+        EXPECT_TRUE(HasThemeName(ButtonOf(dialog), L"Explorer"));
+    });
+}
+
 TEST_F(AboutTest, ControlsAreAStaticTextAndADefaultButton) {
     OpenAndLook([](HWND dialog) {
         const HWND body = BodyOf(dialog);

@@ -10,6 +10,7 @@
 #include "desktop/canvas.h"
 #include "support/test_environment.h"
 #include "support/window_owner.h"
+#include "support/window_state.h"
 
 namespace morvane::test {
 namespace {
@@ -46,29 +47,6 @@ private:
     std::optional<AppThemeSetting> setting_;
     WindowOwner dialog_;
 };
-
-// Whether one of the window's properties is the atom of that theme name, as the theme library
-// keeps it.
-bool HasThemeName(HWND window, const wchar_t* name) {
-    struct Search {
-        const wchar_t* name;
-        bool found;
-    };
-    Search search{name, false};
-    EnumPropsExW(
-        window,
-        [](HWND, LPWSTR, HANDLE data, ULONG_PTR parameter) -> BOOL {
-            auto* const wanted = reinterpret_cast<Search*>(parameter);
-            wchar_t text[256] = L"";
-            const auto atom = static_cast<ATOM>(reinterpret_cast<ULONG_PTR>(data));
-            if (GetAtomNameW(atom, text, 256) != 0 && lstrcmpW(text, wanted->name) == 0) {
-                wanted->found = true;
-            }
-            return TRUE;
-        },
-        reinterpret_cast<LPARAM>(&search));
-    return search.found;
-}
 
 TEST_F(ThemeTest, SettingIsANumberThatIsZeroForDark) {
     EXPECT_TRUE(IsLightAppTheme()) << "absent";

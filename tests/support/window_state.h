@@ -29,4 +29,8 @@ namespace morvane::test {
 [[nodiscard]] std::wstring WindowClass(HWND window);
 [[nodiscard]] DWORD ProcessOf(HWND window);
 
+// Whether one of the window's properties is the atom of that theme name, as the theme library
+// keeps it.
+[[nodiscard]] bool HasThemeName(HWND window, const wchar_t* name);
+
 }  // namespace morvane::test
