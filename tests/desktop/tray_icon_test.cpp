@@ -5,10 +5,12 @@
 #include <gtest/gtest.h>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "base/win_shell.h"
 #include "desktop/engine_test.h"
+#include "support/import_patch.h"
 #include "support/tray.h"
 #include "support/tray_recorder.h"
 #include "support/wait.h"
@@ -141,6 +143,29 @@ TEST(TrayIconTest, BalloonTextsAreCut) {
         EXPECT_EQ(recorder.Calls()[0].infoTitle, std::wstring(item.title, L'T')) << item.length;
         EXPECT_EQ(recorder.Calls()[0].info, std::wstring(item.text, L'x')) << item.length;
     }
+}
+
+// What has been copied into a field, and of how many units.
+using Copy = std::pair<std::wstring, int>;
+std::vector<Copy> copies;
+decltype(&lstrcpynW) originalCopy = nullptr;
+
+LPWSTR WINAPI RecordCopy(LPWSTR field, LPCWSTR text, int size) {
+    copies.emplace_back(text, size);
+    return originalCopy(field, text, size);
+}
+
+TEST(TrayIconTest, TextsFillTheirFieldsToTheEnd) {
+    const TrayRecorder recorder;
+    const IconOwner owner;
+    const ImportPatch<decltype(&lstrcpynW)> patch("lstrcpynW", RecordCopy);
+    originalCopy = patch.Original();
+    copies.clear();
+    owner.Add();
+    EXPECT_EQ(copies, std::vector<Copy>({{L"Morvane", 128}}));
+    copies.clear();
+    ShowBalloon(L"Title", L"Text", BalloonKind::BalloonInfo);
+    EXPECT_EQ(copies, std::vector<Copy>({{L"Title", 64}, {L"Text", 256}}));
 }
 
 TEST(TrayIconTest, RefusedBalloonIsNotRepeatedAndLeavesNoTrace) {
