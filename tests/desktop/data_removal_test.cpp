@@ -3,9 +3,11 @@
 #include "shell/data_removal.h"
 
 #include <gtest/gtest.h>
+#include <set>
 #include <string>
 
 #include "base/owners.h"
+#include "support/import_patch.h"
 #include "support/test_environment.h"
 #include "support/test_files.h"
 #include "support/unix_command.h"
@@ -185,6 +187,74 @@ TEST_F(LinkedDataRemovalTest, LinksDeepInTheFolderAreNotFollowed) {
     MakeFolder(DataFolder() + L"\\a\\b");
     ASSERT_TRUE(MakeDirectoryLink(DataFolder() + L"\\a\\b\\link", Target()));
     EXPECT_FALSE(RemoveAllData());
+    EXPECT_EQ(ReadFileBytes(Sentinel()), "content");
+}
+
+using Paths = std::set<std::wstring>;
+
+// The links that there are and, as Windows deletes them, which function has deleted which.
+struct Links {
+    Paths toFolders;
+    Paths toFiles;
+    Paths deletedAsFolder;
+    Paths deletedAsFile;
+};
+
+Links links;
+decltype(&RemoveDirectoryW) originalRemoveDirectory = nullptr;
+decltype(&DeleteFileW) originalDeleteFile = nullptr;
+
+BOOL WINAPI RemoveDirectoryAsWindowsDoes(LPCWSTR path) {
+    if (links.toFiles.contains(path)) {
+        SetLastError(ERROR_DIRECTORY);
+        return FALSE;
+    }
+    if (!links.toFolders.contains(path)) {
+        return originalRemoveDirectory(path);
+    }
+    links.deletedAsFolder.insert(path);
+    RemoveLink(path);
+    return TRUE;
+}
+
+BOOL WINAPI DeleteFileAsWindowsDoes(LPCWSTR path) {
+    if (links.toFolders.contains(path)) {
+        SetLastError(ERROR_ACCESS_DENIED);
+        return FALSE;
+    }
+    if (!links.toFiles.contains(path)) {
+        return originalDeleteFile(path);
+    }
+    links.deletedAsFile.insert(path);
+    RemoveLink(path);
+    return TRUE;
+}
+
+TEST_F(LinkedDataRemovalTest, LinksInsideTheFolderGoAndWhatTheyLeadToStays) {
+    const std::wstring shallow = DataFolder() + L"\\link";
+    const std::wstring deep = DataFolder() + L"\\a\\link";
+    const std::wstring file = DataFolder() + L"\\a\\link.txt";
+    MakeFolder(DataFolder());
+    MakeFolder(DataFolder() + L"\\a");
+    ASSERT_TRUE(MakeDirectoryLink(shallow, Target()));
+    ASSERT_TRUE(MakeDirectoryLink(deep, Target()));
+    ASSERT_EQ(RunUnix("ln -s -- " + QuotedForShell(UnixPath(Sentinel())) + " " +
+                      QuotedForShell(UnixPath(file)))
+                  .exitCode,
+              0);
+    links = Links{};
+    links.toFolders = {AsItStands(shallow), AsItStands(deep)};
+    links.toFiles = {AsItStands(file)};
+    {
+        const ImportPatch<decltype(&RemoveDirectoryW)> folders("RemoveDirectoryW",
+                                                               RemoveDirectoryAsWindowsDoes);
+        const ImportPatch<decltype(&DeleteFileW)> files("DeleteFileW", DeleteFileAsWindowsDoes);
+        originalRemoveDirectory = folders.Original();
+        originalDeleteFile = files.Original();
+        ExpectRemoval();
+    }
+    EXPECT_EQ(links.deletedAsFolder, links.toFolders);
+    EXPECT_EQ(links.deletedAsFile, links.toFiles);
     EXPECT_EQ(ReadFileBytes(Sentinel()), "content");
 }
 
