@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "base/owners.h"
 #include "desktop/engine_test.h"
@@ -169,6 +170,31 @@ TEST_F(SettingsFileTest, DiskThatTakesNothingIsAFailure) {
         EXPECT_FALSE(WriteSettingsFile(Path(), ListOf(L"notes"))) << item.name;
         ExpectDefault(ReadSettingsFile(Path()));
     }
+}
+
+decltype(&WideCharToMultiByte) originalConversion = nullptr;
+std::vector<std::string> heldAtConversions;
+
+int WINAPI NoteWhatTheFileHolds(UINT codePage, DWORD flags, LPCWCH text, int units, LPSTR bytes,
+                                int size, LPCCH fallback, LPBOOL usedFallback) {
+    heldAtConversions.push_back(ReadSettings().value_or("no file"));
+    return originalConversion(codePage, flags, text, units, bytes, size, fallback, usedFallback);
+}
+
+TEST_F(SettingsFileTest, FileKeepsWhatItHoldsUntilTheNewTextIsReady) {
+    ASSERT_TRUE(WriteFileBytes(Path(), TextOf("notes")));
+    heldAtConversions.clear();
+    {
+        const ImportPatch<decltype(&WideCharToMultiByte)> patch("WideCharToMultiByte",
+                                                                NoteWhatTheFileHolds);
+        originalConversion = patch.Original();
+        EXPECT_TRUE(WriteSettingsFile(Path(), ListOf(L"other")));
+    }
+    ASSERT_FALSE(heldAtConversions.empty());
+    for (const std::string& held : heldAtConversions) {
+        EXPECT_EQ(held, TextOf("notes"));
+    }
+    EXPECT_EQ(ReadFileBytes(Path()), TextOf("other"));
 }
 
 decltype(&ReadFile) originalReadFile = nullptr;
