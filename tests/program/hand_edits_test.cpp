@@ -210,6 +210,26 @@ TEST_F(HandEditsTest, LockedFileMeansNoEntriesUntilItIsFree) {
     EXPECT_TRUE(BecomesTopmost(Target()));
 }
 
+// What can be read is what there is, and that is what a command saves.
+TEST_F(HandEditsTest, CommandLosesTheEntriesOfAFileThatMayOnlyBeWritten) {
+    {
+        FileHandle holder;
+        // Refused for the moment in which the program reads the file.
+        ASSERT_TRUE(WaitUntil([&holder] {
+            holder.reset(CreateFileW(SettingsPath().c_str(), GENERIC_READ,
+                                     FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
+                                     FILE_ATTRIBUTE_NORMAL, nullptr));
+            return static_cast<bool>(holder);
+        }));
+        ASSERT_TRUE(PassWithoutSentinel());
+        TheActor().SetTopmost(Target(), false);
+        ASSERT_TRUE(PassWithoutSentinel());
+        EXPECT_FALSE(IsTopmost(Target())) << "the file has been read";
+        EXPECT_TRUE(TheProgram().SendCommand(AlwaysOnTopCommand));
+    }
+    EXPECT_EQ(ReadSettings(), SettingsText(false, {}));
+}
+
 TEST_F(HandEditsTest, FolderInPlaceOfTheFileMeansNoEntries) {
     ASSERT_NE(DeleteFileW(SettingsPath().c_str()), FALSE);
     ASSERT_NE(CreateDirectoryW(SettingsPath().c_str(), nullptr), FALSE);

@@ -135,6 +135,29 @@ TEST_F(RunningFaultsTest, FileThatCannotBeReadMeansNoEntriesUntilItCan) {
     EXPECT_EQ(ReadSettings(), "Target\n");
 }
 
+// By design: a command saves what the latest pass has read, whatever the file holds by then.
+TEST_F(RunningFaultsTest, CommandAfterAFailedReadSavesWhatWasReadAndLosesTheEntries) {
+    struct FailedRead {
+        const char* plan;
+        const char* failure;
+    };
+    for (const FailedRead& item :
+         {FailedRead{"ReadFile", "ReadFile failed"},
+          // Both reads of the start, and no timer brings a third one before the command.
+          FailedRead{"ReadFile@1-2,SetTimer", "ReadFile failed"},
+          // The same for the folder.
+          FailedRead{"SHGetFolderPathW@1-4,SetTimer", "SHGetFolderPathW failed"}}) {
+        SCOPED_TRACE(item.plan);
+        ForgetNotedCalls();
+        ASSERT_TRUE(EditSettings(SettingsText(true, {"First", "Second\t500\t400"})));
+        const Program program = StartedFaultyProgram(item.plan);
+        ASSERT_GT(CountOf(item.failure), 0U);
+        ASSERT_TRUE(program.SendCommand(AlwaysOnTopCommand));
+        EXPECT_EQ(ReadSettings(), SettingsText(false, {}));
+        EXPECT_EQ(program.ExitByCommand(), 0U);
+    }
+}
+
 TEST_F(RunningFaultsTest, WithoutApplicationDataNothingIsOpenedOrWritten) {
     ASSERT_TRUE(WriteSettings("Target\n"));
     Actor actor;
@@ -287,12 +310,18 @@ TEST_F(RunningFaultsTest, MenuThatCannotBeMadeChangesNothing) {
 }
 
 TEST_F(RunningFaultsTest, AboutThatCannotBeCreatedLeavesTheTrayUsable) {
-    // The first window is the control window.
-    const Program program = StartedFaultyProgram("CreateWindowExW@2");
-    ASSERT_TRUE(program.SendCommand(AboutCommand));
-    EXPECT_EQ(CountOf("CreateWindowExW failed"), 1U);
-    EXPECT_NE(IsWindowEnabled(program.ControlWindow()), FALSE);
-    EXPECT_NE(OpenAbout(program), nullptr) << "the next one can be created";
+    // The first class and the first window are the control window's.
+    for (const std::string function : {"RegisterClassW", "CreateWindowExW"}) {
+        SCOPED_TRACE(function);
+        ForgetNotedCalls();
+        const Program program = StartedFaultyProgram(function + "@2");
+        ASSERT_TRUE(program.SendCommand(AboutCommand));
+        EXPECT_EQ(CountOf(function + " failed"), 1U);
+        EXPECT_EQ(AboutDialog(program), nullptr);
+        EXPECT_NE(IsWindowEnabled(program.ControlWindow()), FALSE);
+        EXPECT_NE(OpenAbout(program), nullptr) << "the next one can be created";
+        EXPECT_EQ(program.ExitByCommand(), 0U);
+    }
 }
 
 TEST_F(RunningFaultsTest, AboutWithoutItsLibrariesShowsAPlainDialogOfUnknownVersion) {
