@@ -1,5 +1,6 @@
 // The folder that holds the program's data: missing, elsewhere, a link, removed.
 
+#include "program/notepad.h"
 #include "program/scene.h"
 
 namespace morvane::test {
@@ -94,6 +95,8 @@ TEST_F(DataFolderTest, NothingIsReadOrWrittenThroughALink) {
     EXPECT_FALSE(IsTopmost(target));
     ASSERT_TRUE(program.SendCommand(AlwaysOnTopCommand));
     ASSERT_TRUE(program.SendCommand(OpenSettingsCommand));
+    EXPECT_TRUE(NotepadProcesses().empty());
+    EndNotepads();
     EXPECT_TRUE(linked.IsUntouched());
     EXPECT_EQ(program.ExitByCommand(), 0U);
     EXPECT_TRUE(linked.IsUntouched());

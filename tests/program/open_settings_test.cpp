@@ -2,73 +2,18 @@
 
 #include <algorithm>
 #include <array>
-#include <bit>
 
-#include "program/scene.h"
-
-#include <tlhelp32.h>
-#include <winternl.h>
+#include "program/faulty_scene.h"
+#include "program/notepad.h"
 
 namespace morvane::test {
 namespace {
-
-std::vector<DWORD> NotepadProcesses() {
-    std::vector<DWORD> processes;
-    const FileHandle snapshot(CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0));
-    PROCESSENTRY32W entry{};
-    entry.dwSize = sizeof(entry);
-    for (BOOL more = Process32FirstW(snapshot.get(), &entry); more != FALSE;
-         more = Process32NextW(snapshot.get(), &entry)) {
-        if (CompareStringOrdinal(static_cast<const wchar_t*>(entry.szExeFile), -1, L"notepad.exe",
-                                 -1, TRUE) == CSTR_EQUAL) {
-            processes.push_back(entry.th32ProcessID);
-        }
-    }
-    return processes;
-}
-
-// The session is private: every Notepad in it has been opened by the program under test.
-void EndNotepads() {
-    for (const DWORD id : NotepadProcesses()) {
-        const KernelHandle process(OpenProcess(PROCESS_TERMINATE | SYNCHRONIZE, FALSE, id));
-        TerminateProcess(process.get(), 0);
-        WaitForSingleObject(process.get(), 5'000);
-    }
-}
 
 std::wstring ImageOf(HANDLE process) {
     std::array<wchar_t, 1024> path{};
     auto length = static_cast<DWORD>(path.size());
     return QueryFullProcessImageNameW(process, 0, path.data(), &length) != FALSE ? path.data()
                                                                                  : L"(unknown)";
-}
-
-// Reads a value, or count units of text, out of the other process's memory.
-template <typename Value>
-bool ReadFrom(HANDLE process, const void* address, Value* values, std::size_t count = 1) {
-    SIZE_T bytes = 0;
-    return ReadProcessMemory(process, address, values, count * sizeof(Value), &bytes) != FALSE &&
-           bytes == count * sizeof(Value);
-}
-
-// The command line as the process was started with; no documented call tells it to others.
-std::wstring CommandLineOf(HANDLE process) {
-    using Query = NTSTATUS(NTAPI*)(HANDLE, PROCESSINFOCLASS, PVOID, ULONG, PULONG);
-    const auto query = std::bit_cast<Query>(
-        GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "NtQueryInformationProcess"));
-    PROCESS_BASIC_INFORMATION basic{};
-    PEB block{};
-    RTL_USER_PROCESS_PARAMETERS parameters{};
-    if (query == nullptr ||
-        query(process, ProcessBasicInformation, &basic, sizeof(basic), nullptr) != 0 ||
-        !ReadFrom(process, basic.PebBaseAddress, &block) ||
-        !ReadFrom(process, block.ProcessParameters, &parameters)) {
-        return L"(unknown)";
-    }
-    std::wstring text(parameters.CommandLine.Length / sizeof(wchar_t), L'\0');
-    return ReadFrom(process, parameters.CommandLine.Buffer, text.data(), text.size())
-               ? text
-               : L"(unreadable)";
 }
 
 bool SamePath(std::wstring_view a, std::wstring_view b) {
@@ -84,6 +29,16 @@ protected:
         }
     }
 };
+
+// What the one Notepad is started with, and nothing more behind it.
+bool IsStartedWith(const std::wstring& arguments) {
+    if (!WaitUntil([] { return NotepadProcesses().size() == 1; })) {
+        return false;
+    }
+    const KernelHandle process(OpenProcess(PROCESS_QUERY_INFORMATION | PROCESS_VM_READ, FALSE,
+                                           NotepadProcesses().front()));
+    return CommandLineOf(process.get()).ends_with(L" " + arguments);
+}
 
 HWND NotepadWindow() {
     const std::vector<HWND> windows = VisibleWindowsOfClass(L"Notepad");
@@ -177,9 +132,19 @@ TEST_F(OpenSettingsTest, FolderInPlaceOfTheFileIsHandedToNotepadAsItIs) {
     ASSERT_NE(CreateDirectoryW(SettingsPath().c_str(), nullptr), FALSE);
     const Program program = StartedProgram();
     ASSERT_TRUE(program.SendCommand(OpenSettingsCommand));
-    EXPECT_TRUE(WaitUntil([] { return NotepadProcesses().size() == 1; }));
+    EXPECT_TRUE(IsStartedWith(L"\"" + SettingsPath() + L"\""));
     EXPECT_EQ(GetFileAttributesW(SettingsPath().c_str()) & FILE_ATTRIBUTE_DIRECTORY,
               static_cast<DWORD>(FILE_ATTRIBUTE_DIRECTORY));
+}
+
+TEST_F(OpenSettingsTest, EditorIsFoundWhereTheSystemFolderIsUnknown) {
+    ForgetNotedCalls();
+    const Program program = StartedFaultyProgram("GetSystemDirectoryW");
+    ASSERT_TRUE(program.SendCommand(OpenSettingsCommand));
+    EXPECT_EQ(CountOf("GetSystemDirectoryW failed"), 1U);
+    EXPECT_TRUE(IsStartedWith(L"\"" + SettingsPath() + L"\""));
+    EXPECT_EQ(program.ExitByCommand(), 0U);
+    ForgetNotedCalls();
 }
 
 TEST_F(OpenSettingsTest, NothingOpensWithoutASettingsPath) {

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "program/menu_scene.h"
+#include "program/notepad.h"
 #include "support/child_process.h"
 #include "support/library_watch.h"
 
@@ -133,6 +134,9 @@ std::vector<std::wstring> LibrariesOfAllThatThereIs(const Program& program) {
     EXPECT_TRUE(DismissMenu(program));
     EXPECT_TRUE(program.SendCommand(StartWithWindowsCommand));
     EXPECT_TRUE(PathExists(StartupShortcut()));
+    EXPECT_TRUE(program.SendCommand(OpenSettingsCommand));
+    EXPECT_EQ(NotepadProcesses().size(), 1U);
+    EndNotepads();
     const HWND dialog = OpenAbout(program);
     EXPECT_NE(dialog, nullptr);
     std::vector<std::wstring> files = watch.Files();
