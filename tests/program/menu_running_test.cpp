@@ -48,6 +48,24 @@ TEST_F(MenuRunningTest, NewWindowIsPinned) {
     }
 }
 
+TEST_F(MenuRunningTest, PassesComeTwiceASecond) {
+    ASSERT_TRUE(WriteSettings("Sentinel\n"));
+    Actor actor;
+    const Sentinel sentinel(actor);
+    const Program program = StartedProgram();
+    for (const Front& front : Fronts) {
+        ASSERT_NE(front.open(program), nullptr) << front.name;
+        actor.ForgetRecords(sentinel.Window());
+        const std::vector<ULONGLONG> gaps = sentinel.PassGaps(8);
+        ASSERT_GE(gaps.size(), 8U) << front.name;
+        const ULONGLONG median = gaps[gaps.size() / 2];
+        EXPECT_GE(median, 400U) << front.name;
+        EXPECT_LE(median, 650U) << front.name;
+        EXPECT_NE(front.find(program), nullptr) << front.name;
+        EXPECT_TRUE(front.close(program)) << front.name;
+    }
+}
+
 TEST_F(MenuRunningTest, EditOfTheFileTakesEffect) {
     Actor actor;
     const HWND target = actor.Create({.title = L"Target", .width = 300, .height = 200});

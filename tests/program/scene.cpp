@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <iterator>
 
+#include "support/window_owner.h"
+
 namespace morvane::test {
 namespace {
 
@@ -110,6 +112,18 @@ std::vector<ULONGLONG> Sentinel::PassTicks() const {
     return ticks;
 }
 
+std::vector<ULONGLONG> Sentinel::PassGaps(std::size_t count) const {
+    using namespace std::chrono_literals;
+    EXPECT_TRUE(WaitUntil([&] { return PassTicks().size() > count; }, 60s)) << "too few passes";
+    const std::vector<ULONGLONG> ticks = PassTicks();
+    std::vector<ULONGLONG> gaps;
+    for (std::size_t i = 1; i < ticks.size(); ++i) {
+        gaps.push_back(ticks[i] - ticks[i - 1]);
+    }
+    std::sort(gaps.begin(), gaps.end());
+    return gaps;
+}
+
 std::vector<std::wstring> RowTitles() {
     std::vector<std::wstring> titles;
     for (const HWND window : TopLevelWindows()) {
@@ -132,6 +146,20 @@ int RowOfTitle(std::wstring_view title) {
 bool SendRowCommand(const Program& program, WORD firstCommand, std::wstring_view title) {
     const int row = RowOfTitle(title);
     return row >= 0 && program.SendCommand(static_cast<WORD>(firstCommand + row));
+}
+
+TrayCall SystemIconCall(TrayRecorder& recorder) {
+    const WindowOwner owner = MessageOnlyWindow();
+    NOTIFYICONDATAW icon{};
+    icon.cbSize = sizeof(icon);
+    icon.hWnd = owner.get();
+    icon.uID = 1;
+    icon.uFlags = NIF_ICON;
+    icon.hIcon = LoadIconW(nullptr, IDI_APPLICATION);
+    Shell_NotifyIconW(NIM_ADD, &icon);
+    const std::vector<TrayCall> calls = recorder.Calls();
+    recorder.Forget();
+    return calls.empty() ? TrayCall{} : calls.back();
 }
 
 std::vector<TrayCall> Balloons(const TrayRecorder& recorder) {

@@ -82,6 +82,11 @@ public:
     // entry of the list it is the last window of a pass.
     [[nodiscard]] std::vector<ULONGLONG> PassTicks() const;
 
+    // The times between the passes that reached it since its records were forgotten, shortest
+    // first, once there are so many; milliseconds. A failure of the running test when they do not
+    // come.
+    [[nodiscard]] std::vector<ULONGLONG> PassGaps(std::size_t count) const;
+
     [[nodiscard]] HWND Window() const { return window_; }
 
 private:
@@ -102,6 +107,10 @@ inline constexpr std::string_view SentinelLine = "Sentinel";
 // Sends the row's command of a family that begins with firstCommand; false without such a row too.
 [[nodiscard]] bool SendRowCommand(const Program& program, WORD firstCommand,
                                   std::wstring_view title);
+
+// What the taskbar gets of the system's icon for programs, asked for by this very process. The
+// recorder forgets it again.
+[[nodiscard]] TrayCall SystemIconCall(TrayRecorder& recorder);
 
 // The balloons among the calls, oldest first.
 [[nodiscard]] std::vector<TrayCall> Balloons(const TrayRecorder& recorder);

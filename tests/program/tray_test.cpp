@@ -4,7 +4,6 @@
 
 #include "program/scene.h"
 #include "support/user_input.h"
-#include "support/window_owner.h"
 
 namespace morvane::test {
 namespace {
@@ -15,21 +14,6 @@ constexpr POINT Elsewhere{640, 300};
 
 bool MenuIsOpen() {
     return !VisibleWindowsOfClass(L"#32768").empty();
-}
-
-// What the taskbar gets of the system's icon for programs, asked for by this very process.
-TrayCall SystemIconCall(TrayRecorder& recorder) {
-    const WindowOwner owner = MessageOnlyWindow();
-    NOTIFYICONDATAW icon{};
-    icon.cbSize = sizeof(icon);
-    icon.hWnd = owner.get();
-    icon.uID = 1;
-    icon.uFlags = NIF_ICON;
-    icon.hIcon = LoadIconW(nullptr, IDI_APPLICATION);
-    Shell_NotifyIconW(NIM_ADD, &icon);
-    const std::vector<TrayCall> calls = recorder.Calls();
-    recorder.Forget();
-    return calls.empty() ? TrayCall{} : calls.back();
 }
 
 TEST_F(TrayTest, IconCarriesTheNameOfTheProgram) {
