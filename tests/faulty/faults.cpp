@@ -117,6 +117,7 @@ Fault* const AllFaults[] = {
     SystemDirectory::Entry(),
     LibraryLoading::Entry(),
     // kernel32
+    Failing<"CloseHandle", decltype(&CloseHandle), FALSE, ERROR_INVALID_HANDLE>::Entry(),
     Failing<"CreateDirectoryW", decltype(&CreateDirectoryW), FALSE, ERROR_ACCESS_DENIED>::Entry(),
     Failing<"CreateMutexW", decltype(&CreateMutexW), nullptr, ERROR_ACCESS_DENIED>::Entry(),
     Failing<"DeleteFileW", decltype(&DeleteFileW), FALSE, ERROR_ACCESS_DENIED>::Entry(),

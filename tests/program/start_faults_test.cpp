@@ -1,5 +1,7 @@
 // Starts and switches on a platform that refuses what they need.
 
+#include <algorithm>
+
 #include "program/faulty_scene.h"
 
 namespace morvane::test {
@@ -33,6 +35,40 @@ TEST_F(StartFaultsTest, WithoutComNothingIsDone) {
     EXPECT_TRUE(recorder.Calls().empty());
 }
 
+constexpr const char* ComIsLeft = "CoUninitialize passed";
+constexpr const char* MutexIsClosed = "CloseHandle passed";
+
+// The last two calls so far.
+std::vector<std::string> LastNotedCalls() {
+    const std::vector<std::string> calls = NotedCalls();
+    return {calls.end() - static_cast<std::ptrdiff_t>(std::min<std::size_t>(calls.size(), 2)),
+            calls.end()};
+}
+
+// As long as the mutex is there no other instance begins: nothing of this one is left by then.
+TEST_F(StartFaultsTest, ComIsLeftBeforeTheMutexUnlessAnotherInstanceHasIt) {
+    const std::string plan = "CoUninitialize@0,CloseHandle@0";
+    const TrayRecorder recorder;
+    {
+        const Program other = StartedProgram();
+        EXPECT_EQ(RunFaultyProgram(plan), 0U);
+        EXPECT_EQ(LastNotedCalls(), (std::vector<std::string>{MutexIsClosed, ComIsLeft}));
+        EXPECT_EQ(other.ExitByCommand(), 0U);
+    }
+    ForgetNotedCalls();
+    const Program program = StartedFaultyProgram(plan);
+    EXPECT_EQ(program.ExitByCommand(), 0U);
+    EXPECT_EQ(LastNotedCalls(), (std::vector<std::string>{ComIsLeft, MutexIsClosed}));
+}
+
+TEST_F(StartFaultsTest, EverySwitchLeavesCom) {
+    for (const wchar_t* argument : {L"--install-startup", L"--remove-startup", L"--remove-data"}) {
+        ForgetNotedCalls();
+        EXPECT_EQ(RunFaultyProgram("CoUninitialize@0", argument), 0U) << argument;
+        EXPECT_EQ(NotedCalls(), std::vector<std::string>{ComIsLeft}) << argument;
+    }
+}
+
 struct RefusedStart {
     const char* function;
     DWORD exitCode;
@@ -43,9 +79,10 @@ TEST_F(StartFaultsTest, RefusedClassAndWindowEndTheStartSilently) {
     for (const RefusedStart& item :
          {RefusedStart{"RegisterClassW", 3}, RefusedStart{"CreateWindowExW", 4}}) {
         const std::string function = item.function;
-        EXPECT_EQ(RunFaultyProgram(function + ",CoUninitialize@0"), item.exitCode) << function;
+        EXPECT_EQ(RunFaultyProgram(function + ",CoUninitialize@0,CloseHandle@0"), item.exitCode)
+            << function;
         EXPECT_EQ(NotedCalls(),
-                  (std::vector<std::string>{function + " failed", "CoUninitialize passed"}));
+                  (std::vector<std::string>{function + " failed", ComIsLeft, MutexIsClosed}));
         EXPECT_FALSE(PathExists(DataFolder())) << function;
         ForgetNotedCalls();
     }
@@ -57,8 +94,8 @@ TEST_F(StartFaultsTest, RefusedClassAndWindowEndTheStartSilently) {
 
 TEST_F(StartFaultsTest, RefusedMutexEndsTheStartSilently) {
     const TrayRecorder recorder;
-    EXPECT_EQ(RunFaultyProgram("CreateMutexW"), 0U);
-    EXPECT_EQ(CountOf("CreateMutexW failed"), 1U);
+    EXPECT_EQ(RunFaultyProgram("CreateMutexW,CoUninitialize@0,CloseHandle@0"), 0U);
+    EXPECT_EQ(NotedCalls(), (std::vector<std::string>{"CreateMutexW failed", ComIsLeft}));
     EXPECT_FALSE(PathExists(DataFolder()));
     EXPECT_TRUE(recorder.Calls().empty());
 }
@@ -80,7 +117,7 @@ TEST_F(StartFaultsTest, WithoutATimerCommandsStillRunPasses) {
     EXPECT_FALSE(IsTopmost(second));
 }
 
-// The loop ends as with a quit message.
+// The loop ends as with a quit message, but the control window was not destroyed before.
 TEST_F(StartFaultsTest, FailureOfTheMessageLoopReleasesTheWindows) {
     // In the taskbar's place: there an icon that nobody removes would stay for the tests to come.
     const TrayRecorder recorder;
@@ -91,25 +128,23 @@ TEST_F(StartFaultsTest, FailureOfTheMessageLoopReleasesTheWindows) {
     EXPECT_EQ(CountOf("GetMessageW failed"), 1U);
     EXPECT_GT(TopmostRequests(actor, target), 0U);
     EXPECT_FALSE(IsTopmost(target));
+    // It is left to the taskbar, which drops it when the pointer passes over it.
+    const std::vector<TrayCall> calls = recorder.Calls();
+    ASSERT_EQ(calls.size(), 1U) << "the icon was removed";
+    EXPECT_EQ(calls.front().message, static_cast<DWORD>(NIM_ADD));
 }
 
 TEST_F(StartFaultsTest, WithoutItsIconTheProgramShowsThatOfTheSystem) {
     TrayRecorder recorder;
-    std::uint64_t ownPicture = 0;
-    {
-        const Program program = StartedProgram();
-        ASSERT_TRUE(WaitUntil([&] { return !recorder.Calls().empty(); }));
-        ownPicture = recorder.Calls().front().pictureHash;
-        ASSERT_EQ(program.ExitByCommand(), 0U);
-    }
-    recorder.Forget();
+    const TrayCall systemIcon = SystemIconCall(recorder);
+    ASSERT_NE(systemIcon.pictureHash, 0U);
     // The first one is that of the window's class.
     const Program program = StartedFaultyProgram("LoadIconW@2");
     EXPECT_EQ(CountOf("LoadIconW failed"), 1U);
     ASSERT_TRUE(WaitUntil([&] { return !recorder.Calls().empty(); }));
     ASSERT_EQ(recorder.Calls().size(), 1U) << "not refused";
-    EXPECT_NE(recorder.Calls().front().pictureHash, 0U);
-    EXPECT_NE(recorder.Calls().front().pictureHash, ownPicture);
+    EXPECT_EQ(recorder.Calls().front().pictureHash, systemIcon.pictureHash);
+    EXPECT_EQ(recorder.Calls().front().iconWidth, systemIcon.iconWidth);
 }
 
 TEST_F(StartFaultsTest, ShortcutThatCannotBeMadeFailsTheSwitch) {
