@@ -9,6 +9,7 @@
 #include "base/gdi_owners.h"
 #include "base/win_shell.h"
 #include "desktop/engine_test.h"
+#include "desktop/menu_reader.h"
 #include "pin/candidates.h"
 #include "pin/enforcement.h"
 #include "pin/engine.h"
@@ -154,14 +155,6 @@ TEST_F(DyingWindowsTest, MenuOffersTheOthers) {
                      5);
 }
 
-std::wstring TextOfItem(const Menu& menu, UINT item, UINT flag) {
-    std::wstring text(200, L'\0');
-    const int length =
-        GetMenuStringW(menu.get(), item, text.data(), static_cast<int>(text.size()), flag);
-    text.resize(static_cast<std::size_t>(length));
-    return text;
-}
-
 TEST_F(DyingWindowsTest, BothListsOfTheMenuHoldTheOthers) {
     Menu toPin;
     Menu toMeasure;
@@ -183,11 +176,11 @@ TEST_F(DyingWindowsTest, BothListsOfTheMenuHoldTheOthers) {
         const auto row = static_cast<UINT>(place - all.begin());
         ASSERT_GT(row, 0U) << "behind the one that dies";
         EXPECT_EQ(GetMenuItemCount(toPin.get()), static_cast<int>(all.size()));
-        EXPECT_EQ(TextOfItem(toPin, CmdTogglePinBase + row, MF_BYCOMMAND), L"Alpha healthy");
-        EXPECT_EQ(TextOfItem(toMeasure, CmdMinSizeBase + row, MF_BYCOMMAND),
+        EXPECT_EQ(ItemText(toPin.get(), CmdTogglePinBase + row, MF_BYCOMMAND), L"Alpha healthy");
+        EXPECT_EQ(ItemText(toMeasure.get(), CmdMinSizeBase + row, MF_BYCOMMAND),
                   L"Alpha healthy (400 x 300)");
         const bool measured = GetMenuItemID(toMeasure.get(), 0) == CmdMinSizeActive;
-        EXPECT_EQ(TextOfItem(toMeasure, 0, MF_BYPOSITION).ends_with(L" (400 x 300)"), measured);
+        EXPECT_EQ(ItemText(toMeasure.get(), 0, MF_BYPOSITION).ends_with(L" (400 x 300)"), measured);
         EXPECT_NE(GetMenuState(toMeasure.get(), 1, MF_BYPOSITION) & MF_SEPARATOR, 0U)
             << "one row for the active window, whatever it says";
     };

@@ -13,13 +13,6 @@ namespace {
 
 constexpr UINT GetMenuMessage = 0x01E1;  // MN_GETHMENU
 
-std::wstring TextOf(HMENU menu, int position) {
-    std::array<wchar_t, 1024> text{};
-    const int length = GetMenuStringW(menu, static_cast<UINT>(position), text.data(),
-                                      static_cast<int>(text.size()), MF_BYPOSITION);
-    return {text.data(), static_cast<std::size_t>(length > 0 ? length : 0)};
-}
-
 // By the colour of the mark, which is all that a row shows of it.
 std::wstring DrawnState(ULONG_PTR itemData) {
     const Canvas canvas(40, 20);
@@ -44,6 +37,12 @@ std::wstring DrawnState(ULONG_PTR itemData) {
 
 }  // namespace
 
+std::wstring ItemText(HMENU menu, UINT item, UINT flag) {
+    std::array<wchar_t, 1024> text{};
+    const int length = GetMenuStringW(menu, item, text.data(), static_cast<int>(text.size()), flag);
+    return {text.data(), static_cast<std::size_t>(length > 0 ? length : 0)};
+}
+
 std::wstring RowLine(UINT id, std::size_t itemData, std::wstring_view state,
                      std::wstring_view text) {
     std::wstring line = std::to_wstring(id) + L" row " + std::to_wstring(itemData) + L" ";
@@ -60,7 +59,7 @@ std::wstring DescribedItem(HMENU menu, int position) {
     if ((info.fType & MFT_SEPARATOR) != 0) {
         return L"-";
     }
-    const std::wstring text = TextOf(menu, position);
+    const std::wstring text = ItemText(menu, static_cast<UINT>(position), MF_BYPOSITION);
     std::wstring states;
     if ((info.fState & MFS_CHECKED) != 0) {
         states += L" checked";

@@ -9,6 +9,10 @@
 
 namespace morvane::test {
 
+// The text of the item with that id (MF_BYCOMMAND) or at that place (MF_BYPOSITION); empty when
+// there is none.
+[[nodiscard]] std::wstring ItemText(HMENU menu, UINT item, UINT flag);
+
 // One item in words, so that a failing comparison can be read:
 //   "-"                          a separator
 //   "> Text"                     a submenu
