@@ -1,7 +1,9 @@
 #include "pin/candidates.h"
 
 #include <algorithm>
+#include <array>
 #include <optional>
+#include <string_view>
 
 #include "app/process.h"
 #include "pin/engine.h"
@@ -21,10 +23,18 @@ struct MenuState {
 
 MenuState menuState;
 
-// By class alone: the handle adds nothing, since the control window is message-only and is not met
-// among the top-level windows.
-bool IsOfControlWindowClass(HWND window) {
-    return ReadClassName(window).View() == ControlWindowClass;
+// On Windows a click on the icon gives the foreground to the task bar, or to the flyout that holds
+// the hidden icons, before the icon's message arrives. Nobody means these by "the active window".
+constexpr std::array<std::wstring_view, 4> TrayClasses = {
+    L"Shell_TrayWnd",
+    L"Shell_SecondaryTrayWnd",
+    L"NotifyIconOverflowWindow",
+    L"TopLevelWindowForOverflowXamlIsland",
+};
+
+bool IsUsableClass(std::wstring_view className) {
+    return className != ControlWindowClass &&
+           std::find(TrayClasses.begin(), TrayClasses.end(), className) == TrayClasses.end();
 }
 
 }  // namespace
@@ -37,8 +47,9 @@ void RebuildCandidates() {
     std::vector<CandidateWindow>& candidates = menuState.candidates;
     candidates.clear();
     ForEachTopLevelWindow([&](HWND window) {
+        // By class alone: the control window itself is message-only and never enumerated.
         if (IsWindowVisible(window) == FALSE || HasOwner(window) ||
-            IsOfControlWindowClass(window)) {
+            ReadClassName(window).View() == ControlWindowClass) {
             return;
         }
         const WindowTitle title = ReadTitle(window);
@@ -52,7 +63,7 @@ void RebuildCandidates() {
 }
 
 bool IsUsableActiveWindow(HWND window) {
-    if (IsWindowVisible(window) == FALSE || IsOfControlWindowClass(window) ||
+    if (IsWindowVisible(window) == FALSE || !IsUsableClass(ReadClassName(window).View()) ||
         window == Process().controlWindow || IsWindow(window) == FALSE ||
         IsIconic(window) != FALSE) {
         return false;

@@ -20,7 +20,7 @@ struct CandidateWindow {
 // Fills the list with the visible, unowned, titled windows that are not ours, by title.
 void RebuildCandidates();
 
-// Visible, not ours, alive, not minimised, of a size of at least 1 x 1.
+// Visible, not ours, not part of the task bar, alive, not minimised, at least 1 x 1 pixel.
 [[nodiscard]] bool IsUsableActiveWindow(HWND window);
 
 // Remembers the foreground window if it is usable; otherwise the one noted before stays.
