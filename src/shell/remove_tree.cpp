@@ -78,13 +78,27 @@ bool AppendContent(const std::wstring& folder, std::vector<TreeItem>& items) {
     return items.size() > before;
 }
 
+// Slashes, "." and ".." and doubled separators are resolved by Windows only without the prefix;
+// behind it they are taken as names.
+std::wstring FullPath(const std::wstring& path) {
+    // Asked for the size, the function counts the terminator; after filling the buffer it does not.
+    const DWORD size = GetFullPathNameW(path.c_str(), 0, nullptr, nullptr);
+    std::wstring full(size, L'\0');
+    const DWORD length = GetFullPathNameW(path.c_str(), size, full.data(), nullptr);
+    full.resize(length < size ? length : 0);
+    return full;
+}
+
 }  // namespace
 
 bool RemoveTree(const std::wstring& folder) {
-    const std::wstring root = VerbatimPath(folder);
-    const DWORD attributes = GetFileAttributesW(root.c_str());
+    const DWORD attributes = GetFileAttributesW(folder.c_str());
     if (attributes == INVALID_FILE_ATTRIBUTES) {
         return true;
+    }
+    const std::wstring root = VerbatimPath(folder);
+    if (root.empty()) {
+        return false;
     }
     // A list instead of recursion: the depth of the folders is not ours to choose. A folder that
     // is not empty stays on the list below its content and comes up again when that is deleted.
@@ -115,11 +129,11 @@ std::wstring VerbatimPath(const std::wstring& path) {
     if (path.starts_with(Prefix)) {
         return path;
     }
-    std::wstring verbatim(Prefix);
-    if (path.starts_with(ServerPrefix)) {
-        return verbatim.append(L"UNC\\").append(path, ServerPrefix.size());
+    const std::wstring full = FullPath(path);
+    if (full.starts_with(ServerPrefix)) {
+        return L"\\\\?\\UNC\\" + full.substr(ServerPrefix.size());
     }
-    return verbatim.append(path);
+    return full.empty() ? full : std::wstring(Prefix) + full;
 }
 
 }  // namespace morvane

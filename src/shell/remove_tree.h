@@ -9,8 +9,8 @@ namespace morvane {
 // folder that does not exist counts as deleted. The path is absolute.
 [[nodiscard]] bool RemoveTree(const std::wstring& folder);
 
-// The form of an absolute path that the platform takes as it stands, without a limit of length and
-// without dropping blanks and dots at the end of a name.
+// The form of a path that the platform takes as it stands, without a limit of length and without
+// dropping blanks and dots at the end of a name. Empty when the platform cannot resolve the path.
 [[nodiscard]] std::wstring VerbatimPath(const std::wstring& path);
 
 }  // namespace morvane

@@ -9,7 +9,7 @@ namespace morvane::test {
 
 namespace {
 
-TEST(VerbatimPath, PutsThePrefixBeforeAnAbsolutePath) {
+TEST(VerbatimPath, PutsThePrefixBeforeTheNormalPath) {
     struct Case {
         std::wstring path;
         std::wstring verbatim;
@@ -17,12 +17,18 @@ TEST(VerbatimPath, PutsThePrefixBeforeAnAbsolutePath) {
     const Case cases[] = {
         {L"C:\\", L"\\\\?\\C:\\"},
         {L"C:\\a", L"\\\\?\\C:\\a"},
-        {L"C:\\a b\\c. ", L"\\\\?\\C:\\a b\\c. "},
+        {L"C:\\a b\\c", L"\\\\?\\C:\\a b\\c"},
+        {L"C:/a/b", L"\\\\?\\C:\\a\\b"},
+        {L"C:\\a\\..\\b\\.\\c", L"\\\\?\\C:\\b\\c"},
+        {L"C:\\a\\\\b", L"\\\\?\\C:\\a\\b"},
         {L"C:\\" + std::wstring(300, L'x'), L"\\\\?\\C:\\" + std::wstring(300, L'x')},
         {L"C:\\\u7A93", L"\\\\?\\C:\\\u7A93"},
         {L"\\\\server\\share\\a", L"\\\\?\\UNC\\server\\share\\a"},
         {L"\\\\s", L"\\\\?\\UNC\\s"},
+        {L"//server/share/a", L"\\\\?\\UNC\\server\\share\\a"},
+        {L"", L""},
         // What has the prefix keeps it as it is.
+        {L"\\\\?\\C:\\a b\\c. ", L"\\\\?\\C:\\a b\\c. "},
         {L"\\\\?\\C:\\a", L"\\\\?\\C:\\a"},
         {L"\\\\?\\UNC\\server\\share", L"\\\\?\\UNC\\server\\share"},
         {L"\\\\?\\", L"\\\\?\\"},
