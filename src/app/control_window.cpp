@@ -24,9 +24,9 @@ constexpr UINT_PTR SpareTimer = 2;
 constexpr UINT_PTR MenuTimer = 3;
 constexpr UINT PassPeriod = 500;  // milliseconds
 
-void RunPass() {
+bool RunPass() {
     RefreshEngineBinding();
-    ApplyAll();
+    return ApplyAll();
 }
 
 // The process-wide window handle is still null here, because CreateWindowExW has not returned:
@@ -67,10 +67,11 @@ void OpenMenuInScreenCentre(HWND window) {
 LRESULT OnTimer(HWND window, UINT_PTR timer) {
     if (timer == PassTimer) {
         NoteForegroundWindow();
-        RunPass();
         // What the user is looking at must not disappear under the windows just raised.
-        RaiseAboutDialog();
-        RaiseOpenMenu();
+        if (RunPass()) {
+            RaiseAboutDialog();
+            RaiseOpenMenu();
+        }
     } else if (timer == MenuTimer) {
         OpenMenuInScreenCentre(window);
     }
@@ -104,8 +105,8 @@ LRESULT OnCommand(HWND window, WPARAM wParam) {
     return 0;
 }
 
-// Nothing listens for a new task bar, for changed settings or for the end of the session: a
-// message-only window receives no broadcasts. An icon that is lost with its task bar stays lost.
+// Nothing listens for a new task bar, for changed settings or for the end of the session: Windows
+// sends none of these to a message-only window. An icon that is lost with its task bar stays lost.
 LRESULT CALLBACK ControlWindowProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
     switch (message) {
         case WM_CREATE:

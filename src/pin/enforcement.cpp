@@ -42,25 +42,27 @@ bool IsKnownTopmost(HWND window) {
 
 }  // namespace
 
-void ApplyAll() {
+bool ApplyAll() {
     ReloadSettings();
     if (!Engine().pinList.pinning) {
         ReleaseAll();
-        return;
+        return false;
     }
     PruneRemembered();
     std::vector<MatchedWindow> matched = CollectMatchedWindows();
     std::sort(matched.begin(), matched.end(), IsPinnedBefore);
+    bool raised = false;
     for (const MatchedWindow& match : matched) {
         // Forced on every pass: this is what restores the order after somebody has raised a
         // window of lower priority, or its own topmost window.
-        ApplyToWindow(match.window, true);
+        raised |= ApplyToWindow(match.window, true);
     }
+    return raised;
 }
 
-void ApplyToWindow(HWND window, bool force) {
+bool ApplyToWindow(HWND window, bool force) {
     if (IsWindow(window) == FALSE) {
-        return;
+        return false;
     }
     PinEngine& engine = Engine();
     const WindowTitle title = ReadTitle(window);
@@ -69,10 +71,12 @@ void ApplyToWindow(HWND window, bool force) {
     }
     // Pinned also when the title matches no longer; and remembered also when the window refuses,
     // to be asked again at the next pass.
-    if (force || !IsKnownTopmost(window)) {
+    const bool mustRaise = force || !IsKnownTopmost(window);
+    if (mustRaise) {
         SetWindowPos(window, HWND_TOPMOST, 0, 0, 0, 0, ZOrderOnly);
     }
     engine.pinnedWindows.insert(window);
+    return mustRaise;
 }
 
 void ReleaseAll() {
