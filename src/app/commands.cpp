@@ -83,7 +83,10 @@ void ToggleRow(std::size_t row) {
     const std::vector<CandidateWindow>& candidates = CandidateList();
     if (row < candidates.size()) {
         RefreshEngineBinding();
-        ToggleWindow(candidates[row].title);
+        // A copy: while the pass inside waits for another window, a message sent to the control
+        // window can rebuild the list.
+        const std::wstring title = candidates[row].title;
+        ToggleWindow(title);
     }
 }
 

@@ -24,7 +24,7 @@ void AddWindowWithMinSize(HWND window, std::int32_t width, std::int32_t height,
 void RemoveEntry(std::size_t index);
 
 // Removes the entry that identifies the title, or adds the title; a pass follows in both cases.
-// The engine must have been bound. The title is not used any more once the pass has begun.
+// The engine must have been bound.
 void ToggleWindow(std::wstring_view title);
 
 // Records the window's size as its minimum size and tells the user the result.
