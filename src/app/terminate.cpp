@@ -17,12 +17,19 @@ namespace morvane {
 
 namespace {
 
-// The code of the runtime's abort, which may put up a message box in a windowed program first: one
-// that has no memory left is not to wait for an answer.
-[[noreturn]] void End() {
-    constexpr UINT Aborted = 3;
-    TerminateProcess(GetCurrentProcess(), Aborted);
+// Not by the runtime's abort, which may put up a message box in a windowed program first: one that
+// has no memory left is not to wait for an answer.
+[[noreturn]] void End(DWORD status) {
+    TerminateProcess(GetCurrentProcess(), status);
     __builtin_unreachable();
+}
+
+[[noreturn]] void EndWithoutMemory() {
+    End(STATUS_NO_MEMORY);
+}
+
+[[noreturn]] void EndAfterBrokenPrecondition() {
+    End(STATUS_FATAL_APP_EXIT);
 }
 
 }  // namespace
@@ -36,7 +43,7 @@ void* operator new(std::size_t size) {
     if (void* const memory = std::malloc(size)) {
         return memory;
     }
-    morvane::End();
+    morvane::EndWithoutMemory();
 }
 
 void operator delete(void* memory) noexcept {
@@ -56,24 +63,24 @@ void operator delete(void* memory, std::size_t /*size*/) noexcept {
 namespace std {
 
 [[noreturn]] void __throw_logic_error(const char* /*what*/) {
-    morvane::End();
+    morvane::EndAfterBrokenPrecondition();
 }
 
 [[noreturn]] void __throw_length_error(const char* /*what*/) {
-    morvane::End();
+    morvane::EndWithoutMemory();
 }
 
 // NOLINTNEXTLINE(cert-dcl50-cpp): declared like this by the library.
 [[noreturn]] void __throw_out_of_range_fmt(const char* /*format*/, ...) {
-    morvane::End();
+    morvane::EndAfterBrokenPrecondition();
 }
 
 [[noreturn]] void __throw_bad_alloc() {
-    morvane::End();
+    morvane::EndWithoutMemory();
 }
 
 [[noreturn]] void __throw_bad_array_new_length() {
-    morvane::End();
+    morvane::EndWithoutMemory();
 }
 
 }  // namespace std

@@ -209,7 +209,6 @@ TEST_F(RunningFaultsTest, OverrunBufferEndsTheProgram) {
 TEST_F(RunningFaultsTest, WithoutMemoryTheProgramEndsAtOnce) {
     // In the taskbar's place: there an icon that nobody removes would stay for the tests to come.
     const TrayRecorder recorder;
-    constexpr DWORD Aborted = 3;
     ASSERT_TRUE(WriteSettings("Target\n"));
     Actor actor;
     const HWND target = actor.Create({.title = L"Target"});
@@ -221,7 +220,7 @@ TEST_F(RunningFaultsTest, WithoutMemoryTheProgramEndsAtOnce) {
             static_cast<void>(program.PostCommand(ApplyNowCommand));
             return !program.IsRunning();
         }));
-        EXPECT_EQ(program.WaitForExit(), Aborted);
+        EXPECT_EQ(program.WaitForExit(), STATUS_NO_MEMORY);
     }
     EXPECT_EQ(CountOf("malloc failed"), 1U);
     EXPECT_EQ(ReadSettings(), "Target\n");
