@@ -101,26 +101,6 @@ TEST_F(ExitTest, SwitchedOffProgramEndsTheSameWay) {
     EXPECT_EQ(ReadSettings(), "@pinning=0\nTarget\n");
 }
 
-// Windows asks top-level windows alone whether the session may end, then it ends the process. The
-// windows end with it; one that survives is found again after the next sign-in.
-TEST_F(ExitTest, EndOfTheSessionIsNotHeldUpAndLosesNothing) {
-    ASSERT_TRUE(WriteSettings(Untidy));
-    Actor actor;
-    const HWND target = actor.Create({.title = L"Target"});
-    const Program program = StartedProgram();
-    ASSERT_TRUE(BecomesTopmost(target));
-    EXPECT_EQ(Answer(program.ControlWindow(), WM_QUERYENDSESSION, 0, 0), TRUE);
-    EXPECT_EQ(Answer(program.ControlWindow(), WM_ENDSESSION, TRUE, 0), 0);
-    EXPECT_TRUE(program.IsRunning());
-    EXPECT_TRUE(IsTopmost(target));
-    program.Kill();
-    EXPECT_EQ(ReadSettings(), Untidy);
-    const Program next = StartedProgram();
-    EXPECT_EQ(next.ExitByCommand(), 0U);
-    EXPECT_FALSE(IsTopmost(target));
-    EXPECT_EQ(ReadSettings(), Untidy);
-}
-
 // A crash leaves windows topmost, and the next instance takes them over.
 TEST_F(ExitTest, NextInstanceReleasesWhatACrashedOneLeft) {
     ASSERT_TRUE(WriteSettings("Target\n"));
