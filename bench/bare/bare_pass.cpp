@@ -25,30 +25,17 @@ int AskTitle(HWND window, Texts& texts) {
     return GetWindowTextW(window, texts.title, TitleCapacity);
 }
 
-void AskClass(HWND window, Texts& texts) {
-    GetClassNameW(window, texts.className, ClassCapacity);
-}
-
 // The length of the title; 0 for a window that is no candidate.
-int AskAll(HWND window, Texts& texts, ClassReads classReads) {
+int AskAll(HWND window, Texts& texts) {
     if (IsWindowVisible(window) == FALSE || GetWindow(window, GW_OWNER) != nullptr) {
         return 0;
     }
-    AskClass(window, texts);
-    const int length = AskTitle(window, texts);
-    if (length > 0 && classReads == ClassReads::Twice) {
-        AskClass(window, texts);
-    }
-    return length;
+    GetClassNameW(window, texts.className, ClassCapacity);
+    return AskTitle(window, texts);
 }
 
-BOOL CALLBACK AskOnce(HWND window, LPARAM texts) {
-    AskAll(window, *reinterpret_cast<Texts*>(texts), ClassReads::Once);
-    return TRUE;
-}
-
-BOOL CALLBACK AskTwice(HWND window, LPARAM texts) {
-    AskAll(window, *reinterpret_cast<Texts*>(texts), ClassReads::Twice);
+BOOL CALLBACK AskEach(HWND window, LPARAM texts) {
+    AskAll(window, *reinterpret_cast<Texts*>(texts));
     return TRUE;
 }
 
@@ -59,8 +46,7 @@ struct MarkedSearch {
 
 BOOL CALLBACK AskMarkedAgain(HWND window, LPARAM parameter) {
     auto& search = *reinterpret_cast<MarkedSearch*>(parameter);
-    if (AskAll(window, search.texts, ClassReads::Twice) > 0 &&
-        search.texts.title[0] == search.mark) {
+    if (AskAll(window, search.texts) > 0 && search.texts.title[0] == search.mark) {
         AskTitle(window, search.texts);
     }
     return TRUE;
@@ -74,8 +60,8 @@ struct MarkedList {
 
 BOOL CALLBACK CollectMarked(HWND window, LPARAM parameter) {
     auto& list = *reinterpret_cast<MarkedList*>(parameter);
-    if (AskAll(window, list.search.texts, ClassReads::Once) > 0 &&
-        list.search.texts.title[0] == list.search.mark && list.count < list.found.size()) {
+    if (AskAll(window, list.search.texts) > 0 && list.search.texts.title[0] == list.search.mark &&
+        list.count < list.found.size()) {
         list.found[list.count] = window;
         ++list.count;
     }
@@ -90,10 +76,9 @@ FileHandle OpenForReading(const wchar_t* path) {
 
 }  // namespace
 
-void LookAtWindows(ClassReads classReads) {
+void LookAtWindows() {
     Texts texts;
-    EnumWindows(classReads == ClassReads::Once ? AskOnce : AskTwice,
-                reinterpret_cast<LPARAM>(&texts));
+    EnumWindows(AskEach, reinterpret_cast<LPARAM>(&texts));
 }
 
 void LookAtAndPin(const PinnedWindows& pinned) {
@@ -101,7 +86,7 @@ void LookAtAndPin(const PinnedWindows& pinned) {
     search.mark = pinned.mark;
     for (const HWND window : pinned.inOrder) {
         if (IsWindow(window) != FALSE) {
-            AskAll(window, search.texts, ClassReads::Twice);
+            AskAll(window, search.texts);
         }
     }
     EnumWindows(AskMarkedAgain, reinterpret_cast<LPARAM>(&search));
@@ -133,9 +118,14 @@ std::size_t FindMarked(wchar_t mark, std::span<HWND> found) {
 
 std::size_t ReadFileOnce(const wchar_t* path, std::span<char> buffer) {
     const FileHandle file = OpenForReading(path);
+    std::size_t length = 0;
     DWORD count = 0;
-    ReadFile(file.get(), buffer.data(), static_cast<DWORD>(buffer.size()), &count, nullptr);
-    return count;
+    do {
+        length += count;
+        ReadFile(file.get(), buffer.data() + length, static_cast<DWORD>(buffer.size() - length),
+                 &count, nullptr);
+    } while (count > 0);
+    return length;
 }
 
 std::size_t ReadAndConvertFile(const wchar_t* path) {

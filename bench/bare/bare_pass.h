@@ -10,12 +10,8 @@
 
 namespace morvane::bare {
 
-// How often a window's class is asked for. A pass asks twice: once to leave its own windows alone,
-// once to leave the system's security dialogs alone.
-enum class ClassReads { Once, Twice };
-
-// The calls of a pass that pins nothing: enumerate, visible, owner, class, title, class.
-void LookAtWindows(ClassReads classReads);
+// The calls of a pass that pins nothing: enumerate, visible, owner, class, title.
+void LookAtWindows();
 
 struct PinnedWindows {
     std::span<const HWND> inOrder;  // the order of the requests
@@ -28,7 +24,8 @@ void LookAtAndPin(const PinnedWindows& pinned);
 // The visible windows whose titles begin with the unit, lowest handle first.
 [[nodiscard]] std::size_t FindMarked(wchar_t mark, std::span<HWND> found);
 
-// Opens, reads and closes a file. The buffer has to be larger than the file; the length read.
+// Opens a file, reads it to its end and closes it. The buffer has to be larger than the file; the
+// length read.
 std::size_t ReadFileOnce(const wchar_t* path, std::span<char> buffer);
 
 // The same with a buffer of its own, as large as the file, and then one conversion of all bytes.

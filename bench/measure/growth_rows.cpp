@@ -45,8 +45,7 @@ void MeasureGrowth(const Plan& plan) {
                      std::to_string(round) + " of " + std::to_string(Rounds));
             static_cast<void>(AddWindows(actor, count - opened, PlainTitle));
             opened = count;
-            const Pairs times = MeasureInTurn(part, 1, ApplyAll,
-                                              [] { bare::LookAtWindows(bare::ClassReads::Twice); });
+            const Pairs times = MeasureInTurn(part, 1, ApplyAll, [] { bare::LookAtWindows(); });
             Append(points[which].times.ours, times.ours);
             Append(points[which].times.bare, times.bare);
             points[which].allocations = std::max(points[which].allocations, AllocationsOfPass());

@@ -23,11 +23,11 @@ constexpr std::array<std::wstring_view, 6> ProtectedTitleList = {
 
 }  // namespace
 
-bool IsOwnWindow(HWND window) {
+bool IsOwnWindow(HWND window, std::wstring_view className) {
     const PinEngine& engine = Engine();
     // Two empty names count as equal too: a window whose class cannot be read is left alone as long
     // as the engine has no class of its own.
-    return ReadClassName(window).View() == engine.ownClassName || window == engine.ownWindow;
+    return className == engine.ownClassName || window == engine.ownWindow;
 }
 
 bool IsProtectedSystemDialog(std::wstring_view title, std::wstring_view className) {
@@ -39,12 +39,15 @@ bool IsProtectedSystemDialog(std::wstring_view title, std::wstring_view classNam
 // Nothing else is asked: tool windows, windows on other desktops and minimised ones are pinned like
 // any other when a pattern names them.
 bool IsEligibleWindow(HWND window) {
-    if (IsWindowVisible(window) == FALSE || HasOwner(window) || IsOwnWindow(window)) {
+    if (IsWindowVisible(window) == FALSE || HasOwner(window)) {
+        return false;
+    }
+    const WindowClassName className = ReadClassName(window);
+    if (IsOwnWindow(window, className.View())) {
         return false;
     }
     const WindowTitle title = ReadTitle(window);
-    return title.length > 0 &&
-           !IsProtectedSystemDialog(title.View(), ReadClassName(window).View()) &&
+    return title.length > 0 && !IsProtectedSystemDialog(title.View(), className.View()) &&
            FindBestEntry(Engine().pinList, title.View()) != nullptr;
 }
 

@@ -20,7 +20,7 @@ struct MatchedWindow {
 [[nodiscard]] bool IsPinnedBefore(const MatchedWindow& a, const MatchedWindow& b);
 
 // The control window, or any window of the engine's own class.
-[[nodiscard]] bool IsOwnWindow(HWND window);
+[[nodiscard]] bool IsOwnWindow(HWND window, std::wstring_view className);
 
 // The system's own security dialogs are never pinned, whatever the patterns say.
 [[nodiscard]] bool IsProtectedSystemDialog(std::wstring_view title, std::wstring_view className);

@@ -1,11 +1,8 @@
 #include "settings/settings_file.h"
 
 #include <algorithm>
-#include <array>
 #include <cstddef>
-#include <memory>
 #include <string_view>
-#include <utility>
 
 #include "base/owners.h"
 #include "settings/settings_text.h"
@@ -26,43 +23,27 @@ FileHandle OpenFile(const std::wstring& path, DWORD access, DWORD disposition) {
                                   FILE_ATTRIBUTE_NORMAL, nullptr));
 }
 
-// Reads on until the buffer is full or the end is reached, and returns how far it came; a failing
-// read counts as the end.
-std::size_t ReadUpTo(HANDLE file, char* buffer, std::size_t used, std::size_t capacity) {
-    while (used < capacity) {
-        const std::size_t step = std::min(capacity - used, LargestTransfer);
+// A short read is not the end: that is a read that succeeds without a byte. A failing one counts as
+// the end too.
+std::string ReadWhole(HANDLE file) {
+    constexpr std::size_t LeastRoom = 4096;
+    // Only a hint: the file may change while it is read.
+    LARGE_INTEGER size{};
+    GetFileSizeEx(file, &size);
+    std::string bytes;
+    std::size_t length = 0;
+    bool more = true;
+    while (more) {
+        bytes.resize(std::max(static_cast<std::size_t>(size.QuadPart), length) + LeastRoom);
+        const std::size_t room = std::min(bytes.size() - length, LargestTransfer);
         DWORD count = 0;
         const BOOL read =
-            ::ReadFile(file, buffer + used, static_cast<DWORD>(step), &count, nullptr);
-        used += count;
-        if (read == FALSE || count < step) {
-            break;
-        }
+            ::ReadFile(file, bytes.data() + length, static_cast<DWORD>(room), &count, nullptr);
+        length += count;
+        more = read != FALSE && count > 0;
     }
-    return used;
-}
-
-// Takes over a file whose beginning has been read already and is not all of it.
-PinList ReadLongFile(FileHandle file, std::string_view beginning) {
-    // Only a hint: when the file grows meanwhile, the loop goes on. One byte more than the size, so
-    // that the read that meets the end leaves room.
-    LARGE_INTEGER size{};
-    GetFileSizeEx(file.get(), &size);
-    std::size_t capacity =
-        std::max(static_cast<std::size_t>(size.QuadPart), 2 * beginning.size()) + 1;
-    // Not cleared first, since it is read into at once.
-    auto bytes = std::make_unique_for_overwrite<char[]>(capacity);
-    std::copy(beginning.begin(), beginning.end(), bytes.get());
-    std::size_t length = ReadUpTo(file.get(), bytes.get(), beginning.size(), capacity);
-    while (length == capacity) {
-        capacity *= 2;
-        auto larger = std::make_unique_for_overwrite<char[]>(capacity);
-        std::copy_n(bytes.get(), length, larger.get());
-        bytes = std::move(larger);
-        length = ReadUpTo(file.get(), bytes.get(), length, capacity);
-    }
-    file.reset();
-    return ParseSettingsText({bytes.get(), length});
+    bytes.resize(length);
+    return bytes;
 }
 
 bool WriteWhole(HANDLE file, std::string_view bytes) {
@@ -85,14 +66,7 @@ PinList ReadSettingsFile(const std::wstring& path) {
     if (!file) {
         return {};
     }
-    // Nearly every file is small: one call reads it, without memory and without asking its size.
-    constexpr std::size_t SmallFile = 8192;
-    std::array<char, SmallFile> beginning{};
-    const std::size_t length = ReadUpTo(file.get(), beginning.data(), 0, beginning.size());
-    const std::string_view text(beginning.data(), length);
-    if (length == beginning.size()) {
-        return ReadLongFile(std::move(file), text);
-    }
+    const std::string text = ReadWhole(file.get());
     // Before the text is parsed: a file that its owner deletes is gone when nobody has it open.
     file.reset();
     return ParseSettingsText(text);

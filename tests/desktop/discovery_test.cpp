@@ -120,19 +120,17 @@ TEST_F(DiscoveryTest, PassPinsTheNamesakeOfAProtectedDialogOnly) {
 }
 
 TEST_F(DiscoveryTest, OwnWindowsAreKnownByClassAndByHandle) {
-    const HWND ofClass = Other().Create({.className = L"MorvaneHiddenWindow", .title = L"Control"});
+    constexpr const wchar_t* Own = L"MorvaneHiddenWindow";
     const HWND foreign = Window(L"Control");
-    EXPECT_TRUE(IsOwnWindow(ofClass));
-    EXPECT_FALSE(IsOwnWindow(foreign));
-    EXPECT_FALSE(IsOwnWindow(Other().Create({.className = L"MorvaneHiddenWindow2"})));
+    EXPECT_TRUE(IsOwnWindow(foreign, Own));
+    EXPECT_FALSE(IsOwnWindow(foreign, L"MorvaneHiddenWindow2"));
+    EXPECT_FALSE(IsOwnWindow(foreign, L"morvanehiddenwindow")) << "compared exactly";
+    EXPECT_FALSE(IsOwnWindow(foreign, L"")) << "the class of a window that has died";
     Engine().ownWindow = foreign;
-    EXPECT_TRUE(IsOwnWindow(foreign));
-    Engine().ownClassName = L"morvanehiddenwindow";
-    EXPECT_FALSE(IsOwnWindow(ofClass)) << "compared exactly";
-    Other().Destroy(ofClass);
-    EXPECT_FALSE(IsOwnWindow(ofClass)) << "a dead window has no class name";
+    EXPECT_TRUE(IsOwnWindow(foreign, L"MorvaneHiddenWindow2"));
+    Engine().ownWindow = nullptr;
     Engine().ownClassName.clear();
-    EXPECT_TRUE(IsOwnWindow(ofClass)) << "both names empty";
+    EXPECT_TRUE(IsOwnWindow(foreign, L"")) << "both names empty";
 }
 
 TEST_F(DiscoveryTest, MatchesCarryTheirEntryInTheOrderOfTheDesktop) {
