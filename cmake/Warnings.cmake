@@ -1,34 +1,30 @@
 # The warnings every file of ours must compile without.
 add_library(morvane_warnings INTERFACE)
-if(MSVC)
-    target_compile_options(morvane_warnings INTERFACE /W4 /WX)
-else()
-    set(flags
-        -Wall
-        -Wextra
-        -Wpedantic
-        -Werror
-        -Wcast-align
-        -Wcast-qual
-        -Wconversion
-        -Wdouble-promotion
-        -Wduplicated-branches
-        -Wduplicated-cond
-        -Wextra-semi
-        -Wformat=2
-        -Wimplicit-fallthrough
-        -Wlogical-op
-        -Wnon-virtual-dtor
-        -Wnull-dereference
-        -Wold-style-cast
-        -Woverloaded-virtual
-        -Wredundant-decls
-        -Wshadow
-        -Wsign-conversion
-        -Wundef
-        -Wunused
-        -Wuseless-cast
-        -Wzero-as-null-pointer-constant)
-    list(TRANSFORM flags REPLACE "(.+)" "$<$<COMPILE_LANGUAGE:CXX>:\\1>")
-    target_compile_options(morvane_warnings INTERFACE ${flags})
-endif()
+set(flags
+    -Wall
+    -Wextra
+    -Wpedantic
+    -Werror
+    -Wcast-align
+    -Wcast-qual
+    -Wconversion
+    -Wdouble-promotion
+    -Wduplicated-branches
+    -Wduplicated-cond
+    -Wextra-semi
+    -Wformat=2
+    -Wimplicit-fallthrough
+    -Wlogical-op
+    -Wnon-virtual-dtor
+    -Wnull-dereference
+    -Wold-style-cast
+    -Woverloaded-virtual
+    -Wredundant-decls
+    -Wshadow
+    -Wsign-conversion
+    -Wundef
+    -Wunused
+    -Wuseless-cast
+    -Wzero-as-null-pointer-constant)
+list(TRANSFORM flags REPLACE "(.+)" "$<$<COMPILE_LANGUAGE:CXX>:\\1>")
+target_compile_options(morvane_warnings INTERFACE ${flags})

@@ -4,7 +4,7 @@
 #include <cstddef>
 
 #include "bare/bare_pass.h"
-#include "base/gdi_owners.h"
+#include "base/gui_owners.h"
 #include "base/owners.h"
 #include "base/win_shell.h"
 

@@ -6,7 +6,7 @@
 
 #include "bare/bare_menu.h"
 #include "bare/bare_pass.h"
-#include "base/gdi_owners.h"
+#include "base/gui_owners.h"
 #include "measure/rows.h"
 #include "measure/scene.h"
 #include "pin/candidates.h"
@@ -15,6 +15,7 @@
 #include "pin/engine.h"
 #include "support/test_environment.h"
 #include "support/window_state.h"
+#include "ui/active_window.h"
 #include "ui/menu_build.h"
 #include "ui/menu_rows.h"
 
@@ -28,7 +29,7 @@ constexpr std::size_t AllCount = 500;
 
 std::vector<HWND> WindowsInPassOrder() {
     std::vector<MatchedWindow> matched = CollectMatchedWindows();
-    std::sort(matched.begin(), matched.end(), IsPinnedBefore);
+    std::sort(matched.begin(), matched.end(), HasLowerPriority);
     std::vector<HWND> windows;
     windows.reserve(matched.size());
     for (const MatchedWindow& match : matched) {
@@ -96,10 +97,10 @@ void MeasureMenu(const Plan& plan) {
     const std::wstring path = test::SettingsPath();
     const std::wstring folder = test::DataFolder();
     const auto ours = [] {
-        ForgetRows();
+        ClearMenuRows();
         PrepareMenuState();
         const Menu menu = BuildTrayMenu();
-        ForgetRows();
+        ClearMenuRows();
     };
     const auto bare = [&] { bare::BuildMenuOnce(path.c_str(), folder.c_str()); };
     PrepareMenuState();

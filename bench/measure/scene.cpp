@@ -3,7 +3,7 @@
 #include <array>
 #include <string_view>
 
-#include "app/process.h"
+#include "base/process.h"
 #include "cost/allocation_count.h"
 #include "measure/sampling.h"
 #include "pin/enforcement.h"

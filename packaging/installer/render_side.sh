@@ -7,6 +7,6 @@
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
 
-rsvg-convert --width 96 --height 96 ../../src/res/icon/push_pin.svg |
+rsvg-convert --width 96 --height 96 ../../tools/icon/push_pin.svg |
     convert -size 164x314 canvas:'#eef2f6' png:- -gravity center -geometry +0-40 -composite \
         -colors 16 -type palette BMP3:side.bmp

@@ -1,35 +1,33 @@
 #include "app/command_line.h"
 
+#include <algorithm>
 #include <array>
 
 #include "pin/identity.h"
 
 namespace morvane {
-
 namespace {
 
-struct Switch {
+struct SwitchText {
     std::wstring_view text;
-    StartMode mode;
+    Switch value;
 };
 
-constexpr std::array Switches = {
-    Switch{L"--install-startup", StartMode::InstallStartup},
-    Switch{L"--remove-startup", StartMode::RemoveStartup},
-    Switch{L"--remove-data", StartMode::RemoveData},
+constexpr std::array SwitchTexts = {
+    SwitchText{L"--install-startup", Switch::InstallStartup},
+    SwitchText{L"--remove-startup", Switch::RemoveStartup},
+    SwitchText{L"--remove-data", Switch::RemoveData},
 };
 
 }  // namespace
 
-StartMode ParseCommandLine(std::wstring_view commandLine) {
-    // A plain substring test, as for titles: no tokens, no quoting, and text glued to a switch
-    // does not hide it. The loose rule is kept as it is.
-    for (const Switch& known : Switches) {
-        if (PatternMatches(commandLine, known.text)) {
-            return known.mode;
-        }
-    }
-    return StartMode::Run;
+std::optional<Switch> ParseCommandLine(std::wstring_view commandLine) {
+    // A plain substring test, as for titles, without tokens or quoting: a shortcut or script may
+    // pass the switch with anything around it.
+    const auto* const found = std::ranges::find_if(SwitchTexts, [&](const SwitchText& known) {
+        return PatternMatches(commandLine, known.text);
+    });
+    return found != SwitchTexts.end() ? std::optional(found->value) : std::nullopt;
 }
 
 }  // namespace morvane

@@ -6,59 +6,23 @@
 #include <string>
 #include <vector>
 
-#include "i18n/strings.h"
+#include "app/reported_commands.h"
 #include "pin/candidates.h"
 #include "pin/enforcement.h"
 #include "pin/engine.h"
-#include "pin/engine_binding.h"
 #include "pin/pin_operations.h"
+#include "shell/engine_binding.h"
 #include "shell/settings_editor.h"
-#include "shell/startup_shortcut.h"
 #include "ui/about.h"
+#include "ui/active_window.h"
 #include "ui/command_ids.h"
-#include "ui/tray_icon.h"
 
 namespace morvane {
-
 namespace {
 
-void ApplyNow(HWND /*controlWindow*/) {
-    RefreshEngineBinding();
-    ApplyAll();
-}
-
-void ToggleAlwaysOnTop(HWND /*controlWindow*/) {
+void ToggleAlwaysOnTop() {
     RefreshEngineBinding();
     SetPinning(!Engine().pinList.pinning);
-}
-
-void OpenSettingsFile(HWND /*controlWindow*/) {
-    OpenSettings();
-}
-
-void Exit(HWND controlWindow) {
-    DestroyWindow(controlWindow);
-}
-
-void PinActiveWindowAtItsSize(HWND /*controlWindow*/) {
-    PinWindowAtCurrentSize(ActiveWindow());
-}
-
-void ToggleStartWithWindows(HWND /*controlWindow*/) {
-    if (IsStartupEnabled()) {
-        RemoveStartupShortcut();
-        // Announced also when the removal has failed: deliberate. The check mark of the next menu
-        // shows what is true.
-        ShowBalloon(GetText(StrAppName), GetText(StrStartupDisabled), BalloonInfo);
-    } else if (InstallStartupShortcut()) {
-        ShowBalloon(GetText(StrAppName), GetText(StrStartupEnabled), BalloonInfo);
-    } else {
-        ShowBalloon(GetText(StrAppName), GetText(StrStartupFailed), BalloonWarning);
-    }
-}
-
-void ShowAbout(HWND controlWindow) {
-    ShowAboutDialog(controlWindow);
 }
 
 struct Command {
@@ -67,17 +31,18 @@ struct Command {
 };
 
 constexpr Command Commands[] = {
-    {CmdApplyNow, ApplyNow},
-    {CmdAlwaysOnTop, ToggleAlwaysOnTop},
-    {CmdOpenSettings, OpenSettingsFile},
-    {CmdExit, Exit},
-    {CmdMinSizeActive, PinActiveWindowAtItsSize},
-    {CmdAbout, ShowAbout},
-    {CmdStartWithWindows, ToggleStartWithWindows},
+    {CmdApplyNow, [](HWND /*controlWindow*/) { RunPass(); }},
+    {CmdAlwaysOnTop, [](HWND /*controlWindow*/) { ToggleAlwaysOnTop(); }},
+    {CmdOpenSettings, [](HWND /*controlWindow*/) { OpenSettings(); }},
+    {CmdExit, [](HWND controlWindow) { DestroyWindow(controlWindow); }},
+    {CmdMinSizeActive, [](HWND /*controlWindow*/) { PinWindowAtCurrentSize(ActiveWindow()); }},
+    {CmdAbout, ShowAboutDialog},
+    {CmdStartWithWindows, [](HWND /*controlWindow*/) { ToggleStartWithWindows(); }},
 };
 
-// The windows are enumerated again before the row is looked up; a "(min size)" command uses the
-// list that its menu was built from. The difference is deliberate.
+// Uses the windows as they are now, so a row whose window has closed meanwhile may name another.
+// A "(min size)" command below uses the list that its menu was built from: it measures the very
+// window that was shown.
 void ToggleRow(std::size_t row) {
     RebuildCandidates();
     const std::vector<CandidateWindow>& candidates = CandidateList();
@@ -100,7 +65,7 @@ void PinRowAtItsSize(std::size_t row) {
 }  // namespace
 
 void RunCommand(HWND controlWindow, UINT command) {
-    // Unsigned on purpose: an identifier below the base becomes a large row and fails the test.
+    // Unsigned: an identifier below the base wraps to a large row and fails the test.
     const UINT toggleRow = command - CmdTogglePinBase;
     const UINT minSizeRow = command - CmdMinSizeBase;
     if (toggleRow < MaxMenuWindows) {
@@ -111,11 +76,15 @@ void RunCommand(HWND controlWindow, UINT command) {
         PinRowAtItsSize(minSizeRow);
         return;
     }
-    const auto* const known = std::find_if(std::begin(Commands), std::end(Commands),
-                                           [&](const Command& c) { return c.id == command; });
+    const auto* const known = std::ranges::find(Commands, command, &Command::id);
     if (known != std::end(Commands)) {
         known->action(controlWindow);
     }
+}
+
+bool RunPass() {
+    RefreshEngineBinding();
+    return ApplyAll();
 }
 
 }  // namespace morvane

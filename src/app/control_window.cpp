@@ -1,22 +1,21 @@
 #include "app/control_window.h"
 
 #include "app/commands.h"
-#include "app/process.h"
+#include "base/process.h"
 #include "i18n/strings.h"
-#include "pin/candidates.h"
 #include "pin/enforcement.h"
 #include "pin/engine.h"
-#include "pin/engine_binding.h"
 #include "pin/settings_sync.h"
 #include "res/resource_ids.h"
+#include "shell/engine_binding.h"
 #include "shell/settings_editor.h"
 #include "ui/about.h"
+#include "ui/active_window.h"
 #include "ui/menu_rows.h"
 #include "ui/tray_icon.h"
 #include "ui/tray_menu.h"
 
 namespace morvane {
-
 namespace {
 
 constexpr UINT_PTR PassTimer = 1;
@@ -24,19 +23,13 @@ constexpr UINT_PTR SpareTimer = 2;
 constexpr UINT_PTR MenuTimer = 3;
 constexpr UINT PassPeriod = 500;  // milliseconds
 
-bool RunPass() {
-    RefreshEngineBinding();
-    return ApplyAll();
-}
-
-// The process-wide window handle is still null here, because CreateWindowExW has not returned:
-// these bindings carry no own window, and the first tick puts that right. Kept in this order.
+// CreateWindowExW has not returned, so the process-wide window handle is still null and these
+// bindings carry no own window. The first tick binds again.
 LRESULT OnCreate(HWND window) {
     Engine().ownClassName = ControlWindowClass;
     RefreshEngineBinding();
-    // Without a file the default list serves.
-    static_cast<void>(EnsureSettingsFile());
-    // Bound again, because making sure of the file may have taken a while.
+    EnsureSettingsFile();
+    // Writing the file to a redirected folder can take a while: bind to the path as it is now.
     RefreshEngineBinding();
     ReloadSettings();
     // Without a timer the program still enforces on every command.
@@ -49,7 +42,7 @@ LRESULT OnCreate(HWND window) {
 
 LRESULT OnDestroy(HWND window) {
     KillTimer(window, PassTimer);
-    // Nothing starts this one; the stop is kept.
+    // Reserved: nothing starts it yet, and stopping it is harmless.
     KillTimer(window, SpareTimer);
     ReleaseAll();
     RemoveTrayIcon();
@@ -57,7 +50,7 @@ LRESULT OnDestroy(HWND window) {
     return 0;
 }
 
-// Nothing in the program starts this timer; the handler is kept.
+// Nothing in the program starts this timer. A posted WM_TIMER opens the menu without the mouse.
 void OpenMenuInScreenCentre(HWND window) {
     KillTimer(window, MenuTimer);
     SetCursorPos(GetSystemMetrics(SM_CXSCREEN) / 2, GetSystemMetrics(SM_CYSCREEN) / 2);
@@ -78,7 +71,7 @@ LRESULT OnTimer(HWND window, UINT_PTR timer) {
     return 0;
 }
 
-// Both buttons open the same menu, on release: deliberate.
+// Both buttons open the same menu, on release, so that a press can still be dragged off the icon.
 LRESULT OnTrayIcon(HWND window, LPARAM mouseMessage) {
     if (mouseMessage == WM_LBUTTONUP || mouseMessage == WM_RBUTTONUP) {
         ShowTrayMenu(window);

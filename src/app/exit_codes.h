@@ -2,7 +2,7 @@
 
 namespace morvane {
 
-// What the process returns.
+// What the process returns. Out of memory it ends with STATUS_NO_MEMORY instead.
 enum ExitCode : int {
     ExitSuccess = 0,  // also: another instance runs, or the mutex could not be created
     ExitComFailed = 1,

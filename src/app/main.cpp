@@ -1,10 +1,11 @@
+#include <optional>
 #include <string>
 
 #include "app/command_line.h"
 #include "app/control_window.h"
 #include "app/exit_codes.h"
-#include "app/process.h"
 #include "base/owners.h"
+#include "base/process.h"
 #include "base/win.h"
 #include "i18n/language.h"
 #include "pin/enforcement.h"
@@ -12,37 +13,25 @@
 #include "shell/startup_shortcut.h"
 
 namespace morvane {
-
 namespace {
 
-// "Local\" keeps to the sign-in session: another session may run an instance of its own.
+// "Local\" limits the name to the sign-in session: another session may run its own instance.
 constexpr wchar_t SingleInstanceMutex[] = L"Local\\Morvane_SingleInstance";
 
-ExitCode ExitCodeOf(bool succeeded) {
-    return succeeded ? ExitSuccess : ExitSwitchFailed;
-}
-
-// The switches take no mutex and show nothing: they may run beside an instance.
-ExitCode RunSwitch(StartMode mode) {
-    switch (mode) {
-        case StartMode::InstallStartup:
-            return ExitCodeOf(InstallStartupShortcut());
-        case StartMode::RemoveStartup:
-            RemoveStartupShortcut();
-            return ExitSuccess;
-        case StartMode::RemoveData:
-            return ExitCodeOf(RemoveAllData());
-        case StartMode::Run:
-            break;
+// Takes no mutex and shows nothing: a switch may be given while an instance runs.
+ExitCode RunSwitch(Switch given) {
+    if (given == Switch::RemoveStartup) {
+        RemoveStartupShortcut();
+        return ExitSuccess;
     }
-    return ExitSuccess;
+    const bool done = given == Switch::InstallStartup ? InstallStartupShortcut() : RemoveAllData();
+    return done ? ExitSuccess : ExitSwitchFailed;
 }
 
-// Ends with the quit message, whose parameter is not the exit code, or with an error.
+// Ends with WM_QUIT, whose parameter is not the exit code, or with an error.
 void RunMessageLoop(HWND controlWindow) {
     MSG message{};
-    // The window is asked for as well: the quit message may have ended the loop of a dialog that
-    // was open, and no second one comes.
+    // A nested modal loop may have swallowed WM_QUIT: stop when the window is gone.
     while (IsWindow(controlWindow) != FALSE && GetMessageW(&message, nullptr, 0, 0) > 0) {
         TranslateMessage(&message);
         DispatchMessageW(&message);
@@ -54,40 +43,38 @@ ExitCode RunInstance() {
     if (!RegisterControlWindowClass(process.instance)) {
         return ExitClassFailed;
     }
-    // Stored only now, although the window has lived through its creation handling already.
+    // Null until now: WM_CREATE has already been handled without it.
     process.controlWindow = CreateControlWindow(process.instance);
     const bool created = process.controlWindow != nullptr;
     if (created) {
         RunMessageLoop(process.controlWindow);
     }
-    // Nothing is left to release, unless the window was destroyed by a message that another program
-    // sent while a pass waited for a window: the rest of that pass has then pinned again.
+    // Usually nothing is left to release. But a message sent by another program can destroy the
+    // window while a pass waits for a hung one; the rest of that pass then pins again.
     ReleaseAll();
     return created ? ExitSuccess : ExitWindowFailed;
 }
 
 ExitCode Main(HINSTANCE instance, const wchar_t* arguments) {
     Process().instance = instance;
-    // Libraries that are loaded from here on, the shell's among them, come from the system folder:
-    // a file of the same name beside a portable program is not looked at.
+    // From here on libraries load from the system folder only, never from beside the program.
     SetDefaultDllDirectories(LOAD_LIBRARY_SEARCH_SYSTEM32);
     InitLanguage();
     const std::wstring commandLine = arguments != nullptr ? arguments : L"";
 
-    // Before COM, so that it is closed after COM has been left.
+    // Declared before COM, so that it is closed after CoUninitialize.
     KernelHandle mutex;
     const ComApartment com;
     if (!com) {
         return ExitComFailed;
     }
-    const StartMode mode = ParseCommandLine(commandLine);
-    if (mode != StartMode::Run) {
-        return RunSwitch(mode);
+    if (const std::optional<Switch> given = ParseCommandLine(commandLine)) {
+        return RunSwitch(*given);
     }
     mutex.reset(CreateMutexW(nullptr, TRUE, SingleInstanceMutex));
     const bool alreadyRunning = mutex && GetLastError() == ERROR_ALREADY_EXISTS;
     if (alreadyRunning || !mutex) {
-        // Deliberate: without its mutex the program does not run, and it says nothing about it.
+        // Without the mutex nothing would stop a second instance from pinning against the first.
         mutex.reset();
         return ExitSuccess;
     }
@@ -95,7 +82,6 @@ ExitCode Main(HINSTANCE instance, const wchar_t* arguments) {
 }
 
 }  // namespace
-
 }  // namespace morvane
 
 int WINAPI wWinMain(HINSTANCE instance, HINSTANCE /*previous*/, PWSTR commandLine, int /*show*/) {

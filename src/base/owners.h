@@ -1,8 +1,8 @@
 #pragma once
 
-// Move-only owners: what a platform call hands out is given back by the type that holds it, on
-// every path. None converts by itself and none copies; release() hands the resource on and is
-// called only after the call that takes it over has succeeded.
+// Move-only owners: the type that holds a resource frees it, on every path. No implicit
+// conversions, no copies. Call release() only after the call that takes the resource over has
+// succeeded.
 
 #include <utility>
 
@@ -31,8 +31,15 @@ public:
     ~Owner() { reset(); }
 
     [[nodiscard]] Handle get() const noexcept { return handle_; }
+    [[nodiscard]] Handle operator->() const noexcept { return handle_; }
     [[nodiscard]] explicit operator bool() const noexcept { return handle_ != Traits::Empty(); }
     [[nodiscard]] Handle release() noexcept { return std::exchange(handle_, Traits::Empty()); }
+
+    // For a call that stores a new value through a pointer; what was owned before is closed first.
+    [[nodiscard]] Handle* put() noexcept {
+        reset();
+        return &handle_;
+    }
 
     void reset(Handle handle = Traits::Empty()) noexcept {
         const Handle old = std::exchange(handle_, handle);
@@ -45,15 +52,25 @@ private:
     Handle handle_ = Traits::Empty();
 };
 
-// Kernel objects whose creating call reports failure with null (mutexes).
-struct KernelHandleTraits {
-    using Handle = HANDLE;
+// For resources whose empty value is null.
+template <typename Resource>
+struct NullableTraits {
+    using Handle = Resource;
     static Handle Empty() noexcept { return nullptr; }
+};
+
+struct ModuleTraits : NullableTraits<HMODULE> {
+    static void Close(Handle handle) noexcept { FreeLibrary(handle); }
+};
+using Module = Owner<ModuleTraits>;
+
+// Kernel objects whose creating call reports failure with null (mutexes).
+struct KernelHandleTraits : NullableTraits<HANDLE> {
     static void Close(Handle handle) noexcept { CloseHandle(handle); }
 };
 using KernelHandle = Owner<KernelHandleTraits>;
 
-// CreateFileW reports failure with INVALID_HANDLE_VALUE, not with null.
+// CreateFileW and FindFirstFileW report failure with INVALID_HANDLE_VALUE, not with null.
 struct FileHandleTraits {
     using Handle = HANDLE;
     static Handle Empty() noexcept { return INVALID_HANDLE_VALUE; }
@@ -61,27 +78,21 @@ struct FileHandleTraits {
 };
 using FileHandle = Owner<FileHandleTraits>;
 
-// FindFirstFileExW's search handles have a closing call of their own.
-struct FindHandleTraits {
-    using Handle = HANDLE;
-    static Handle Empty() noexcept { return INVALID_HANDLE_VALUE; }
+// Closed by FindClose, not by CloseHandle.
+struct FindHandleTraits : FileHandleTraits {
     static void Close(Handle handle) noexcept { FindClose(handle); }
 };
 using FindHandle = Owner<FindHandleTraits>;
 
 // Text that the shell allocates for its caller.
-struct ShellTextTraits {
-    using Handle = PWSTR;
-    static Handle Empty() noexcept { return nullptr; }
+struct ShellTextTraits : NullableTraits<PWSTR> {
     static void Close(Handle handle) noexcept { CoTaskMemFree(handle); }
 };
 using ShellText = Owner<ShellTextTraits>;
 
 template <typename Interface>
-struct ComPointerTraits {
-    using Handle = Interface*;
-    static Handle Empty() noexcept { return nullptr; }
-    static void Close(Handle handle) noexcept { handle->Release(); }
+struct ComPointerTraits : NullableTraits<Interface*> {
+    static void Close(Interface* handle) noexcept { handle->Release(); }
 };
 template <typename Interface>
 using ComPointer = Owner<ComPointerTraits<Interface>>;

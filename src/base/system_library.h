@@ -5,7 +5,7 @@
 
 #include <bit>
 
-#include "base/gdi_owners.h"
+#include "base/owners.h"
 #include "base/win.h"
 
 namespace morvane {

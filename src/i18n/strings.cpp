@@ -14,12 +14,14 @@ const wchar_t* GetText(StringId id) {
 
 std::wstring FormatText(StringId id, std::wstring_view argument) {
     constexpr std::wstring_view Placeholder = L"{0}";
-    std::wstring text = GetText(id);
+    const std::wstring_view text = GetText(id);
     const std::size_t position = text.find(Placeholder);
-    if (position != std::wstring::npos) {
-        text.replace(position, Placeholder.size(), argument);
+    if (position == std::wstring_view::npos) {
+        return std::wstring(text);
     }
-    return text;
+    return std::wstring(text.substr(0, position))
+        .append(argument)
+        .append(text.substr(position + Placeholder.size()));
 }
 
 }  // namespace morvane

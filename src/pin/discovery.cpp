@@ -10,7 +10,6 @@
 #include "settings/text.h"
 
 namespace morvane {
-
 namespace {
 
 constexpr std::wstring_view StandardDialogClass = L"#32770";
@@ -25,19 +24,17 @@ constexpr std::array<std::wstring_view, 6> ProtectedTitleList = {
 
 bool IsOwnWindow(HWND window, std::wstring_view className) {
     const PinEngine& engine = Engine();
-    // Two empty names count as equal too: a window whose class cannot be read is left alone as long
-    // as the engine has no class of its own.
+    // Equal even if both are empty: without a class of our own, an unreadable class may be ours.
     return className == engine.ownClassName || window == engine.ownWindow;
 }
 
 bool IsProtectedSystemDialog(std::wstring_view title, std::wstring_view className) {
     return EqualsIgnoreCase(className, StandardDialogClass) &&
-           std::any_of(ProtectedTitleList.begin(), ProtectedTitleList.end(),
-                       [&](std::wstring_view text) { return PatternMatches(title, text); });
+           std::ranges::any_of(ProtectedTitleList,
+                               [&](auto text) { return PatternMatches(title, text); });
 }
 
-// Nothing else is asked: tool windows, windows on other desktops and minimised ones are pinned like
-// any other when a pattern names them.
+// Nothing else: tool windows, minimised ones and those of other desktops are pinned like any other.
 bool IsEligibleWindow(HWND window) {
     if (IsWindowVisible(window) == FALSE || HasOwner(window)) {
         return false;
@@ -51,7 +48,7 @@ bool IsEligibleWindow(HWND window) {
            FindBestEntry(Engine().pinList, title.View()) != nullptr;
 }
 
-bool IsPinnedBefore(const MatchedWindow& a, const MatchedWindow& b) {
+bool HasLowerPriority(const MatchedWindow& a, const MatchedWindow& b) {
     if (a.entryIndex != b.entryIndex) {
         return a.entryIndex > b.entryIndex;
     }
@@ -64,7 +61,7 @@ std::vector<MatchedWindow> CollectMatchedWindows() {
         if (!IsEligibleWindow(window)) {
             return;
         }
-        // Read again: a title that has changed since the test is judged by what it is now.
+        // Read again: a title that has changed since the test counts as it is now.
         const WindowTitle title = ReadTitle(window);
         if (title.length == 0) {
             return;

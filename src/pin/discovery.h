@@ -16,8 +16,8 @@ struct MatchedWindow {
 };
 
 // The order of a pass, lowest priority first, because each topmost request puts its window above
-// all earlier ones: by entry index downwards, then by handle upwards as an unsigned number.
-[[nodiscard]] bool IsPinnedBefore(const MatchedWindow& a, const MatchedWindow& b);
+// all earlier ones: by descending entry index, then by ascending handle as an unsigned number.
+[[nodiscard]] bool HasLowerPriority(const MatchedWindow& a, const MatchedWindow& b);
 
 // The control window, or any window of the engine's own class.
 [[nodiscard]] bool IsOwnWindow(HWND window, std::wstring_view className);

@@ -1,10 +1,10 @@
 #include "pin/enforcement.h"
 
 #include <algorithm>
-#include <iterator>
 #include <optional>
 #include <vector>
 
+#include "base/rect.h"
 #include "pin/discovery.h"
 #include "pin/engine.h"
 #include "pin/identity.h"
@@ -13,11 +13,10 @@
 #include "pin/window_query.h"
 
 namespace morvane {
-
 namespace {
 
-// No SWP_ASYNCWINDOWPOS: requests must take effect in the order in which they are sent, at the
-// price of waiting for a window that hangs.
+// No SWP_ASYNCWINDOWPOS: requests must take effect in the order they are sent. The price is that a
+// hung window delays the pass.
 constexpr UINT ZOrderOnly = SWP_NOSIZE | SWP_NOMOVE | SWP_NOACTIVATE | SWP_SHOWWINDOW;
 constexpr UINT SizeOnly = SWP_NOZORDER | SWP_NOACTIVATE | SWP_SHOWWINDOW;
 
@@ -50,11 +49,11 @@ bool ApplyAll() {
     }
     PruneRemembered();
     std::vector<MatchedWindow> matched = CollectMatchedWindows();
-    std::sort(matched.begin(), matched.end(), IsPinnedBefore);
+    std::ranges::sort(matched, HasLowerPriority);
     bool raised = false;
     for (const MatchedWindow& match : matched) {
-        // Forced on every pass: this is what restores the order after somebody has raised a
-        // window of lower priority, or its own topmost window.
+        // Forced: repeating the request restores the order after somebody raised a pinned window
+        // of lower priority, or a topmost window of another program.
         raised |= ApplyToWindow(match.window, true);
     }
     return raised;
@@ -69,8 +68,8 @@ bool ApplyToWindow(HWND window, bool force) {
     if (const PinEntry* const entry = FindBestEntry(engine.pinList, title.View())) {
         EnforceMinSize(window, *entry);
     }
-    // Pinned also when the title matches no longer; and remembered also when the window refuses,
-    // to be asked again at the next pass.
+    // Even if the title no longer matches. A window that refuses is remembered too, and asked
+    // again at the next pass.
     const bool mustRaise = force || !IsKnownTopmost(window);
     if (mustRaise) {
         SetWindowPos(window, HWND_TOPMOST, 0, 0, 0, 0, ZOrderOnly);
@@ -92,13 +91,11 @@ void ReleaseAll() {
 }
 
 void PruneRemembered() {
-    PinnedWindowSet& pinned = Engine().pinnedWindows;
-    for (auto it = pinned.begin(); it != pinned.end();) {
-        // Deliberate: a forgotten window is sent nothing and keeps the topmost state that it has.
-        // Only a release makes windows ordinary again.
-        const bool keep = IsWindow(*it) != FALSE && IsEligibleWindow(*it);
-        it = keep ? std::next(it) : pinned.erase(it);
-    }
+    // A forgotten window is sent nothing and keeps its topmost state: only a release makes windows
+    // ordinary again.
+    std::erase_if(Engine().pinnedWindows, [](HWND window) {
+        return IsWindow(window) == FALSE || !IsEligibleWindow(window);
+    });
 }
 
 }  // namespace morvane

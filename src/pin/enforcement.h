@@ -1,7 +1,6 @@
 #pragma once
 
-// What the program exists for: keeping the windows that the list identifies on top and at least
-// as large as asked, and releasing them.
+// Keeps the windows that the list identifies on top and at their minimum size, and releases them.
 
 #include "base/win.h"
 

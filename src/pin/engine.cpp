@@ -1,7 +1,6 @@
 #include "pin/engine.h"
 
 namespace morvane {
-
 namespace {
 
 PinEngine engine;

@@ -15,6 +15,9 @@ namespace morvane {
 // empty title, a full list, or a title that is a pattern already. Starts no pass.
 void AddWindow(std::wstring_view title);
 
+// Whether a title can get a minimum size: an entry identifies it, or there is room for a new one.
+[[nodiscard]] bool HasRoomFor(std::wstring_view title);
+
 // Gives the entry that identifies the title a minimum size (pixels), or adds one; then runs a
 // pass. Never removes. Does nothing when the entry would be new and the list is full.
 void AddWindowWithMinSize(HWND window, std::int32_t width, std::int32_t height,
@@ -26,9 +29,6 @@ void RemoveEntry(std::size_t index);
 // Removes the entry that identifies the title, or adds the title; a pass follows in both cases.
 // The engine must have been bound.
 void ToggleWindow(std::wstring_view title);
-
-// Records the window's size as its minimum size and tells the user the result.
-void PinWindowAtCurrentSize(HWND window);
 
 // The master switch. The engine must have been bound.
 void SetPinning(bool on);

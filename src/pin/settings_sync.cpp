@@ -1,6 +1,6 @@
 #include "pin/settings_sync.h"
 
-#include "base/win.h"
+#include "base/files.h"
 #include "pin/engine.h"
 #include "settings/settings_file.h"
 
@@ -14,12 +14,11 @@ void ReloadSettings() {
 
 void SaveSettings() {
     const PinEngine& engine = Engine();
-    // A missing file is written twice in a row: creating it and saving to it are two steps, and
-    // the second one also runs after the first. Harmless, and kept.
-    if (GetFileAttributesW(engine.settingsPath.c_str()) == INVALID_FILE_ATTRIBUTES) {
-        static_cast<void>(WriteSettingsFile(engine.settingsPath, engine.pinList));
+    // A missing file is created first and then saved like any other: two equal writes, once.
+    if (!PathExists(engine.settingsPath)) {
+        WriteSettingsFile(engine.settingsPath, engine.pinList);
     }
-    static_cast<void>(WriteSettingsFile(engine.settingsPath, engine.pinList));
+    WriteSettingsFile(engine.settingsPath, engine.pinList);
 }
 
 void SaveSettingsIfBound() {

@@ -1,7 +1,8 @@
 #include "pin/window_query.h"
 
-namespace morvane {
+#include "base/rect.h"
 
+namespace morvane {
 namespace {
 
 template <typename Text, typename Read>
@@ -28,10 +29,7 @@ bool HasOwner(HWND window) {
 
 std::optional<RECT> ReadFrame(HWND window) {
     RECT frame{};
-    if (GetWindowRect(window, &frame) == FALSE) {
-        return std::nullopt;
-    }
-    return frame;
+    return GetWindowRect(window, &frame) != FALSE ? std::optional(frame) : std::nullopt;
 }
 
 std::optional<RECT> ReadMeasurableFrame(HWND window) {

@@ -1,7 +1,6 @@
 #pragma once
 
-// What the program reads of other programs' windows. A window that has died meanwhile gives the
-// empty answer.
+// What the program reads of other programs' windows. A window that has died gives an empty answer.
 
 #include <array>
 #include <cstddef>
@@ -13,8 +12,8 @@
 
 namespace morvane {
 
-// Text of a window in a fixed buffer; Capacity counts the terminator, so that one unit less is
-// seen of a longer text.
+// A window's text in a fixed buffer. Capacity includes the terminator: longer text is cut to
+// Capacity - 1 units.
 template <std::size_t Capacity>
 struct WindowText {
     std::array<wchar_t, Capacity> units{};
@@ -33,12 +32,6 @@ using WindowClassName = WindowText<256>;
 
 // Outer frame in screen coordinates, pixels of a DPI-unaware program.
 [[nodiscard]] std::optional<RECT> ReadFrame(HWND window);
-[[nodiscard]] inline LONG Width(const RECT& frame) {
-    return frame.right - frame.left;
-}
-[[nodiscard]] inline LONG Height(const RECT& frame) {
-    return frame.bottom - frame.top;
-}
 
 // The frame of a window that a minimum size can be taken from now: alive, not minimised, and with
 // a width and a height.

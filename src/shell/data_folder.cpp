@@ -6,7 +6,6 @@
 #include "settings/text.h"
 
 namespace morvane {
-
 namespace {
 
 constexpr std::wstring_view DataFolderName = L"Morvane";
@@ -34,14 +33,13 @@ std::wstring GetDataFolder() {
         return {};
     }
     std::wstring folder = JoinPath(appData.data(), DataFolderName);
-    // Fails as a rule, because the folder exists.
+    // Usually ERROR_ALREADY_EXISTS.
     CreateDirectoryW(folder.c_str(), nullptr);
-    // Deliberate, and to stay: data is neither kept nor deleted through a link that somebody has
-    // put in the folder's place.
+    // Through a link planted in the folder's place, data could be written or deleted elsewhere.
     if (IsLink(folder)) {
         return {};
     }
-    // Returned also when it could not be created: what is done with it then fails by itself.
+    // Even if it could not be created: opening a file in it then fails.
     return folder;
 }
 

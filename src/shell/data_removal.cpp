@@ -10,9 +10,9 @@
 namespace morvane {
 
 bool RemoveAllData() {
-    // First, and whatever happens next: the program must not start again by itself.
+    // First, so that the program does not start again even if the rest fails.
     RemoveStartupShortcut();
-    // Creates the folder when it did not exist; it is deleted again below. Accepted as it is.
+    // Creates a missing folder, which is deleted again below.
     const std::wstring folder = GetDataFolder();
     // Nothing outside a folder of the program's own name is ever deleted.
     if (!IsOwnDataFolder(folder)) {

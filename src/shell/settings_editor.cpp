@@ -2,19 +2,19 @@
 
 #include <array>
 
+#include "base/files.h"
 #include "base/win_shell.h"
 #include "pin/engine.h"
-#include "pin/engine_binding.h"
 #include "pin/settings_sync.h"
 #include "settings/settings_file.h"
 #include "shell/data_folder.h"
+#include "shell/engine_binding.h"
 
 namespace morvane {
-
 namespace {
 
-// Always Notepad, never the editor associated with text files: it is on every machine, and it
-// opens a file at once. The full path keeps a foreign notepad.exe on the search path out.
+// Notepad rather than the editor associated with text files: every machine has it, and it opens
+// at once. The full path keeps out another notepad.exe on the search path.
 std::wstring EditorPath() {
     std::array<wchar_t, MAX_PATH> system{};
     const UINT length = GetSystemDirectoryW(system.data(), MAX_PATH);
@@ -29,18 +29,13 @@ std::wstring EditorPath() {
 bool EnsureSettingsFile() {
     RefreshEngineBinding();
     const PinEngine& engine = Engine();
-    if (engine.settingsPath.empty()) {
-        return false;
-    }
-    if (GetFileAttributesW(engine.settingsPath.c_str()) != INVALID_FILE_ATTRIBUTES) {
-        return true;
-    }
-    return WriteSettingsFile(engine.settingsPath, engine.pinList);
+    const std::wstring& path = engine.settingsPath;
+    return !path.empty() && (PathExists(path) || WriteSettingsFile(path, engine.pinList));
 }
 
 void OpenSettings() {
-    // Without a file the editor offers to create one; there is nothing better to do about it.
-    static_cast<void>(EnsureSettingsFile());
+    // If this fails, Notepad offers to create the file.
+    EnsureSettingsFile();
     RefreshEngineBinding();
     ReloadSettings();
     OpenInEditor(GetSettingsPath());
@@ -50,7 +45,7 @@ void OpenInEditor(const std::wstring& path) {
     if (path.empty()) {
         return;
     }
-    // Quoted for the blanks of a user's name; a path cannot hold a quote itself.
+    // Quoted because a user's name may contain blanks; a path cannot contain a quote.
     const std::wstring parameters = L"\"" + path + L"\"";
     ShellExecuteW(nullptr, L"open", EditorPath().c_str(), parameters.c_str(), nullptr, SW_SHOW);
 }

@@ -8,7 +8,7 @@ namespace morvane {
 
 // Binds the engine and writes its list to the settings path when nothing of that name exists.
 // False when there is no settings path or the file could not be written.
-[[nodiscard]] bool EnsureSettingsFile();
+bool EnsureSettingsFile();
 
 // The command: makes sure of the file, reloads it and opens it in the editor. Failures are silent.
 void OpenSettings();

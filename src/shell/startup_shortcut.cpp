@@ -1,54 +1,37 @@
 #include "shell/startup_shortcut.h"
 
-#include <array>
-
+#include "base/files.h"
 #include "base/owners.h"
+#include "base/process.h"
 #include "base/win_shell.h"
 #include "i18n/strings.h"
 
 namespace morvane {
-
 namespace {
 
-// The full path of the running program; empty when it cannot be read whole.
-std::wstring ProgramPath() {
-    std::array<wchar_t, MAX_PATH> path{};
-    const DWORD length = GetModuleFileNameW(nullptr, path.data(), MAX_PATH);
-    // A path that fills the buffer has been cut: a shortcut to it would lead nowhere.
-    return length < MAX_PATH ? std::wstring(path.data(), length) : std::wstring();
-}
-
-// Target and description are all that it gets: without arguments the program starts normally.
+// Sets target and description only: without arguments the program starts normally.
 bool SaveShortcut(const std::wstring& linkPath, const std::wstring& target) {
     ComPointer<IShellLinkW> link;
-    IShellLinkW* newLink = nullptr;
     if (FAILED(CoCreateInstance(CLSID_ShellLink, nullptr, CLSCTX_INPROC_SERVER, IID_IShellLinkW,
-                                reinterpret_cast<void**>(&newLink)))) {
-        return false;
-    }
-    link.reset(newLink);
-    if (FAILED(link.get()->SetPath(target.c_str())) ||
-        FAILED(link.get()->SetDescription(GetText(StrAppDescription)))) {
+                                reinterpret_cast<void**>(link.put()))) ||
+        FAILED(link->SetPath(target.c_str())) ||
+        FAILED(link->SetDescription(GetText(StrAppDescription)))) {
         return false;
     }
     // Declared after the link, so that it is released first.
     ComPointer<IPersistFile> file;
-    IPersistFile* newFile = nullptr;
-    if (FAILED(link.get()->QueryInterface(IID_IPersistFile, reinterpret_cast<void**>(&newFile)))) {
-        return false;
-    }
-    file.reset(newFile);
-    return SUCCEEDED(file.get()->Save(linkPath.c_str(), TRUE));
+    return SUCCEEDED(
+               link->QueryInterface(IID_IPersistFile, reinterpret_cast<void**>(file.put()))) &&
+           SUCCEEDED(file->Save(linkPath.c_str(), TRUE));
 }
 
 }  // namespace
 
 std::wstring GetStartupFolder() {
-    PWSTR text = nullptr;
-    const HRESULT result = SHGetKnownFolderPath(FOLDERID_Startup, 0, nullptr, &text);
-    // The text is the caller's to free, also when the call has failed.
-    const ShellText owned(text);
-    return SUCCEEDED(result) && text != nullptr ? std::wstring(text) : std::wstring();
+    // The text is the caller's to free even if the call fails.
+    ShellText text;
+    const HRESULT result = SHGetKnownFolderPath(FOLDERID_Startup, 0, nullptr, text.put());
+    return SUCCEEDED(result) && text ? std::wstring(text.get()) : std::wstring();
 }
 
 std::wstring GetStartupShortcutPath() {
@@ -58,7 +41,7 @@ std::wstring GetStartupShortcutPath() {
 
 bool IsStartupEnabled() {
     const std::wstring path = GetStartupShortcutPath();
-    return !path.empty() && GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES;
+    return !path.empty() && PathExists(path);
 }
 
 bool InstallStartupShortcut() {

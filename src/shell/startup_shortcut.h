@@ -19,7 +19,7 @@ namespace morvane {
 // Writes the shortcut to the running program, over an older one. True when it was saved.
 [[nodiscard]] bool InstallStartupShortcut();
 
-// Reports nothing, also when the shortcut could not be deleted.
+// A failure is not reported.
 void RemoveStartupShortcut();
 
 }  // namespace morvane

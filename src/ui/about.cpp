@@ -3,13 +3,14 @@
 #include <string>
 #include <string_view>
 
+#include "base/rect.h"
 #include "i18n/strings.h"
 #include "ui/dialog_frame.h"
 #include "ui/product_version.h"
+#include "ui/raise.h"
 #include "ui/theme.h"
 
 namespace morvane {
-
 namespace {
 
 constexpr wchar_t AboutClass[] = L"MorvaneAboutDialog";
@@ -30,7 +31,7 @@ constexpr DWORD DialogExStyle = WS_EX_DLGMODALFRAME | WS_EX_TOPMOST;
 
 bool isClassRegistered = false;
 
-// Null unless a dialog exists: a window that has gone may have left its handle to another one.
+// Null unless a dialog exists: Windows reuses the handles of destroyed windows.
 HWND openDialog = nullptr;
 
 AboutDialogState* StateOf(HWND dialog) {
@@ -38,8 +39,9 @@ AboutDialogState* StateOf(HWND dialog) {
 }
 
 std::wstring BodyText() {
-    return std::wstring(GetText(StrAppName)) + L"\n\n" +
-           FormatText(StrAboutVersion, GetProductVersion());
+    return std::wstring(GetText(StrAppName))
+        .append(L"\n\n")
+        .append(FormatText(StrAboutVersion, GetProductVersion()));
 }
 
 void CreateControl(HWND dialog, const wchar_t* windowClass, DWORD style, int id,
@@ -63,7 +65,7 @@ MeasuredTexts MeasureTexts(HWND dialog, const AboutDialogState& state, int textW
     const std::wstring_view close = GetText(StrClose);
     SIZE button{};
     GetTextExtentPoint32W(dc.get(), close.data(), static_cast<int>(close.size()), &button);
-    return {body.bottom - body.top, button.cx};
+    return {Height(body), button.cx};
 }
 
 // From the top: margin, text, gap, button, margin. The height follows the text, the width stays.
@@ -77,15 +79,15 @@ void LayOut(HWND dialog, const AboutDialogState& state) {
     RECT frame{};
     GetClientRect(dialog, &client);
     GetWindowRect(dialog, &frame);
-    const int textWidth = client.right - 2 * Margin;
+    const int textWidth = Width(client) - 2 * Margin;
     const MeasuredTexts texts = MeasureTexts(dialog, state, textWidth);
     const int buttonWidth = texts.buttonTextWidth + ButtonPadding;
     const int buttonTop = texts.bodyHeight + 2 * Margin;
 
     MoveWindow(body, Margin, Margin, textWidth, texts.bodyHeight + TextSlack, TRUE);
-    MoveWindow(button, client.right - buttonWidth - Margin, buttonTop, buttonWidth, ButtonHeight,
+    MoveWindow(button, Width(client) - buttonWidth - Margin, buttonTop, buttonWidth, ButtonHeight,
                TRUE);
-    const int frameHeight = (frame.bottom - frame.top) - (client.bottom - client.top);
+    const int frameHeight = Height(frame) - Height(client);
     SetWindowPos(dialog, nullptr, 0, 0, DialogWidth,
                  frameHeight + buttonTop + ButtonHeight + Margin,
                  SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
@@ -106,22 +108,21 @@ LRESULT OnCreate(HWND dialog, LPARAM lParam) {
     return 0;
 }
 
-// Enter and Escape arrive as the standard identifiers and close the dialog like its button.
-LRESULT OnCommand(HWND dialog, WPARAM wParam, LPARAM lParam) {
-    const int id = LOWORD(wParam);
-    if (id != CloseId && id != IDOK && id != IDCANCEL) {
-        return DefWindowProcW(dialog, WM_COMMAND, wParam, lParam);
-    }
-    DestroyWindow(dialog);
-    return 0;
-}
-
 LRESULT OnClose(HWND dialog) {
     DestroyWindow(dialog);
     return 0;
 }
 
-// The dialog gets the focus when it is activated and hands it on, so that the keyboard works.
+// IsDialogMessageW turns Enter and Escape into IDOK and IDCANCEL.
+LRESULT OnCommand(HWND dialog, WPARAM wParam, LPARAM lParam) {
+    const int id = LOWORD(wParam);
+    if (id != CloseId && id != IDOK && id != IDCANCEL) {
+        return DefWindowProcW(dialog, WM_COMMAND, wParam, lParam);
+    }
+    return OnClose(dialog);
+}
+
+// The dialog gets the focus when it is activated; the keyboard needs it on the button.
 LRESULT OnSetFocus(HWND dialog) {
     SetFocus(GetDlgItem(dialog, CloseId));
     return 0;
@@ -174,7 +175,7 @@ LRESULT CALLBACK AboutProcedure(HWND dialog, UINT message, WPARAM wParam, LPARAM
     }
 }
 
-// Once per process; a registration that failed is tried again at the next opening.
+// Once per process; after a failure the next opening tries again.
 void RegisterAboutClass() {
     if (isClassRegistered) {
         return;
@@ -205,7 +206,7 @@ void ShowAboutDialog(HWND owner) {
         return;
     }
     RunModal(owner, dialog);
-    // A quit message ends the loop with the dialog still there, and the dialog needs the state.
+    // WM_QUIT ends the loop while the dialog still exists and needs the state above.
     if (openDialog == dialog) {
         DestroyWindow(dialog);
     }
@@ -213,8 +214,7 @@ void ShowAboutDialog(HWND owner) {
 
 void RaiseAboutDialog() {
     if (openDialog != nullptr) {
-        SetWindowPos(openDialog, HWND_TOPMOST, 0, 0, 0, 0,
-                     SWP_NOSIZE | SWP_NOMOVE | SWP_NOACTIVATE | SWP_NOOWNERZORDER);
+        RaiseOwnWindow(openDialog);
     }
 }
 

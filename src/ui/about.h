@@ -7,19 +7,17 @@
 
 namespace morvane {
 
-// What an About dialog is created with, as its creation parameter; it has to live as long as the
-// dialog.
+// The creation parameter of an About dialog. Must outlive the dialog.
 struct AboutDialogState {
     DialogTheme theme;
     std::wstring body;
 };
 
-// Shows the About dialog and returns when it has been closed. An About dialog that is open already
-// is brought to the front instead.
+// Shows the About dialog and returns when it is closed. If one is open already, brings it to the
+// front instead.
 void ShowAboutDialog(HWND owner);
 
-// Puts an open dialog above all other windows again, after a pass has raised pinned ones. Does
-// nothing when none is open.
+// Puts an open dialog above the windows that a pass has raised. Does nothing when none is open.
 void RaiseAboutDialog();
 
 }  // namespace morvane

@@ -1,5 +1,7 @@
 #include "ui/dialog_frame.h"
 
+#include "base/rect.h"
+
 namespace morvane {
 
 void PositionNearTray(HWND window, int margin) {
@@ -12,10 +14,9 @@ void PositionNearTray(HWND window, int margin) {
         SystemParametersInfoW(SPI_GETWORKAREA, 0, &workArea, 0) == FALSE) {
         return;
     }
-    // The bottom right corner also when the task bar, and with it the icon, is elsewhere:
-    // deliberate.
-    const LONG x = workArea.right - (frame.right - frame.left) - margin;
-    const LONG y = workArea.bottom - (frame.bottom - frame.top) - margin;
+    // One fixed corner: where the icon is cannot be asked for on every shell.
+    const LONG x = workArea.right - Width(frame) - margin;
+    const LONG y = workArea.bottom - Height(frame) - margin;
     SetWindowPos(window, nullptr, x, y, 0, 0, SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
 }
 

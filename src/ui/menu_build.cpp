@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "base/rect.h"
 #include "i18n/strings.h"
 #include "pin/candidates.h"
 #include "pin/engine.h"
@@ -13,11 +14,11 @@
 #include "pin/window_query.h"
 #include "settings/text.h"
 #include "shell/startup_shortcut.h"
+#include "ui/active_window.h"
 #include "ui/command_ids.h"
 #include "ui/menu_rows.h"
 
 namespace morvane {
-
 namespace {
 
 void AppendItem(const Menu& menu, StringId text, UINT id, bool checked = false) {
@@ -37,7 +38,7 @@ void AppendSeparator(const Menu& menu) {
 void AppendSubmenu(const Menu& menu, Menu submenu, StringId text) {
     if (submenu && AppendMenuW(menu.get(), MF_POPUP, reinterpret_cast<UINT_PTR>(submenu.get()),
                                GetText(text)) != FALSE) {
-        // Destroyed together with the menu from here on.
+        // The menu destroys it from here on.
         static_cast<void>(submenu.release());
     }
 }
@@ -46,7 +47,8 @@ UINT RowCount() {
     return static_cast<UINT>(std::min<std::size_t>(CandidateList().size(), MaxMenuWindows));
 }
 
-// A row is cut only after this, so a long title loses its size: deliberate.
+// The row is truncated afterwards: a long title loses its size, since the title is what tells
+// windows apart.
 std::wstring WithSize(std::wstring text, const RECT& frame) {
     return text.append(L" (").append(FormatSize(Width(frame), Height(frame))).append(L")");
 }
@@ -60,8 +62,8 @@ void AppendActiveWindow(const Menu& menu) {
         return;
     }
     const WindowTitle title = ReadTitle(window);
-    const std::wstring text = std::wstring(GetText(StrActivePrefix)).append(title.View());
-    AppendPinItem(menu.get(), CmdMinSizeActive, WithSize(text, *frame),
+    AppendPinItem(menu.get(), CmdMinSizeActive,
+                  WithSize(std::wstring(GetText(StrActivePrefix)).append(title.View()), *frame),
                   PinStateForTitle(Engine().pinList, title.View()));
 }
 
@@ -97,8 +99,8 @@ Menu BuildAddRemoveMenu() {
         AppendPlaceholder(menu, StrNoWindows);
         return menu;
     }
-    // Every candidate, also a minimised one, and no sign of a minimum size: to add and to remove,
-    // only pinned or not pinned counts. Deliberate.
+    // Every candidate, minimised or not, and no sign of a minimum size: here only pinned or not
+    // pinned matters.
     for (UINT row = 0; row < RowCount(); ++row) {
         const std::wstring& title = candidates[row].title;
         const bool pinned = IsPinnedTitle(Engine().pinList, title);
@@ -122,8 +124,8 @@ Menu BuildMinSizeMenu() {
     }
     for (UINT row = 0; row < RowCount(); ++row) {
         const CandidateWindow& candidate = candidates[row];
-        // A window that is skipped leaves a gap in the identifiers: the command finds its window
-        // by the row in the candidate list. Deliberate.
+        // A skipped window leaves a gap in the identifiers: a command looks up its window by row in
+        // the candidate list.
         if (const std::optional<RECT> frame = ReadMeasurableFrame(candidate.window)) {
             AppendPinItem(menu.get(), CmdMinSizeBase + row, WithSize(candidate.title, *frame),
                           PinStateForTitle(Engine().pinList, candidate.title));

@@ -2,7 +2,7 @@
 
 // The tray menu's items, from the state that was prepared for it.
 
-#include "base/gdi_owners.h"
+#include "base/gui_owners.h"
 #include "base/win.h"
 
 namespace morvane {

@@ -4,11 +4,11 @@
 #include <string>
 #include <vector>
 
-#include "base/gdi_owners.h"
+#include "base/gui_owners.h"
 #include "settings/text.h"
+#include "ui/theme.h"
 
 namespace morvane {
-
 namespace {
 
 constexpr std::size_t MaxRowLength = 80;  // UTF-16 code units
@@ -17,7 +17,6 @@ constexpr COLORREF CheckColour = RGB(22, 163, 74);
 constexpr COLORREF ArrowColour = RGB(37, 99, 180);
 constexpr wchar_t MarlettCheckMark[] = L"a";
 constexpr int MarkPoints = 10;
-constexpr int PointsPerInch = 72;
 constexpr int RowPaddingX = 8;  // pixels
 constexpr int RowPaddingY = 4;  // pixels
 
@@ -26,7 +25,7 @@ struct MenuItemRecord {
     PinState state = PinState::NotPinned;
 };
 
-// Filled while a menu is open. Item data is the record's 1-based position: 0 is never a row.
+// Filled while a menu is open. A row's item data is the record's 1-based position; 0 is no row.
 std::vector<MenuItemRecord> menuItemRecords;
 
 const MenuItemRecord* FindRecord(UINT controlType, ULONG_PTR itemData) {
@@ -48,14 +47,14 @@ Font CreateRowFont(PinState state) {
 
 Font CreateMarkFont(HDC dc) {
     LOGFONTW font{};
-    font.lfHeight = -MulDiv(MarkPoints, GetDeviceCaps(dc, LOGPIXELSY), PointsPerInch);
+    font.lfHeight = FontHeight(MarkPoints, dc);
     font.lfWeight = FW_NORMAL;
     font.lfCharSet = SYMBOL_CHARSET;
     lstrcpynW(font.lfFaceName, L"Marlett", LF_FACESIZE);
     return Font(CreateFontIndirectW(&font));
 }
 
-// The text as DrawTextW wants it: its rectangle may be changed, its length is given.
+// The rectangle is a copy because DrawTextW takes it as in/out.
 void DrawRowText(HDC dc, std::wstring_view text, RECT area, UINT format) {
     DrawTextW(dc, text.data(), static_cast<int>(text.size()), &area, format);
 }
@@ -95,7 +94,7 @@ void DrawMark(HDC dc, const RECT& item, int columnWidth, PinState state) {
     }
 }
 
-// Assistive technology reads a row's string, which owner drawing alone does not give it.
+// Screen readers need the string: an owner-drawn item has none of its own.
 void AttachString(HMENU menu, std::wstring text) {
     MENUITEMINFOW info{};
     info.cbSize = sizeof(info);
@@ -112,14 +111,14 @@ std::wstring TruncateForMenu(std::wstring_view text) {
 
 void AppendPinItem(HMENU menu, UINT id, std::wstring_view text, PinState state) {
     menuItemRecords.push_back({TruncateForMenu(text), state});
-    // The item data of an owner-drawn item travels in the place of its text.
+    // AppendMenuW takes the item data of an owner-drawn item in place of its text.
     const auto* const itemData = reinterpret_cast<const wchar_t*>(menuItemRecords.size());
     if (AppendMenuW(menu, MF_OWNERDRAW, id, itemData) != FALSE) {
         AttachString(menu, menuItemRecords.back().text);
     }
 }
 
-void ForgetRows() {
+void ClearMenuRows() {
     menuItemRecords.clear();
 }
 
@@ -142,8 +141,7 @@ bool MeasurePinItem(HWND controlWindow, MEASUREITEMSTRUCT& measure) {
     return true;
 }
 
-// In the colours of the system's menus also in the dark theme of applications, so that the rows fit
-// the items that the system draws: deliberate.
+// In the system's menu colours even in the dark theme, to match the items that the system draws.
 bool DrawPinItem(const DRAWITEMSTRUCT& draw) {
     const MenuItemRecord* const record = FindRecord(draw.CtlType, draw.itemData);
     if (record == nullptr) {
@@ -162,7 +160,7 @@ bool DrawPinItem(const DRAWITEMSTRUCT& draw) {
     const SelectGuard selectedFont(dc, font.get());
     RECT textArea = draw.rcItem;
     textArea.left += columnWidth;
-    // No DT_NOPREFIX: "&" in a title underlines the next letter, as in any menu. Kept as it is.
+    // No DT_NOPREFIX: "&" in a title underlines the next letter, as in the system's own items.
     DrawRowText(dc, record->text, textArea, DT_LEFT | DT_VCENTER | DT_SINGLELINE | DT_END_ELLIPSIS);
     return true;
 }

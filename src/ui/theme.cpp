@@ -6,13 +6,11 @@
 #include <uxtheme.h>
 
 namespace morvane {
-
 namespace {
 
 constexpr COLORREF DarkBackground = RGB(32, 32, 32);
 constexpr COLORREF DarkText = RGB(255, 255, 255);
 constexpr DWORD ImmersiveDarkMode = 20;  // DWMWA_USE_IMMERSIVE_DARK_MODE
-constexpr int PointsPerInch = 72;
 
 using SetWindowThemeFunction = decltype(&SetWindowTheme);
 
@@ -22,8 +20,8 @@ void SetTitleBarTheme(HWND dialog, bool light) {
         FindExport<decltype(&DwmSetWindowAttribute)>(library, "DwmSetWindowAttribute");
     if (setAttribute != nullptr) {
         const BOOL dark = light ? FALSE : TRUE;
-        // Best effort: older systems know the attribute by another number or not at all, and keep
-        // their light title bar.
+        // Best effort: Windows before 10 version 2004 does not document the attribute and keeps its
+        // light title bar.
         setAttribute(dialog, ImmersiveDarkMode, &dark, sizeof(dark));
     }
 }
@@ -52,11 +50,6 @@ void SetControlThemes(HWND dialog, const Module& library) {
     }
 }
 
-int ScreenDpi() {
-    const WindowDc screen(nullptr);
-    return GetDeviceCaps(screen.get(), LOGPIXELSY);
-}
-
 }  // namespace
 
 bool IsLightAppTheme() {
@@ -80,9 +73,15 @@ void ApplyTheme(HWND dialog, DialogTheme& theme) {
     SetControlThemes(dialog, uxtheme);
 }
 
+LONG FontHeight(int points, HDC dc) {
+    constexpr int PointsPerInch = 72;
+    return -MulDiv(points, GetDeviceCaps(dc, LOGPIXELSY), PointsPerInch);
+}
+
 Font CreateUiFont(int points) {
-    return Font(CreateFontW(-MulDiv(points, ScreenDpi(), PointsPerInch), 0, 0, 0, FW_NORMAL, FALSE,
-                            FALSE, FALSE, DEFAULT_CHARSET, OUT_DEFAULT_PRECIS, CLIP_DEFAULT_PRECIS,
+    const WindowDc screen(nullptr);
+    return Font(CreateFontW(FontHeight(points, screen.get()), 0, 0, 0, FW_NORMAL, FALSE, FALSE,
+                            FALSE, DEFAULT_CHARSET, OUT_DEFAULT_PRECIS, CLIP_DEFAULT_PRECIS,
                             CLEARTYPE_QUALITY, DEFAULT_PITCH | FF_DONTCARE, L"Segoe UI"));
 }
 

@@ -1,9 +1,9 @@
 #pragma once
 
-// A dialog in the user's light or dark application theme, with the system's interface font. Every
-// step is best effort: what the system lacks leaves the dialog as the system draws it.
+// Dialogs in the user's light or dark application theme. Every step is best effort: where the
+// system lacks something, the dialog looks as the system draws it.
 
-#include "base/gdi_owners.h"
+#include "base/gui_owners.h"
 #include "base/win.h"
 
 namespace morvane {
@@ -21,6 +21,9 @@ struct DialogTheme {
 // Colours a dialog and its children. Called once, when the children exist; a dialog that is open
 // while the user switches the theme keeps its colours.
 void ApplyTheme(HWND dialog, DialogTheme& theme);
+
+// The height of a font in logical units, as CreateFontW takes it, on the device of the context.
+[[nodiscard]] LONG FontHeight(int points, HDC dc);
 
 // The interface font at the screen's resolution; empty on failure.
 [[nodiscard]] Font CreateUiFont(int points);

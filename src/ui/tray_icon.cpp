@@ -7,7 +7,6 @@
 #include "res/resource_ids.h"
 
 namespace morvane {
-
 namespace {
 
 constexpr UINT TrayIconId = 1;
@@ -36,8 +35,7 @@ void AddTrayIcon(HWND controlWindow, HINSTANCE instance) {
     trayIconData.uID = TrayIconId;
     trayIconData.uFlags = NIF_MESSAGE | NIF_ICON | NIF_TIP;
     trayIconData.uCallbackMessage = WM_TRAYICON;
-    // LoadIconW gives the shared icon, which nobody has to destroy; the shell scales it to its task
-    // bar.
+    // A shared icon, which nobody has to destroy. The shell scales it to its task bar.
     trayIconData.hIcon = LoadIconW(instance, MAKEINTRESOURCEW(IDI_MORVANE));
     if (trayIconData.hIcon == nullptr) {
         trayIconData.hIcon = SystemApplicationIcon();
@@ -55,7 +53,7 @@ void RemoveTrayIcon() {
 }
 
 void ShowBalloon(const std::wstring& title, const std::wstring& text, BalloonKind kind) {
-    // A copy: with NIF_INFO alone the icon and the tooltip stay untouched.
+    // A copy with NIF_INFO alone: the icon and its tooltip stay as they are.
     NOTIFYICONDATAW balloon = trayIconData;
     balloon.uFlags = NIF_INFO;
     balloon.dwInfoFlags = kind;

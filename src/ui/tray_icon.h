@@ -1,7 +1,7 @@
 #pragma once
 
-// The icon in the notification area, and the balloons that it anchors: the one way in which the
-// program talks to the user.
+// The icon in the notification area and its balloons: the one way in which the program talks to the
+// user.
 
 #include <string>
 

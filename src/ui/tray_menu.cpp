@@ -4,13 +4,13 @@
 #include <string_view>
 #include <vector>
 
-#include "pin/candidates.h"
 #include "pin/window_query.h"
+#include "ui/active_window.h"
 #include "ui/menu_build.h"
 #include "ui/menu_rows.h"
+#include "ui/raise.h"
 
 namespace morvane {
-
 namespace {
 
 // The system's window class of open menus.
@@ -21,10 +21,7 @@ bool isMenuOpen = false;
 // The cursor's position, or the screen's corner when it cannot be read.
 POINT MenuPoint() {
     POINT point{};
-    if (GetCursorPos(&point) == FALSE) {
-        return {};
-    }
-    return point;
+    return GetCursorPos(&point) != FALSE ? point : POINT{};
 }
 
 BOOL CALLBACK CollectMenuWindow(HWND window, LPARAM parameter) {
@@ -36,9 +33,8 @@ BOOL CALLBACK CollectMenuWindow(HWND window, LPARAM parameter) {
 
 void TrackMenu(HWND controlWindow, const Menu& menu) {
     const POINT point = MenuPoint();
-    // A menu of a process that is not in the foreground would not close on a click elsewhere; the
-    // empty message afterwards lets the switch back take effect at once. Both are documented for
-    // menus of notification icons.
+    // Documented for menus of notification icons: unless its window is in the foreground the menu
+    // does not close on a click elsewhere, and without the empty message the next menu may vanish.
     SetForegroundWindow(controlWindow);
     TrackPopupMenu(menu.get(), TPM_RIGHTBUTTON | TPM_BOTTOMALIGN, point.x, point.y, 0,
                    controlWindow, nullptr);
@@ -48,30 +44,28 @@ void TrackMenu(HWND controlWindow, const Menu& menu) {
 }  // namespace
 
 void ShowTrayMenu(HWND controlWindow) {
-    // A click on the icon can arrive while the menu is open: a second one would take away the
-    // records that the rows of the first are drawn from.
+    // The icon can be clicked while the menu is open. A second menu would clear the records that
+    // the rows of the first are drawn from.
     if (isMenuOpen) {
         return;
     }
-    ForgetRows();
+    ClearMenuRows();
     PrepareMenuState();
     if (const Menu menu = BuildTrayMenu()) {
         isMenuOpen = true;
         TrackMenu(controlWindow, menu);
         isMenuOpen = false;
     }
-    ForgetRows();
+    ClearMenuRows();
 }
 
 void RaiseOpenMenu() {
     std::vector<HWND> menuWindows;
     EnumThreadWindows(GetCurrentThreadId(), CollectMenuWindow,
                       reinterpret_cast<LPARAM>(&menuWindows));
-    // Enumerated from the top downwards: raised from the bottom up, submenus stay above their
-    // menus.
+    // Enumerated from the top down; raised from the bottom up, so submenus stay above their menus.
     for (const HWND window : std::ranges::reverse_view(menuWindows)) {
-        SetWindowPos(window, HWND_TOPMOST, 0, 0, 0, 0,
-                     SWP_NOSIZE | SWP_NOMOVE | SWP_NOACTIVATE | SWP_NOOWNERZORDER);
+        RaiseOwnWindow(window);
     }
 }
 

@@ -10,9 +10,8 @@ namespace morvane {
 // The choice arrives at the control window as a command. Does nothing while a menu is open.
 void ShowTrayMenu(HWND controlWindow);
 
-// Puts the windows of every open menu of this thread above all others again. A pass raises pinned
-// windows above everything, and a menu under one of them could not be used. Does nothing without an
-// open menu.
+// Puts the open menus of this thread above the windows that a pass has raised. Does nothing when
+// none is open.
 void RaiseOpenMenu();
 
 }  // namespace morvane

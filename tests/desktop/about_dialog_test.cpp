@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "base/gdi_owners.h"
+#include "base/gui_owners.h"
 #include "desktop/about_fixture.h"
 #include "desktop/interface_texts.h"
 #include "pin/enforcement.h"

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "app/process.h"
+#include "base/process.h"
 #include "desktop/interface_texts.h"
 #include "support/window_state.h"
 #include "ui/about.h"

@@ -5,7 +5,7 @@
 #include <gtest/gtest.h>
 #include <string>
 
-#include "base/gdi_owners.h"
+#include "base/gui_owners.h"
 #include "desktop/about_fixture.h"
 #include "desktop/interface_texts.h"
 #include "support/screen.h"

@@ -7,11 +7,12 @@
 #include <string>
 #include <vector>
 
-#include "app/process.h"
+#include "base/process.h"
 #include "desktop/engine_test.h"
 #include "pin/engine.h"
 #include "support/test_environment.h"
 #include "support/window_state.h"
+#include "ui/active_window.h"
 
 namespace morvane::test {
 namespace {

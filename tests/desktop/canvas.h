@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "base/gdi_owners.h"
+#include "base/gui_owners.h"
 #include "base/win.h"
 
 namespace morvane::test {

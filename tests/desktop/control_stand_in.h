@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-#include "app/process.h"
+#include "base/process.h"
 #include "base/owners.h"
 #include "base/win.h"
 #include "support/window_owner.h"

@@ -8,9 +8,9 @@
 
 #include "desktop/engine_test.h"
 #include "pin/engine.h"
-#include "pin/engine_binding.h"
 #include "pin/pin_operations.h"
 #include "pin/settings_sync.h"
+#include "shell/engine_binding.h"
 #include "shell/settings_editor.h"
 #include "support/test_environment.h"
 #include "support/test_files.h"

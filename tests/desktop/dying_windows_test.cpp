@@ -6,7 +6,8 @@
 #include <gtest/gtest.h>
 #include <string>
 
-#include "base/gdi_owners.h"
+#include "app/reported_commands.h"
+#include "base/gui_owners.h"
 #include "base/win_shell.h"
 #include "desktop/engine_test.h"
 #include "desktop/menu_reader.h"
@@ -19,6 +20,7 @@
 #include "support/tray_recorder.h"
 #include "support/window_owner.h"
 #include "support/window_state.h"
+#include "ui/active_window.h"
 #include "ui/command_ids.h"
 #include "ui/menu_build.h"
 #include "ui/menu_rows.h"
@@ -159,7 +161,7 @@ TEST_F(DyingWindowsTest, BothListsOfTheMenuHoldTheOthers) {
     Menu toPin;
     Menu toMeasure;
     const auto prepare = [this] {
-        ForgetRows();
+        ClearMenuRows();
         EXPECT_TRUE(Other().BringToForeground(fate.victim));
         PrepareMenuState();
         EXPECT_EQ(ActiveWindow(), fate.victim);
@@ -185,7 +187,7 @@ TEST_F(DyingWindowsTest, BothListsOfTheMenuHoldTheOthers) {
             << "one row for the active window, whatever it says";
     };
     LetDieEverywhere(prepare, build, check, 13);
-    ForgetRows();
+    ClearMenuRows();
 }
 
 TEST_F(DyingWindowsTest, MeasuringReportsOnceAndRecordsAllOrNothing) {

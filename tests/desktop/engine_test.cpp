@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "app/process.h"
+#include "base/process.h"
 #include "pin/enforcement.h"
 #include "pin/engine.h"
 #include "pin/settings_sync.h"

@@ -9,9 +9,9 @@
 #include <vector>
 
 #include "app/control_window.h"
-#include "app/process.h"
-#include "base/gdi_owners.h"
+#include "base/gui_owners.h"
 #include "base/owners.h"
+#include "base/process.h"
 #include "desktop/about_fixture.h"
 #include "desktop/canvas.h"
 #include "desktop/control_stand_in.h"
@@ -232,7 +232,7 @@ TEST_F(ControlWindowTest, MenuIsAboveTheDialogAndBothAboveAPinnedWindowAfterEver
 
 TEST_F(ControlWindowTest, MessagesAboutRowsOfOursAreHandled) {
     const Menu menu(CreatePopupMenu());
-    ForgetRows();
+    ClearMenuRows();
     AppendPinItem(menu.get(), 2500, L"Alpha", PinState::Pinned);
     MEASUREITEMSTRUCT measure{};
     measure.CtlType = ODT_MENU;
@@ -248,12 +248,12 @@ TEST_F(ControlWindowTest, MessagesAboutRowsOfOursAreHandled) {
     draw.itemData = 1;
     EXPECT_EQ(SendMessageW(Control(), WM_DRAWITEM, 0, reinterpret_cast<LPARAM>(&draw)), TRUE);
     EXPECT_TRUE(canvas.PointsOf(Canvas::Untouched).empty());
-    ForgetRows();
+    ClearMenuRows();
 }
 
 TEST_F(ControlWindowTest, OtherMessagesAboutItemsGoToTheSystem) {
     const Menu menu(CreatePopupMenu());
-    ForgetRows();
+    ClearMenuRows();
     AppendPinItem(menu.get(), 2500, L"Alpha", PinState::Pinned);
     const Canvas canvas(60, 20);
     for (const ULONG_PTR itemData : {ULONG_PTR{0}, ULONG_PTR{2}}) {
@@ -278,7 +278,7 @@ TEST_F(ControlWindowTest, OtherMessagesAboutItemsGoToTheSystem) {
     for (const UINT message : {UINT{WM_MEASUREITEM}, UINT{WM_DRAWITEM}}) {
         EXPECT_EQ(SendMessageW(Control(), message, 0, 0), DefWindowProcW(Control(), message, 0, 0));
     }
-    ForgetRows();
+    ClearMenuRows();
 }
 
 }  // namespace

@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "base/gdi_owners.h"
+#include "base/gui_owners.h"
 #include "desktop/menu_fixture.h"
 #include "desktop/menu_reader.h"
 #include "pin/candidates.h"

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "app/process.h"
+#include "base/process.h"
 #include "desktop/interface_texts.h"
 #include "desktop/menu_reader.h"
 #include "ui/menu_rows.h"
@@ -16,13 +16,13 @@ void MenuTest::SetUp() {
         return;
     }
     ChooseLanguage(L"en");
-    ForgetRows();
+    ClearMenuRows();
     Process().controlWindow = control_.Get();
     ASSERT_NE(control_.Get(), nullptr);
 }
 
 void MenuTest::TearDown() {
-    ForgetRows();
+    ClearMenuRows();
     ChooseLanguage(L"en");
     EngineTest::TearDown();
 }

@@ -11,6 +11,7 @@
 #include "pin/engine.h"
 #include "support/test_environment.h"
 #include "support/test_files.h"
+#include "ui/active_window.h"
 #include "ui/menu_build.h"
 #include "ui/menu_rows.h"
 
@@ -93,7 +94,7 @@ TEST_F(MenuItemsTest, ActiveWindowIsNamedInAllLanguages) {
     PrepareMenuState();
     for (const InterfaceTexts& texts : TextsOfAllLanguages()) {
         ChooseLanguage(texts.code);
-        ForgetRows();
+        ClearMenuRows();
         const Menu menu = BuildMinSizeMenu();
         const std::wstring text = std::wstring(texts.activePrefix).append(L"Main - 1 (640 x 480)");
         EXPECT_EQ(DescribedItem(menu.get(), 0), RowLine(1006, 1, L"free", text));

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "base/gdi_owners.h"
+#include "base/gui_owners.h"
 #include "desktop/menu_fixture.h"
 #include "desktop/menu_reader.h"
 #include "pin/candidates.h"
@@ -14,6 +14,7 @@
 #include "support/test_environment.h"
 #include "support/user_input.h"
 #include "support/window_state.h"
+#include "ui/active_window.h"
 #include "ui/menu_rows.h"
 #include "ui/tray_menu.h"
 

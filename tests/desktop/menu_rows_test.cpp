@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "base/gdi_owners.h"
+#include "base/gui_owners.h"
 #include "desktop/canvas.h"
 #include "desktop/control_stand_in.h"
 #include "desktop/usage.h"
@@ -51,11 +51,11 @@ SIZE TextSize(const std::wstring& text, PinState state) {
 class RowsTest : public testing::Test {
 protected:
     void SetUp() override {
-        ForgetRows();
+        ClearMenuRows();
         menu_.reset(CreatePopupMenu());
         ASSERT_TRUE(menu_);
     }
-    void TearDown() override { ForgetRows(); }
+    void TearDown() override { ClearMenuRows(); }
 
     // Appends a row; its item data.
     ULONG_PTR Row(const std::wstring& text, PinState state) {
@@ -152,7 +152,7 @@ TEST_F(RowsTest, WhatIsNoRowOfOursIsNeitherMeasuredNorDrawn) {
     }
     EXPECT_NE(Measured(1, ODT_MENU, true).itemWidth, Unset);
     EXPECT_NE(Measured(2, ODT_MENU, true).itemWidth, Unset);
-    ForgetRows();
+    ClearMenuRows();
     static_cast<void>(Measured(1, ODT_MENU, false));
 }
 

@@ -9,6 +9,7 @@
 #include "desktop/menu_reader.h"
 #include "pin/candidates.h"
 #include "pin/engine.h"
+#include "ui/active_window.h"
 #include "ui/menu_build.h"
 #include "ui/menu_rows.h"
 
@@ -24,12 +25,12 @@ class SubmenusTest : public MenuTest {
 protected:
     // Each is built as the first of its opening, so that its item data starts at 1.
     [[nodiscard]] static Lines AddRemove() {
-        ForgetRows();
+        ClearMenuRows();
         const Menu menu = BuildAddRemoveMenu();
         return DescribedMenu(menu.get());
     }
     [[nodiscard]] static Lines MinSize() {
-        ForgetRows();
+        ClearMenuRows();
         const Menu menu = BuildMinSizeMenu();
         return DescribedMenu(menu.get());
     }
@@ -241,7 +242,7 @@ TEST_F(SubmenusTest, ListsEndAtTheFiveHundredthCandidate) {
 
 TEST_F(SubmenusTest, ItemDataCountsOnThroughBothLists) {
     Activate(Sized(L"Alpha", 300, 200));
-    ForgetRows();
+    ClearMenuRows();
     const Menu first = BuildAddRemoveMenu();
     const Menu second = BuildMinSizeMenu();
     const Menu third = BuildAddRemoveMenu();

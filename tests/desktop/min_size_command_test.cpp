@@ -5,7 +5,8 @@
 #include <string_view>
 #include <vector>
 
-#include "app/process.h"
+#include "app/reported_commands.h"
+#include "base/process.h"
 #include "base/win_shell.h"
 #include "desktop/engine_test.h"
 #include "pin/engine.h"

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "app/reported_commands.h"
 #include "base/owners.h"
 #include "base/win_shell.h"
 #include "desktop/engine_test.h"

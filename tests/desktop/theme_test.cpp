@@ -5,7 +5,7 @@
 #include <gtest/gtest.h>
 #include <optional>
 
-#include "base/gdi_owners.h"
+#include "base/gui_owners.h"
 #include "desktop/app_theme_setting.h"
 #include "desktop/canvas.h"
 #include "support/test_environment.h"

@@ -79,7 +79,7 @@ TEST_F(MenuFaultsTest, RowIsNotMeasuredWithoutADeviceContext) {
     EXPECT_TRUE(MeasurePinItem(Control().Get(), measure));
     const auto patch = Refuse<decltype(&GetDC), nullptr>("GetDC");
     EXPECT_FALSE(MeasurePinItem(Control().Get(), measure));
-    ForgetRows();
+    ClearMenuRows();
 }
 
 using AboutFaultsTest = AboutTest;

@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-#include "base/gdi_owners.h"
+#include "base/gui_owners.h"
 #include "base/win.h"
 
 #include <psapi.h>

@@ -97,14 +97,15 @@ std::string CheckOrigins(const PinList& list) {
     return {};
 }
 
-StartMode ReferenceStartMode(const std::wstring& commandLine) {
+std::optional<Switch> ReferenceSwitch(const std::wstring& commandLine) {
     if (ReferenceMatches(commandLine, L"--install-startup")) {
-        return StartMode::InstallStartup;
+        return Switch::InstallStartup;
     }
     if (ReferenceMatches(commandLine, L"--remove-startup")) {
-        return StartMode::RemoveStartup;
+        return Switch::RemoveStartup;
     }
-    return ReferenceMatches(commandLine, L"--remove-data") ? StartMode::RemoveData : StartMode::Run;
+    return ReferenceMatches(commandLine, L"--remove-data") ? std::optional(Switch::RemoveData)
+                                                           : std::nullopt;
 }
 
 struct Code {
@@ -191,9 +192,8 @@ std::string CheckTitle(Workplace& workplace, const PinList& list, const std::wst
 }
 
 std::string CheckCommandLine(Workplace& workplace, const std::wstring& commandLine, Guard guard) {
-    const StartMode mode = ParseCommandLine(workplace.first.Place(commandLine, guard));
-    return mode == ReferenceStartMode(commandLine) ? ""
-                                                   : "the command line " + Printed(commandLine);
+    const std::optional<Switch> given = ParseCommandLine(workplace.first.Place(commandLine, guard));
+    return given == ReferenceSwitch(commandLine) ? "" : "the command line " + Printed(commandLine);
 }
 
 std::string CheckLanguageCode(Workplace& workplace, const std::wstring& code) {

@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "base/gdi_owners.h"
+#include "base/gui_owners.h"
 #include "base/owners.h"
 #include "base/system_library.h"
 

@@ -1,6 +1,7 @@
 #include "app/command_line.h"
 
 #include <gtest/gtest.h>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -15,59 +16,59 @@ using namespace std::string_view_literals;
 
 struct CommandLineCase {
     std::wstring_view commandLine;
-    StartMode mode;
+    std::optional<Switch> given;
 };
 
 constexpr CommandLineCase CommandLines[] = {
-    {L"", StartMode::Run},
-    {L" ", StartMode::Run},
-    {L"install-startup", StartMode::Run},
-    {L"-install-startup", StartMode::Run},
-    {L"/install-startup", StartMode::Run},
-    {L"--install", StartMode::Run},
-    {L"--install-startu", StartMode::Run},
-    {L"--install startup", StartMode::Run},
-    {L"--install_startup", StartMode::Run},
-    {L"--\u0130nstall-startup", StartMode::Run},
-    {L"--remove", StartMode::Run},
-    {L"--remove-", StartMode::Run},
-    {L"--remove-dat", StartMode::Run},
-    {L"--install-startup", StartMode::InstallStartup},
-    {L"--INSTALL-STARTUP", StartMode::InstallStartup},
-    {L"--Install-StartUp", StartMode::InstallStartup},
-    {L"  --install-startup  ", StartMode::InstallStartup},
-    {L"\"--install-startup\"", StartMode::InstallStartup},
-    {L"---install-startup", StartMode::InstallStartup},
-    {L"--no--install-startupx", StartMode::InstallStartup},
-    {L"C:\\folder --install-startup\\file.txt", StartMode::InstallStartup},
-    {L"--install-startup=no", StartMode::InstallStartup},
-    {L"--remove-startup", StartMode::RemoveStartup},
-    {L"--ReMoVe-StArTuP", StartMode::RemoveStartup},
-    {L"x--remove-startupx", StartMode::RemoveStartup},
-    {L"--remove-data", StartMode::RemoveData},
-    {L"--REMOVE-DATA", StartMode::RemoveData},
-    {L"--remove-database", StartMode::RemoveData},
-    {L"x\0--remove-data"sv, StartMode::RemoveData},
+    {L"", std::nullopt},
+    {L" ", std::nullopt},
+    {L"install-startup", std::nullopt},
+    {L"-install-startup", std::nullopt},
+    {L"/install-startup", std::nullopt},
+    {L"--install", std::nullopt},
+    {L"--install-startu", std::nullopt},
+    {L"--install startup", std::nullopt},
+    {L"--install_startup", std::nullopt},
+    {L"--\u0130nstall-startup", std::nullopt},
+    {L"--remove", std::nullopt},
+    {L"--remove-", std::nullopt},
+    {L"--remove-dat", std::nullopt},
+    {L"--install-startup", Switch::InstallStartup},
+    {L"--INSTALL-STARTUP", Switch::InstallStartup},
+    {L"--Install-StartUp", Switch::InstallStartup},
+    {L"  --install-startup  ", Switch::InstallStartup},
+    {L"\"--install-startup\"", Switch::InstallStartup},
+    {L"---install-startup", Switch::InstallStartup},
+    {L"--no--install-startupx", Switch::InstallStartup},
+    {L"C:\\folder --install-startup\\file.txt", Switch::InstallStartup},
+    {L"--install-startup=no", Switch::InstallStartup},
+    {L"--remove-startup", Switch::RemoveStartup},
+    {L"--ReMoVe-StArTuP", Switch::RemoveStartup},
+    {L"x--remove-startupx", Switch::RemoveStartup},
+    {L"--remove-data", Switch::RemoveData},
+    {L"--REMOVE-DATA", Switch::RemoveData},
+    {L"--remove-database", Switch::RemoveData},
+    {L"x\0--remove-data"sv, Switch::RemoveData},
     // The first in the order of the switches, not of the words.
-    {L"--remove-data --install-startup", StartMode::InstallStartup},
-    {L"--install-startup --remove-data", StartMode::InstallStartup},
-    {L"--remove-startup --install-startup", StartMode::InstallStartup},
-    {L"--remove-data --remove-startup", StartMode::RemoveStartup},
-    {L"--remove-startup --remove-data", StartMode::RemoveStartup},
-    {L"--remove-data--REMOVE-STARTUP--Install-Startup", StartMode::InstallStartup},
+    {L"--remove-data --install-startup", Switch::InstallStartup},
+    {L"--install-startup --remove-data", Switch::InstallStartup},
+    {L"--remove-startup --install-startup", Switch::InstallStartup},
+    {L"--remove-data --remove-startup", Switch::RemoveStartup},
+    {L"--remove-startup --remove-data", Switch::RemoveStartup},
+    {L"--remove-data--REMOVE-STARTUP--Install-Startup", Switch::InstallStartup},
 };
 
 TEST(ParseCommandLine, FindsASwitchAnywhereWithoutRegardToCase) {
     for (const CommandLineCase& c : CommandLines) {
         SCOPED_TRACE(Printed(c.commandLine));
-        EXPECT_EQ(ParseCommandLine(c.commandLine), c.mode);
+        EXPECT_EQ(ParseCommandLine(c.commandLine), c.given);
     }
 }
 
 TEST(ParseCommandLine, FindsASwitchInAVeryLongLine) {
     const std::wstring filler(100'000, L'-');
-    EXPECT_EQ(ParseCommandLine(filler), StartMode::Run);
-    EXPECT_EQ(ParseCommandLine(filler + L"--remove-data" + filler), StartMode::RemoveData);
+    EXPECT_EQ(ParseCommandLine(filler), std::nullopt);
+    EXPECT_EQ(ParseCommandLine(filler + L"--remove-data" + filler), Switch::RemoveData);
 }
 
 TEST(ExitCode, HasTheDocumentedNumbers) {

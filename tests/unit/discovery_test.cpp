@@ -21,7 +21,7 @@ MatchedWindow Match(std::uintptr_t handle, std::int32_t entryIndex) {
     return {reinterpret_cast<HWND>(handle), entryIndex};
 }
 
-TEST(IsPinnedBefore, PutsLaterEntriesFirstAndThenLowerHandlesAsUnsignedNumbers) {
+TEST(HasLowerPriority, PutsLaterEntriesFirstAndThenLowerHandlesAsUnsignedNumbers) {
     struct Case {
         const char* name;
         MatchedWindow first;
@@ -40,15 +40,15 @@ TEST(IsPinnedBefore, PutsLaterEntriesFirstAndThenLowerHandlesAsUnsignedNumbers) 
         {"last and first entry", Match(High, 99), Match(Low, 0)},
     };
     for (const Case& c : cases) {
-        EXPECT_TRUE(IsPinnedBefore(c.first, c.second)) << c.name;
-        EXPECT_FALSE(IsPinnedBefore(c.second, c.first)) << c.name;
+        EXPECT_TRUE(HasLowerPriority(c.first, c.second)) << c.name;
+        EXPECT_FALSE(HasLowerPriority(c.second, c.first)) << c.name;
     }
 }
 
-TEST(IsPinnedBefore, PutsNothingBeforeItself) {
+TEST(HasLowerPriority, PutsNothingBeforeItself) {
     for (const std::uintptr_t handle : {Low, Middle, High}) {
         for (const std::int32_t index : {0, 1, 99}) {
-            EXPECT_FALSE(IsPinnedBefore(Match(handle, index), Match(handle, index)))
+            EXPECT_FALSE(HasLowerPriority(Match(handle, index), Match(handle, index)))
                 << handle << " of entry " << index;
         }
     }

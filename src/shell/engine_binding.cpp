@@ -1,9 +1,9 @@
-#include "pin/engine_binding.h"
+#include "shell/engine_binding.h"
 
 #include <string>
 #include <utility>
 
-#include "app/process.h"
+#include "base/process.h"
 #include "pin/engine.h"
 #include "shell/data_folder.h"
 

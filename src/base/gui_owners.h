@@ -1,38 +1,26 @@
 #pragma once
 
-// Owners of drawing objects, menus and modules, and the guards that go with them.
+// Owners of menus and of GDI objects, and the guards that go with them.
 
 #include "base/owners.h"
 #include "base/win.h"
 
 namespace morvane {
 
-// Objects of the graphics interface: what DeleteObject gives back. Never one that is still
-// selected into a device context: see SelectGuard.
+// Never closed while selected into a device context, where DeleteObject fails: see SelectGuard.
 template <typename GdiHandle>
-struct GdiTraits {
-    using Handle = GdiHandle;
-    static Handle Empty() noexcept { return nullptr; }
-    static void Close(Handle handle) noexcept { DeleteObject(handle); }
+struct GdiTraits : NullableTraits<GdiHandle> {
+    static void Close(GdiHandle handle) noexcept { DeleteObject(handle); }
 };
 using Font = Owner<GdiTraits<HFONT>>;
 using Brush = Owner<GdiTraits<HBRUSH>>;
 using Pen = Owner<GdiTraits<HPEN>>;
 
 // A menu that no other menu contains; DestroyMenu takes its submenus with it.
-struct MenuTraits {
-    using Handle = HMENU;
-    static Handle Empty() noexcept { return nullptr; }
+struct MenuTraits : NullableTraits<HMENU> {
     static void Close(Handle handle) noexcept { DestroyMenu(handle); }
 };
 using Menu = Owner<MenuTraits>;
-
-struct ModuleTraits {
-    using Handle = HMODULE;
-    static Handle Empty() noexcept { return nullptr; }
-    static void Close(Handle handle) noexcept { FreeLibrary(handle); }
-};
-using Module = Owner<ModuleTraits>;
 
 // The device context of a window, or of the screen for null. May be empty.
 class WindowDc {

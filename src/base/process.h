@@ -2,6 +2,8 @@
 
 // What the process knows of itself. Written by the entry function, read by everybody; one thread.
 
+#include <string>
+
 #include "base/win.h"
 
 namespace morvane {
@@ -14,5 +16,8 @@ struct ProcessState {
 };
 
 [[nodiscard]] ProcessState& Process();
+
+// The full path of the running program; empty when it is unknown or does not fit MAX_PATH.
+[[nodiscard]] std::wstring ProgramPath();
 
 }  // namespace morvane

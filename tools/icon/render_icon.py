@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""Renders push_pin.svg into ../morvane.ico: one 16x16 image of 32 bits, stored as PNG.
+"""Renders push_pin.svg into src/res/morvane.ico: one 16x16 image of 32 bits, stored as PNG.
 
 Run it after changing the drawing and commit both files. The build takes the .ico as it is, so that
 building needs no renderer. Needs rsvg-convert (Debian: librsvg2-bin).
@@ -17,7 +17,7 @@ NEEDED_CHUNKS = (b"IHDR", b"IDAT", b"IEND")
 
 HERE = Path(__file__).resolve().parent
 DRAWING = HERE / "push_pin.svg"
-ICON = HERE.parent / "morvane.ico"
+ICON = HERE.parents[1] / "src" / "res" / "morvane.ico"
 
 
 def render(drawing):
