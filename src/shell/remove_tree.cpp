@@ -1,51 +1,42 @@
 #include "shell/remove_tree.h"
 
+#include <cstddef>
+#include <ranges>
 #include <string_view>
 #include <vector>
 
+#include "base/files.h"
 #include "base/owners.h"
 #include "base/win.h"
 
 namespace morvane {
-
 namespace {
 
 struct TreeItem {
     std::wstring path;
     DWORD attributes = 0;
-    int listings = 0;  // how often the content of the folder was put on the list
 };
-
-// A folder is listed again when it was not empty after all; not without end, in case something in
-// it is listed and cannot be found.
-constexpr int MaxListings = 4;
 
 bool HasAttribute(const TreeItem& item, DWORD attribute) {
     return (item.attributes & attribute) != 0;
 }
 
-bool IsLink(const TreeItem& item) {
-    return HasAttribute(item, FILE_ATTRIBUTE_REPARSE_POINT);
-}
-
-// Done on a handle that does not follow links: by its path, a link's target would be changed.
+// SetFileAttributesW would follow a link and change its target; this handle does not.
 void ClearReadOnly(const TreeItem& item) {
     const FileHandle handle(
-        CreateFileW(item.path.c_str(), FILE_WRITE_ATTRIBUTES,
-                    FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
+        CreateFileW(item.path.c_str(), FILE_WRITE_ATTRIBUTES, FullSharing, nullptr, OPEN_EXISTING,
                     FILE_FLAG_OPEN_REPARSE_POINT | FILE_FLAG_BACKUP_SEMANTICS, nullptr));
     if (!handle) {
         return;
     }
-    // Zero means "leave as it is" for the times, and would for the attributes: hence NORMAL.
+    // Zero leaves a field unchanged, here the times; for the attributes hence NORMAL.
     FILE_BASIC_INFO info{};
     info.FileAttributes = FILE_ATTRIBUTE_NORMAL;
     SetFileInformationByHandle(handle.get(), FileBasicInfo, &info, sizeof(info));
 }
 
-// Deletes one file, one link or one empty folder and returns the error code of it; what is gone
-// already counts as deleted. A link to a folder is removed like a folder: that takes the link away
-// and leaves its target alone.
+// Deletes one file, link or empty folder and returns the error code; what is gone already counts as
+// deleted. RemoveDirectoryW removes a link to a folder and leaves its target alone.
 DWORD RemoveItem(const TreeItem& item) {
     if (HasAttribute(item, FILE_ATTRIBUTE_READONLY)) {
         ClearReadOnly(item);
@@ -60,22 +51,44 @@ DWORD RemoveItem(const TreeItem& item) {
     return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND ? ERROR_SUCCESS : error;
 }
 
-// Adds what the folder holds to the list, read to the end before any of it is deleted. False when
-// nothing was found.
-bool AppendContent(const std::wstring& folder, std::vector<TreeItem>& items) {
+void AppendContent(const std::wstring& folder, std::vector<TreeItem>& items) {
     WIN32_FIND_DATAW found{};
-    const FindHandle search(FindFirstFileW((folder + L"\\*").c_str(), &found));
+    const std::wstring prefix = folder + L'\\';
+    const FindHandle search(FindFirstFileW((prefix + L'*').c_str(), &found));
     if (!search) {
-        return false;
+        return;
     }
-    const std::size_t before = items.size();
     do {
         const std::wstring_view name = found.cFileName;
         if (name != L"." && name != L"..") {
-            items.push_back({folder + L"\\" + found.cFileName, found.dwFileAttributes});
+            items.push_back({prefix + found.cFileName, found.dwFileAttributes});
         }
     } while (FindNextFileW(search.get(), &found) != FALSE);
-    return items.size() > before;
+}
+
+// The item and everything below it, parents before their content. Links are not entered. A list
+// instead of recursion, because the depth of the tree is not ours to choose.
+std::vector<TreeItem> ListTree(const TreeItem& root) {
+    std::vector<TreeItem> items{root};
+    for (std::size_t at = 0; at < items.size(); ++at) {
+        if (HasAttribute(items[at], FILE_ATTRIBUTE_DIRECTORY) &&
+            !HasAttribute(items[at], FILE_ATTRIBUTE_REPARSE_POINT)) {
+            // A copy: the list grows meanwhile.
+            const std::wstring folder = items[at].path;
+            AppendContent(folder, items);
+        }
+    }
+    return items;
+}
+
+// Deletes from the leaves up and returns the first error.
+DWORD RemoveItems(const std::vector<TreeItem>& items) {
+    for (const TreeItem& item : std::ranges::reverse_view(items)) {
+        if (const DWORD error = RemoveItem(item); error != ERROR_SUCCESS) {
+            return error;
+        }
+    }
+    return ERROR_SUCCESS;
 }
 
 // Slashes, "." and ".." and doubled separators are resolved by Windows only without the prefix;
@@ -96,44 +109,37 @@ bool RemoveTree(const std::wstring& folder) {
     if (attributes == INVALID_FILE_ATTRIBUTES) {
         return true;
     }
-    const std::wstring root = VerbatimPath(folder);
-    if (root.empty()) {
+    const TreeItem root{VerbatimPath(folder), attributes};
+    if (root.path.empty()) {
         return false;
     }
-    // A list instead of recursion: the depth of the folders is not ours to choose. A folder that
-    // is not empty stays on the list below its content and comes up again when that is deleted.
-    std::vector<TreeItem> pending{{root, attributes}};
-    while (!pending.empty()) {
-        const int listings = pending.back().listings++;
-        const TreeItem item = pending.back();
-        const DWORD error = RemoveItem(item);
-        if (error == ERROR_SUCCESS) {
-            pending.pop_back();
-            continue;
-        }
-        const bool mayHaveContent =
-            error == ERROR_DIR_NOT_EMPTY && !IsLink(item) && listings < MaxListings;
-        // Without content it is asked once more: a file that somebody held while it was deleted
-        // goes with its last handle, perhaps only now.
-        if (!mayHaveContent ||
-            (!AppendContent(item.path, pending) && RemoveItem(item) != ERROR_SUCCESS)) {
-            return false;
-        }
+    DWORD error = RemoveItem(root);
+    // More than once: somebody may put a file into a folder that has just been listed, and a
+    // deleted file that is still open elsewhere goes only with its last handle.
+    constexpr int MaxAttempts = 4;
+    for (int attempt = 0; attempt < MaxAttempts && error == ERROR_DIR_NOT_EMPTY; ++attempt) {
+        error = RemoveItems(ListTree(root));
     }
-    return true;
+    return error == ERROR_SUCCESS;
 }
 
 std::wstring VerbatimPath(const std::wstring& path) {
     constexpr std::wstring_view Prefix = L"\\\\?\\";
-    constexpr std::wstring_view ServerPrefix = L"\\\\";
     if (path.starts_with(Prefix)) {
         return path;
     }
     const std::wstring full = FullPath(path);
-    if (full.starts_with(ServerPrefix)) {
-        return L"\\\\?\\UNC\\" + full.substr(ServerPrefix.size());
+    if (full.empty()) {
+        return full;
     }
-    return full.empty() ? full : std::wstring(Prefix) + full;
+    std::wstring verbatim(Prefix);
+    std::wstring_view rest = full;
+    if (rest.starts_with(L"\\\\")) {
+        // Of the two backslashes before a server's name one stays.
+        verbatim.append(L"UNC");
+        rest.remove_prefix(1);
+    }
+    return verbatim.append(rest);
 }
 
 }  // namespace morvane
