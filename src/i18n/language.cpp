@@ -1,5 +1,6 @@
 #include "i18n/language.h"
 
+#include <algorithm>
 #include <array>
 #include <string_view>
 
@@ -7,84 +8,60 @@
 #include "settings/text.h"
 
 namespace morvane {
-
 namespace {
 
-struct LanguageCode {
-    std::wstring_view code;
+struct LanguageNames {
     Language language;
+    WORD primary;  // LANG_...
+    std::wstring_view code;
+    std::wstring_view longCode;
 };
 
-// The bare "zh" is left out deliberately: it does not say which of the two scripts is meant.
-constexpr std::array LanguageCodes = {
-    LanguageCode{L"en", Language::English},
-    LanguageCode{L"en-us", Language::English},
-    LanguageCode{L"ja", Language::Japanese},
-    LanguageCode{L"ja-jp", Language::Japanese},
-    LanguageCode{L"zh-cn", Language::ChineseSimplified},
-    LanguageCode{L"zh-tw", Language::ChineseTraditional},
-    LanguageCode{L"ko", Language::Korean},
-    LanguageCode{L"ko-kr", Language::Korean},
-    LanguageCode{L"es", Language::Spanish},
-    LanguageCode{L"es-es", Language::Spanish},
-    LanguageCode{L"fr", Language::French},
-    LanguageCode{L"fr-fr", Language::French},
-    LanguageCode{L"de", Language::German},
-    LanguageCode{L"de-de", Language::German},
-    LanguageCode{L"pt", Language::PortugueseBrazil},
-    LanguageCode{L"pt-br", Language::PortugueseBrazil},
-    LanguageCode{L"ru", Language::Russian},
-    LanguageCode{L"ru-ru", Language::Russian},
+// English is what every other code and identifier means. Chinese has two forms and no bare "zh",
+// which would not say which of them is meant.
+constexpr std::array Languages = {
+    LanguageNames{Language::Japanese, LANG_JAPANESE, L"ja", L"ja-jp"},
+    LanguageNames{Language::ChineseSimplified, LANG_CHINESE, L"zh-cn", L"zh-cn"},
+    LanguageNames{Language::ChineseTraditional, LANG_CHINESE, L"zh-tw", L"zh-tw"},
+    LanguageNames{Language::Korean, LANG_KOREAN, L"ko", L"ko-kr"},
+    LanguageNames{Language::Spanish, LANG_SPANISH, L"es", L"es-es"},
+    LanguageNames{Language::French, LANG_FRENCH, L"fr", L"fr-fr"},
+    LanguageNames{Language::German, LANG_GERMAN, L"de", L"de-de"},
+    LanguageNames{Language::PortugueseBrazil, LANG_PORTUGUESE, L"pt", L"pt-br"},
+    LanguageNames{Language::Russian, LANG_RUSSIAN, L"ru", L"ru-ru"},
 };
 
 constexpr DWORD CodeBufferLength = 16;  // 15 units and the terminator
 
 Language currentLanguage = Language::English;
 
-Language ChineseForm(WORD sublanguage) {
-    switch (sublanguage) {
-        case SUBLANG_CHINESE_TRADITIONAL:
-        case SUBLANG_CHINESE_HONGKONG:
-        case SUBLANG_CHINESE_MACAU:
-            return Language::ChineseTraditional;
-        default:
-            return Language::ChineseSimplified;
-    }
+bool IsTraditionalChinese(WORD sublanguage) {
+    return sublanguage == SUBLANG_CHINESE_TRADITIONAL || sublanguage == SUBLANG_CHINESE_HONGKONG ||
+           sublanguage == SUBLANG_CHINESE_MACAU;
+}
+
+// English when no language fits.
+template <typename Fits>
+Language FindLanguage(Fits fits) {
+    const auto* const found = std::ranges::find_if(Languages, fits);
+    return found != Languages.end() ? found->language : Language::English;
 }
 
 }  // namespace
 
 Language ParseLanguageCode(const wchar_t* code) {
     const std::wstring_view text = code != nullptr ? code : L"";
-    for (const LanguageCode& known : LanguageCodes) {
-        if (EqualsIgnoreCase(text, known.code)) {
-            return known.language;
-        }
-    }
-    return Language::English;
+    return FindLanguage([&](const LanguageNames& names) {
+        return EqualsIgnoreCase(text, names.code) || EqualsIgnoreCase(text, names.longCode);
+    });
 }
 
 Language LanguageFromIdentifier(std::uint16_t identifier) {
-    switch (PRIMARYLANGID(identifier)) {
-        case LANG_CHINESE:
-            return ChineseForm(SUBLANGID(identifier));
-        case LANG_JAPANESE:
-            return Language::Japanese;
-        case LANG_KOREAN:
-            return Language::Korean;
-        case LANG_SPANISH:
-            return Language::Spanish;
-        case LANG_FRENCH:
-            return Language::French;
-        case LANG_GERMAN:
-            return Language::German;
-        case LANG_PORTUGUESE:
-            return Language::PortugueseBrazil;
-        case LANG_RUSSIAN:
-            return Language::Russian;
-        default:
-            return Language::English;
+    if (PRIMARYLANGID(identifier) == LANG_CHINESE && IsTraditionalChinese(SUBLANGID(identifier))) {
+        return Language::ChineseTraditional;
     }
+    return FindLanguage(
+        [&](const LanguageNames& names) { return names.primary == PRIMARYLANGID(identifier); });
 }
 
 void InitLanguage() {
@@ -94,8 +71,8 @@ void InitLanguage() {
         currentLanguage = LanguageFromIdentifier(GetUserDefaultUILanguage());
         return;
     }
-    // Deliberate: once the variable is set the display language is not asked, so that an unknown
-    // code, or one too long for the buffer (whose content is then undefined), means English.
+    // Once the variable is set the display language does not count: an unknown code means English,
+    // and so does one too long for the buffer, whose content is then undefined.
     currentLanguage =
         length < CodeBufferLength ? ParseLanguageCode(code.data()) : Language::English;
 }

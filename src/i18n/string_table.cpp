@@ -6,8 +6,7 @@ namespace morvane {
 // German, Portuguese (Brazil), Russian.
 // clang-format off
 constexpr const wchar_t* const LocalizedStringTable[StringCount][LanguageCount] = {
-    {
-        // StrAppName
+    {  // StrAppName
         L"Morvane",
         L"Morvane",
         L"Morvane",
@@ -19,8 +18,7 @@ constexpr const wchar_t* const LocalizedStringTable[StringCount][LanguageCount] 
         L"Morvane",
         L"Morvane",
     },
-    {
-        // StrAppDescription
+    {  // StrAppDescription
         L"Keep selected windows always on top",
         L"選んだウィンドウを、ほかより手前に固定",
         L"将指定窗口固定在其他窗口之上",
@@ -32,8 +30,7 @@ constexpr const wchar_t* const LocalizedStringTable[StringCount][LanguageCount] 
         L"Mantém as janelas escolhidas sempre acima das demais",
         L"Выбранные окна остаются поверх остальных",
     },
-    {
-        // StrAlwaysOnTop
+    {  // StrAlwaysOnTop
         L"Always on top",
         L"常に手前に固定",
         L"固定在最前",
@@ -45,8 +42,7 @@ constexpr const wchar_t* const LocalizedStringTable[StringCount][LanguageCount] 
         L"Sempre no topo",
         L"Поверх всех окон",
     },
-    {
-        // StrAddRemove
+    {  // StrAddRemove
         L"Add / Remove",
         L"追加と削除",
         L"添加/移除窗口",
@@ -58,8 +54,7 @@ constexpr const wchar_t* const LocalizedStringTable[StringCount][LanguageCount] 
         L"Adicionar ou remover janelas",
         L"Добавить или убрать окно",
     },
-    {
-        // StrAddRemoveMinSize
+    {  // StrAddRemoveMinSize
         L"Add / Remove (min size)",
         L"追加と削除（下限指定）",
         L"添加/移除（最小尺寸）",
@@ -71,8 +66,7 @@ constexpr const wchar_t* const LocalizedStringTable[StringCount][LanguageCount] 
         L"Adicionar ou remover (tamanho mín.)",
         L"Добавить/убрать (мин. размер)",
     },
-    {
-        // StrOpenSettings
+    {  // StrOpenSettings
         L"Open settings",
         L"設定を開く",
         L"打开配置文件",
@@ -84,8 +78,7 @@ constexpr const wchar_t* const LocalizedStringTable[StringCount][LanguageCount] 
         L"Abrir arquivo de configuração",
         L"Открыть файл настроек",
     },
-    {
-        // StrApplyNow
+    {  // StrApplyNow
         L"Apply now",
         L"今すぐ適用",
         L"重新加载设置",
@@ -97,8 +90,7 @@ constexpr const wchar_t* const LocalizedStringTable[StringCount][LanguageCount] 
         L"Recarregar configurações",
         L"Применить настройки",
     },
-    {
-        // StrExit
+    {  // StrExit
         L"Exit",
         L"終了",
         L"退出",
@@ -110,8 +102,7 @@ constexpr const wchar_t* const LocalizedStringTable[StringCount][LanguageCount] 
         L"Sair",
         L"Выход",
     },
-    {
-        // StrNoWindows
+    {  // StrNoWindows
         L"(No windows)",
         L"（対象ウィンドウなし）",
         L"（没有可登记的窗口）",
@@ -123,8 +114,7 @@ constexpr const wchar_t* const LocalizedStringTable[StringCount][LanguageCount] 
         L"(Nenhuma janela)",
         L"(Нет окон)",
     },
-    {
-        // StrNoActiveWindow
+    {  // StrNoActiveWindow
         L"(No active window)",
         L"（前面のウィンドウなし）",
         L"（当前没有活动窗口）",
@@ -136,8 +126,7 @@ constexpr const wchar_t* const LocalizedStringTable[StringCount][LanguageCount] 
         L"(Nenhuma janela ativa)",
         L"(Нет активного окна)",
     },
-    {
-        // StrActivePrefix
+    {  // StrActivePrefix
         L"Active: ",
         L"前面のウィンドウ: ",
         L"当前窗口: ",
@@ -149,8 +138,7 @@ constexpr const wchar_t* const LocalizedStringTable[StringCount][LanguageCount] 
         L"Janela ativa: ",
         L"Активное окно: ",
     },
-    {
-        // StrSizeUnreadable
+    {  // StrSizeUnreadable
         L"Could not read this window's size.",
         L"このウィンドウのサイズを取得できませんでした。",
         L"无法读取该窗口的大小。",
@@ -162,8 +150,7 @@ constexpr const wchar_t* const LocalizedStringTable[StringCount][LanguageCount] 
         L"Não foi possível ler o tamanho desta janela.",
         L"Не удалось определить размер окна.",
     },
-    {
-        // StrTitleUnreadable
+    {  // StrTitleUnreadable
         L"Could not read this window's title.",
         L"このウィンドウのタイトルを取得できませんでした。",
         L"无法读取该窗口的标题。",
@@ -175,8 +162,7 @@ constexpr const wchar_t* const LocalizedStringTable[StringCount][LanguageCount] 
         L"Não foi possível ler o título desta janela.",
         L"Не удалось прочитать заголовок окна.",
     },
-    {
-        // StrLimitReached
+    {  // StrLimitReached
         L"Can't add more windows (limit reached).",
         L"これ以上ウィンドウを登録できません。",
         L"已达登记上限，无法继续添加。",
@@ -188,8 +174,7 @@ constexpr const wchar_t* const LocalizedStringTable[StringCount][LanguageCount] 
         L"Não é possível adicionar mais janelas (limite atingido).",
         L"Достигнут лимит — больше окон добавить нельзя.",
     },
-    {
-        // StrMinSizeSet
+    {  // StrMinSizeSet
         L"Minimum size set to {0}.",
         L"最小サイズを {0} に設定しました。",
         L"最小尺寸已设为 {0}。",
@@ -201,8 +186,7 @@ constexpr const wchar_t* const LocalizedStringTable[StringCount][LanguageCount] 
         L"Tamanho mínimo definido como {0}.",
         L"Минимальный размер: {0}.",
     },
-    {
-        // StrAbout
+    {  // StrAbout
         L"About",
         L"バージョン情報",
         L"关于本软件",
@@ -214,8 +198,7 @@ constexpr const wchar_t* const LocalizedStringTable[StringCount][LanguageCount] 
         L"Sobre",
         L"О программе",
     },
-    {
-        // StrStartWithWindows
+    {  // StrStartWithWindows
         L"Start with Windows",
         L"Windows 起動時に実行",
         L"登录 Windows 时自动启动",
@@ -227,8 +210,7 @@ constexpr const wchar_t* const LocalizedStringTable[StringCount][LanguageCount] 
         L"Iniciar com o Windows",
         L"Запускать с Windows",
     },
-    {
-        // StrStartupEnabled
+    {  // StrStartupEnabled
         L"Morvane will start when you sign in to Windows.",
         L"ログオン時に Morvane が自動起動するようにしました。",
         L"已设为登录 Windows 时自动启动 Morvane。",
@@ -240,8 +222,7 @@ constexpr const wchar_t* const LocalizedStringTable[StringCount][LanguageCount] 
         L"O Morvane será iniciado ao entrar no Windows.",
         L"Morvane будет запускаться при входе в Windows.",
     },
-    {
-        // StrStartupDisabled
+    {  // StrStartupDisabled
         L"Morvane will no longer start with Windows.",
         L"ログオン時の自動起動を解除しました。",
         L"已取消登录 Windows 时自动启动。",
@@ -253,8 +234,7 @@ constexpr const wchar_t* const LocalizedStringTable[StringCount][LanguageCount] 
         L"O Morvane não iniciará mais com o Windows.",
         L"Автозапуск Morvane с Windows отключён.",
     },
-    {
-        // StrStartupFailed
+    {  // StrStartupFailed
         L"Could not change the Windows startup setting.",
         L"ログオン時の自動起動設定を変更できませんでした。",
         L"无法更改“登录时自动启动”的设置。",
@@ -266,8 +246,7 @@ constexpr const wchar_t* const LocalizedStringTable[StringCount][LanguageCount] 
         L"Não foi possível alterar o início com o Windows.",
         L"Не удалось изменить параметры автозапуска.",
     },
-    {
-        // StrAboutTitle
+    {  // StrAboutTitle
         L"About Morvane",
         L"Morvane について",
         L"关于 Morvane",
@@ -279,8 +258,7 @@ constexpr const wchar_t* const LocalizedStringTable[StringCount][LanguageCount] 
         L"Sobre o Morvane",
         L"О программе Morvane",
     },
-    {
-        // StrAboutVersion
+    {  // StrAboutVersion
         L"Version: {0}",
         L"バージョン: {0}",
         L"版本: {0}",
@@ -292,8 +270,7 @@ constexpr const wchar_t* const LocalizedStringTable[StringCount][LanguageCount] 
         L"Versão: {0}",
         L"Версия: {0}",
     },
-    {
-        // StrClose
+    {  // StrClose
         L"Close",
         L"閉じる",
         L"关闭",
@@ -323,5 +300,4 @@ constexpr bool EveryCellIsFilled() {
 static_assert(EveryCellIsFilled());
 
 }  // namespace
-
 }  // namespace morvane

@@ -9,11 +9,11 @@
 #include "settings/text.h"
 
 namespace morvane {
-
 namespace {
 
-// Which pairs of neighbouring units a folded title has. Different pairs may share a bit, so a bit
-// that is set says nothing; one that is not set says that the pair is nowhere in the title.
+// A one-hash Bloom filter over the bigrams of a folded title. A clear bit proves that a bigram is
+// not in the title; a set one proves nothing. It spares most patterns the search through the title,
+// which is what keeps a pass with 100 patterns as cheap as one with a single pattern.
 constexpr std::size_t PairBits = 2048;
 using PairSketch = std::bitset<PairBits>;
 
@@ -30,8 +30,7 @@ PairSketch SketchPairs(std::wstring_view folded) {
     return pairs;
 }
 
-// False only when the title cannot contain the pattern. Most patterns are refused by their very
-// first pair, without a search through the title.
+// False only when the title cannot contain the pattern; usually its first bigram tells.
 bool MayContain(const PairSketch& pairs, std::wstring_view pattern) {
     wchar_t previous = FoldCase(pattern.front());
     for (const wchar_t unit : pattern.substr(1)) {
@@ -45,11 +44,7 @@ bool MayContain(const PairSketch& pairs, std::wstring_view pattern) {
 }
 
 bool ContainsFolded(std::wstring_view folded, std::wstring_view pattern) {
-    const auto sameFolded = [](wchar_t titleUnit, wchar_t unit) {
-        return titleUnit == FoldCase(unit);
-    };
-    return std::search(folded.begin(), folded.end(), pattern.begin(), pattern.end(), sameFolded) !=
-           folded.end();
+    return !std::ranges::search(folded, pattern, {}, {}, FoldCase).empty();
 }
 
 std::int32_t FindBestInFolded(const PinList& list, std::wstring_view folded) {
@@ -59,7 +54,7 @@ std::int32_t FindBestInFolded(const PinList& list, std::wstring_view folded) {
     std::int32_t index = 0;
     for (const PinEntry& entry : list.entries) {
         const std::size_t length = entry.pattern.size();
-        // The length is asked first: a pattern that could not win need not be searched for.
+        // The length first: a pattern that could not win need not be searched for.
         if (length > bestLength && length <= folded.size() && MayContain(pairs, entry.pattern) &&
             ContainsFolded(folded, entry.pattern)) {
             best = index;
@@ -77,23 +72,17 @@ bool PatternEquals(std::wstring_view pattern, std::wstring_view title) {
 }
 
 bool PatternMatches(std::wstring_view title, std::wstring_view pattern) {
-    if (pattern.empty()) {
-        return true;
-    }
-    const auto sameFolded = [](wchar_t a, wchar_t b) { return FoldCase(a) == FoldCase(b); };
-    return std::search(title.begin(), title.end(), pattern.begin(), pattern.end(), sameFolded) !=
-           title.end();
+    return pattern.empty() || !std::ranges::search(title, pattern, {}, FoldCase, FoldCase).empty();
 }
 
 std::int32_t FindBestEntryIndex(const PinList& list, std::wstring_view title) {
-    // Folded once for all patterns. Titles are read into buffers of this size; only a longer text
-    // takes memory.
+    // Folded once for all patterns. Titles fit this buffer; only a longer text is allocated.
     constexpr std::size_t UsualTitle = 512;
     std::array<wchar_t, UsualTitle> folded{};
     if (title.size() > folded.size()) {
         return FindBestInFolded(list, ToLowerCopy(title));
     }
-    std::transform(title.begin(), title.end(), folded.begin(), FoldCase);
+    std::ranges::transform(title, folded.begin(), FoldCase);
     return FindBestInFolded(list, {folded.data(), title.size()});
 }
 

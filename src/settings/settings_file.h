@@ -14,6 +14,6 @@ namespace morvane {
 
 // Replaces the file's whole content, creating the file when it is missing (its folder must
 // exist). False when it could not be opened or not be written whole.
-[[nodiscard]] bool WriteSettingsFile(const std::wstring& path, const PinList& list);
+bool WriteSettingsFile(const std::wstring& path, const PinList& list);
 
 }  // namespace morvane

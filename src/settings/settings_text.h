@@ -25,7 +25,6 @@ namespace morvane {
 
 // True when text ends in a size: text is then cut down to the pattern, and width and height are
 // set (pixels, 0 to MaxMinSize). Otherwise nothing is changed.
-[[nodiscard]] bool SplitSizeSuffix(std::wstring_view& text, std::int32_t& width,
-                                   std::int32_t& height);
+bool SplitSizeSuffix(std::wstring_view& text, std::int32_t& width, std::int32_t& height);
 
 }  // namespace morvane

@@ -8,12 +8,11 @@
 #include "base/win.h"
 
 namespace morvane {
-
 namespace {
 
 constexpr std::wstring_view Ellipsis = L"...";
 
-// The platform's conversions count in int; a longer input is one that they cannot convert.
+// The platform's conversions take the length as an int.
 bool FitsInt(std::size_t length) {
     return length <= static_cast<std::size_t>(std::numeric_limits<int>::max());
 }
@@ -21,17 +20,8 @@ bool FitsInt(std::size_t length) {
 }  // namespace
 
 std::wstring Utf8ToWide(std::string_view bytes) {
-    if (bytes.empty() || !FitsInt(bytes.size())) {
-        return {};
-    }
-    const int byteCount = static_cast<int>(bytes.size());
-    const int length = MultiByteToWideChar(CP_UTF8, 0, bytes.data(), byteCount, nullptr, 0);
-    if (length <= 0) {
-        return {};
-    }
-    std::wstring text(static_cast<std::size_t>(length), L'\0');
-    MultiByteToWideChar(CP_UTF8, 0, bytes.data(), byteCount, text.data(), length);
-    return text;
+    std::wstring buffer;
+    return std::wstring(Utf8ToWide(bytes, buffer));
 }
 
 std::wstring_view Utf8ToWide(std::string_view bytes, std::wstring& buffer) {
@@ -39,7 +29,8 @@ std::wstring_view Utf8ToWide(std::string_view bytes, std::wstring& buffer) {
     if (bytes.empty() || !FitsInt(bytes.size())) {
         return {};
     }
-    // One unit for each byte is always enough, so the platform need not be asked for the length.
+    // UTF-16 never takes more units than UTF-8 takes bytes, so there is no need to ask for the
+    // length.
     if (buffer.size() < bytes.size()) {
         buffer.resize(std::max(bytes.size(), SmallestBuffer));
     }
@@ -67,7 +58,7 @@ std::string WideToUtf8(std::wstring_view text) {
 bool IsWhiteSpace(wchar_t unit) {
     constexpr wchar_t LastLatin1 = 0xFF;
     if (unit <= LastLatin1) {
-        // Not the platform's table here: it also calls U+0085 and U+00A0 white space.
+        // The platform's table also counts U+0085 and U+00A0.
         return (unit >= L'\t' && unit <= L'\r') || unit == L' ';
     }
     WORD type = 0;
@@ -90,33 +81,31 @@ std::wstring TrimWhitespace(std::wstring_view text) {
 
 std::wstring ToLowerCopy(std::wstring_view text) {
     std::wstring folded(text);
-    std::transform(folded.begin(), folded.end(), folded.begin(), FoldCase);
+    std::ranges::transform(folded, folded.begin(), FoldCase);
     return folded;
 }
 
 bool EqualsIgnoreCase(std::wstring_view a, std::wstring_view b) {
-    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                      [](wchar_t x, wchar_t y) { return FoldCase(x) == FoldCase(y); });
+    return std::ranges::equal(a, b, {}, FoldCase, FoldCase);
 }
 
-std::wstring FormatInteger(std::int32_t value) {
-    // Formatted by the header-only conversion: the string streams and std::to_wstring would
-    // bring the runtime's whole number formatting into a program this small.
+std::string FormatInteger(std::int32_t value) {
+    // Streams and std::to_wstring would link the runtime's whole number formatting.
     std::array<char, std::numeric_limits<std::int32_t>::digits10 + 2> digits{};
     const auto result = std::to_chars(digits.data(), digits.data() + digits.size(), value);
     return {digits.data(), result.ptr};
 }
 
 std::wstring FormatSize(std::int32_t width, std::int32_t height) {
-    return FormatInteger(width) + L" x " + FormatInteger(height);
+    const std::string text = FormatInteger(width).append(" x ").append(FormatInteger(height));
+    return {text.begin(), text.end()};
 }
 
 std::wstring TruncateWithEllipsis(std::wstring_view text, std::size_t maxLength) {
     if (text.size() <= maxLength) {
         return std::wstring(text);
     }
-    // Counted in units, so that the cut may split a surrogate pair: the limit is one of space in
-    // a menu row, where half a pair costs one odd character.
+    // The cut may split a surrogate pair: in a menu row that costs one odd character.
     const std::size_t dots = std::min(maxLength, Ellipsis.size());
     std::wstring cut(text.substr(0, maxLength - dots));
     return cut.append(Ellipsis.substr(0, dots));

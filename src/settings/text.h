@@ -1,8 +1,7 @@
 #pragma once
 
-// The text helpers that the whole program shares: pure functions that take their input by
-// reference and return new text, or a view where they say so. Lengths are UTF-16 code units
-// throughout.
+// Text helpers for the whole program: pure functions that return new text, or a view where they
+// say so. Lengths are in UTF-16 code units.
 
 #include <cstddef>
 #include <cstdint>
@@ -11,13 +10,13 @@
 
 namespace morvane {
 
-// Ill-formed bytes become U+FFFD; what the platform refuses gives the empty string.
+// Ill-formed bytes become U+FFFD. Empty when the platform refuses the text.
 [[nodiscard]] std::wstring Utf8ToWide(std::string_view bytes);
 
-// The same for a caller with many texts: into a buffer that only grows. The view is part of it.
+// The same into a buffer that only grows, for callers with many texts. The view is part of it.
 [[nodiscard]] std::wstring_view Utf8ToWide(std::string_view bytes, std::wstring& buffer);
 
-// Unpaired surrogates are replaced by the platform; what it refuses gives the empty string.
+// The platform replaces unpaired surrogates. Empty when it refuses the text.
 [[nodiscard]] std::string WideToUtf8(std::wstring_view text);
 
 // The one white-space class of the program.
@@ -38,7 +37,7 @@ namespace morvane {
 [[nodiscard]] bool EqualsIgnoreCase(std::wstring_view a, std::wstring_view b);
 
 // The plain decimal form, with "-" before a negative value.
-[[nodiscard]] std::wstring FormatInteger(std::int32_t value);
+[[nodiscard]] std::string FormatInteger(std::int32_t value);
 
 // "1280 x 720".
 [[nodiscard]] std::wstring FormatSize(std::int32_t width, std::int32_t height);

@@ -5,10 +5,10 @@
 #include <string_view>
 #include <vector>
 
+#include "base/process.h"
 #include "base/system_library.h"
 
 namespace morvane {
-
 namespace {
 
 // The functions of the version library that are needed; null where one is missing.
@@ -31,26 +31,15 @@ struct Translation {
     WORD codePage;
 };
 
-// Four digits in lower case, as the names of string tables are written.
-std::wstring FormatHex4(WORD value) {
-    constexpr std::wstring_view Digits = L"0123456789abcdef";
-    std::wstring text;
-    for (int shift = 12; shift >= 0; shift -= 4) {
-        text += Digits[(value >> shift) & 0xF];
-    }
-    return text;
-}
-
 // The program's version resource; empty when it cannot be read.
 std::vector<std::byte> ReadVersionResource(const VersionLibrary& version) {
-    std::array<wchar_t, MAX_PATH> path{};
-    const DWORD length = GetModuleFileNameW(nullptr, path.data(), MAX_PATH);
-    if (length == 0 || length >= MAX_PATH) {
+    const std::wstring path = ProgramPath();
+    if (path.empty()) {
         return {};
     }
     DWORD unused = 0;
-    std::vector<std::byte> resource(version.getSize(path.data(), &unused));
-    if (resource.empty() || version.getInfo(path.data(), 0, static_cast<DWORD>(resource.size()),
+    std::vector<std::byte> resource(version.getSize(path.c_str(), &unused));
+    if (resource.empty() || version.getInfo(path.c_str(), 0, static_cast<DWORD>(resource.size()),
                                             resource.data()) == FALSE) {
         return {};
     }
@@ -68,9 +57,11 @@ std::wstring_view FindProductVersion(const VersionLibrary& version,
         return {};
     }
     const Translation first = *static_cast<const Translation*>(found);
-    const std::wstring name = L"\\StringFileInfo\\" + FormatHex4(first.language) +
-                              FormatHex4(first.codePage) + L"\\ProductVersion";
-    if (version.queryValue(resource.data(), name.c_str(), &found, &size) == FALSE || size == 0) {
+    constexpr std::size_t NameCapacity = 48;
+    std::array<wchar_t, NameCapacity> name{};
+    wsprintfW(name.data(), L"\\StringFileInfo\\%04x%04x\\ProductVersion", first.language,
+              first.codePage);
+    if (version.queryValue(resource.data(), name.data(), &found, &size) == FALSE || size == 0) {
         return {};
     }
     return static_cast<const wchar_t*>(found);

@@ -60,9 +60,14 @@ private:
 
 constexpr DWORD Popup = WS_POPUP | WS_CAPTION;
 
-// A second read finds the end.
-const CallCounts FileCalls = {
-    {"CreateFileW", 1}, {"GetFileSizeEx", 1}, {"ReadFile", 2}, {"CloseHandle", 1}};
+// A file of this size is read in so many parts; one more read finds the end.
+CallCounts FileCalls(std::size_t size) {
+    constexpr std::size_t PartSize = 0x10000;
+    const auto parts = static_cast<int>((size + PartSize - 1) / PartSize);
+    return {{"CreateFileW", 1}, {"ReadFile", parts + 1}, {"CloseHandle", 1}};
+}
+
+constexpr std::size_t SmallFile = 20;
 
 TEST_F(PlatformCallsTest, AWindowIsAskedNoMoreThanItsFirstRefusalTakes) {
     const CallCounts hidden = {{"IsWindowVisible", 1}};
@@ -120,7 +125,7 @@ TEST_F(PlatformCallsTest, AMatchingWindowIsAskedItsTitleAgainAndThenToBeTopmost)
 TEST_F(PlatformCallsTest, APassEnumeratesOnceAndReadsTheFileOnce) {
     ASSERT_TRUE(WriteSettings("editor\n"));
     const CallCounts counts = CountCalls(ApplyAll);
-    for (const auto& [name, count] : FileCalls) {
+    for (const auto& [name, count] : FileCalls(SmallFile)) {
         EXPECT_THAT(counts, testing::Contains(testing::Pair(name, count)));
     }
     EXPECT_THAT(counts, testing::Contains(testing::Pair("EnumWindows", 1)));
@@ -145,20 +150,20 @@ TEST_F(PlatformCallsTest, WithPinningOffAPassLooksAtNoWindow) {
     const HWND window = Window(L"Editor");
     ApplySettings("editor\n");
     ASSERT_EQ(Engine().pinnedWindows, PinnedWindowSet({window}));
-    CallCounts releasing = FileCalls;
+    CallCounts releasing = FileCalls(SmallFile);
     releasing.insert({{"IsWindow", 1}, {"SetWindowPos", 1}});
     ASSERT_TRUE(WriteSettings("@pinning=0\neditor\n"));
     EXPECT_EQ(CountCalls(ApplyAll), releasing);
-    EXPECT_EQ(CountCalls(ApplyAll), FileCalls);
+    EXPECT_EQ(CountCalls(ApplyAll), FileCalls(SmallFile));
 }
 
-TEST_F(PlatformCallsTest, AFileOfAnySizeIsReadByTheSameCalls) {
-    for (const std::size_t size : {12U, 8192U, 1'000'000U}) {
+TEST_F(PlatformCallsTest, AFileIsReadInPartsToItsEnd) {
+    for (const std::size_t size : {12U, 0xFFFFU, 0x10000U, 0x10001U, 1'000'000U}) {
         SCOPED_TRACE(size);
         std::string text = "@pinning=0\n";
         text.resize(size, '#');
         ASSERT_TRUE(WriteSettings(text));
-        EXPECT_EQ(CountCalls(ApplyAll), FileCalls);
+        EXPECT_EQ(CountCalls(ApplyAll), FileCalls(size));
         EXPECT_FALSE(Engine().pinList.pinning);
     }
     ResetProfile();

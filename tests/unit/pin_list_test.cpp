@@ -21,7 +21,7 @@ protected:
 
     static void FillList() {
         for (int number = 1; number <= 100; ++number) {
-            Engine().pinList.entries.push_back({L"entry" + FormatInteger(number), 0, 0});
+            Engine().pinList.entries.push_back({L"entry" + std::to_wstring(number), 0, 0});
         }
     }
 };

@@ -24,7 +24,7 @@ std::string WithComments(std::string_view rest) {
 std::vector<PinEntry> NumberedEntries(int count) {
     std::vector<PinEntry> entries;
     for (int number = 1; number <= count; ++number) {
-        entries.push_back({L"entry" + FormatInteger(number), 0, 0});
+        entries.push_back({L"entry" + std::to_wstring(number), 0, 0});
     }
     return entries;
 }

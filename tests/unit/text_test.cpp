@@ -271,7 +271,7 @@ TEST(FormatSize, WritesPlainDecimals) {
         SCOPED_TRACE(Printed(c.text));
         EXPECT_EQ(FormatSize(c.width, c.height), c.text);
     }
-    EXPECT_EQ(FormatInteger(Lowest), L"-2147483648");
+    EXPECT_EQ(FormatInteger(Lowest), "-2147483648");
 }
 
 TEST(TruncateWithEllipsis, CutsLongTextToTheExactLength) {
