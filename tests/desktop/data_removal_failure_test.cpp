@@ -65,6 +65,29 @@ TEST_F(DataRemovalFailureTest, ReadOnlyFileThatCannotBeChangedStays) {
     EXPECT_FALSE(PathExists(DataFolder()));
 }
 
+decltype(&RemoveDirectoryW) originalRemoveDirectory = nullptr;
+
+// Where there is nothing, as there is at an empty path, a removal has nothing left to do.
+BOOL WINAPI FindNothingAtAnEmptyPath(LPCWSTR path) {
+    if (*path == L'\0') {
+        SetLastError(ERROR_PATH_NOT_FOUND);
+        return FALSE;
+    }
+    return originalRemoveDirectory(path);
+}
+
+TEST_F(DataRemovalFailureTest, FolderWhosePathCannotBeResolvedStays) {
+    ASSERT_TRUE(WriteSettings("alpha\n"));
+    {
+        const ImportPatch<decltype(&RemoveDirectoryW)> folders("RemoveDirectoryW",
+                                                               FindNothingAtAnEmptyPath);
+        originalRemoveDirectory = folders.Original();
+        const auto patch = Refuse<decltype(&GetFullPathNameW), 0U>("GetFullPathNameW");
+        EXPECT_FALSE(RemoveTree(DataFolder()));
+    }
+    EXPECT_EQ(ReadSettings(), "alpha\n");
+}
+
 TEST_F(DataRemovalFailureTest, FolderThatIsGoneCountsAsRemoved) {
     EXPECT_TRUE(RemoveTree(DataFolder()));
 }

@@ -2,6 +2,7 @@
 
 #include "shell/data_removal.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
 #include <set>
 #include <string>
@@ -117,6 +118,38 @@ TEST_F(DataRemovalTest, NamesThatEndInDotsAndBlanksGo) {
     MakeFile(DataFolder() + L"\\file . ");
     ASSERT_TRUE(PathExists(AsItStands(DataFolder() + L"\\folder.\\file.")));
     ExpectRemoval();
+}
+
+TEST_F(DataRemovalTest, FolderGoesInWhateverFormItsPathIsNamed) {
+    const std::wstring roaming = RoamingFolder();
+    const std::wstring folder = roaming + L"\\Morvane";
+    const std::wstring neighbour = roaming + L"\\Morvane2";
+    std::wstring slashes = roaming;
+    std::replace(slashes.begin(), slashes.end(), L'\\', L'/');
+    MakeFolder(neighbour);
+    MakeFile(neighbour + L"\\config.txt");
+    struct Case {
+        const char* name;
+        std::wstring form;
+    };
+    const Case cases[] = {
+        {"slashes", slashes},
+        {"a folder and back", neighbour + L"\\.."},
+        {"a separator at the end", roaming + L"\\"},
+    };
+    for (const Case& item : cases) {
+        SCOPED_TRACE(item.name);
+        ResetProfile();
+        ASSERT_TRUE(WriteSettings("alpha\n"));
+        MakeFolder(folder + L"\\inner.");
+        MakeFile(folder + L"\\inner.\\file");
+        const ShellFolderOverride named(L"AppData", item.form);
+        EXPECT_TRUE(RemoveAllData());
+        EXPECT_FALSE(PathExists(folder));
+        EXPECT_TRUE(PathExists(neighbour + L"\\config.txt"));
+    }
+    DeleteFileW((neighbour + L"\\config.txt").c_str());
+    RemoveDirectoryW(neighbour.c_str());
 }
 
 TEST_F(DataRemovalTest, FileInPlaceOfTheFolderGoes) {

@@ -1,5 +1,7 @@
 // The folder that holds the program's data: missing, elsewhere, a link, removed.
 
+#include <algorithm>
+
 #include "program/notepad.h"
 #include "program/scene.h"
 
@@ -24,6 +26,15 @@ TEST_F(DataFolderTest, RemovalTakesEverythingInTheFolderAndTheShortcut) {
     EXPECT_EQ(RunProgram(L"--remove-data"), 0U);
     EXPECT_FALSE(PathExists(DataFolder()));
     EXPECT_FALSE(PathExists(StartupShortcut()));
+}
+
+TEST_F(DataFolderTest, RemovalTakesTheFolderOfAPathWithSlashes) {
+    ASSERT_TRUE(WriteSettings("Target\n"));
+    std::wstring slashes = RoamingFolder();
+    std::replace(slashes.begin(), slashes.end(), L'\\', L'/');
+    const ShellFolderOverride named(L"AppData", slashes);
+    EXPECT_EQ(RunProgram(L"--remove-data"), 0U);
+    EXPECT_FALSE(PathExists(SettingsPath()));
 }
 
 TEST_F(DataFolderTest, RemovalThatFailsIsReported) {
