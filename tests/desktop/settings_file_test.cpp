@@ -104,33 +104,28 @@ TEST_F(SettingsFileTest, ShorterContentReplacesTheFileWhole) {
     EXPECT_EQ(ReadFileBytes(Path()), WrittenSettings(""));
 }
 
-TEST_F(SettingsFileTest, FilesOfEverySizeAreReadToTheEnd) {
+// As long as wanted, with the entry of "notes" at the very end.
+std::string TextOfSize(std::size_t size) {
     constexpr std::string_view Settings = "\n@pinning=off\nnotes\t0\t600";
-    // Around the sizes at which a reader might stop short, beginning with the smallest.
-    for (const std::size_t size :
-         {Settings.size(), std::size_t{4096}, std::size_t{8191}, std::size_t{8192},
-          std::size_t{8193}, std::size_t{16384}, std::size_t{16385}, std::size_t{65536},
-          std::size_t{3'000'000}}) {
-        std::string bytes(size - Settings.size(), '#');
-        bytes += Settings;
-        ASSERT_TRUE(WriteFileBytes(Path(), bytes));
+    return std::string(size - Settings.size(), '#').append(Settings);
+}
+
+TEST_F(SettingsFileTest, FilesOfEverySizeAreReadToTheEnd) {
+    for (const std::size_t size : {30U, 10'000U, 3'000'000U}) {
         SCOPED_TRACE(size);
+        ASSERT_TRUE(WriteFileBytes(Path(), TextOfSize(size)));
         ExpectRead(Path(), L"notes");
     }
     ASSERT_TRUE(WriteFileBytes(Path(), ""));
     ExpectDefault(ReadSettingsFile(Path()));
 }
 
-BOOL WINAPI TellNoSize(HANDLE /*file*/, LARGE_INTEGER* size) {
-    size->QuadPart = 0;
-    return TRUE;
-}
-
-TEST_F(SettingsFileTest, AFileThatGrowsWhileItIsReadIsReadToTheEnd) {
-    const ImportPatch<BOOL(WINAPI*)(HANDLE, LARGE_INTEGER*)> patch("GetFileSizeEx", TellNoSize);
-    for (const std::size_t size : {10'000U, 16'384U, 16'385U, 100'000U}) {
+TEST_F(SettingsFileTest, FileOfUnknownSizeIsReadToTheEnd) {
+    const auto patch = Refuse<decltype(&GetFileSizeEx), FALSE>("GetFileSizeEx");
+    // Around the room that there is for one read then.
+    for (const std::size_t size : {4095U, 4096U, 4097U, 8192U, 20'000U}) {
         SCOPED_TRACE(size);
-        ASSERT_TRUE(WriteFileBytes(Path(), std::string(size, '#') + "\n@pinning=0\nnotes 0 600"));
+        ASSERT_TRUE(WriteFileBytes(Path(), TextOfSize(size)));
         ExpectRead(Path(), L"notes");
     }
 }
@@ -198,13 +193,66 @@ TEST_F(SettingsFileTest, FileKeepsWhatItHoldsUntilTheNewTextIsReady) {
 }
 
 decltype(&ReadFile) originalReadFile = nullptr;
+int reads = 0;
+std::vector<std::string> toBeAppended;
+
+BOOL WINAPI ReadFewBytes(HANDLE file, LPVOID bytes, DWORD size, LPDWORD read,
+                         LPOVERLAPPED overlapped) {
+    constexpr DWORD Few = 23;
+    return originalReadFile(file, bytes, std::min(size, Few), read, overlapped);
+}
 
 // Delivers a few bytes, and then no more.
 BOOL WINAPI ReadHalf(HANDLE file, LPVOID bytes, DWORD size, LPDWORD read, LPOVERLAPPED overlapped) {
-    constexpr DWORD Part = 23;
-    originalReadFile(file, bytes, std::min(size, Part), read, overlapped);
+    ReadFewBytes(file, bytes, size, read, overlapped);
     SetLastError(ERROR_CRC);
     return FALSE;
+}
+
+// The end comes with the second read, and more behind it. Not for ever, whoever goes on.
+BOOL WINAPI ReadBeyondTheEnd(HANDLE file, LPVOID bytes, DWORD size, LPDWORD read,
+                             LPOVERLAPPED overlapped) {
+    ++reads;
+    if (reads == 2) {
+        *read = 0;
+        return TRUE;
+    }
+    return reads < 4 ? ReadFewBytes(file, bytes, size, read, overlapped) : FALSE;
+}
+
+// Another program appends to the file between two reads.
+BOOL WINAPI ReadWhileItGrows(HANDLE file, LPVOID bytes, DWORD size, LPDWORD read,
+                             LPOVERLAPPED overlapped) {
+    const BOOL result = originalReadFile(file, bytes, size, read, overlapped);
+    if (!toBeAppended.empty()) {
+        const std::string text = toBeAppended.front();
+        toBeAppended.erase(toBeAppended.begin());
+        const FileHandle writer(CreateFileW(SettingsPath().c_str(), FILE_APPEND_DATA, ShareAll,
+                                            nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL,
+                                            nullptr));
+        DWORD written = 0;
+        EXPECT_NE(WriteFile(writer.get(), text.data(), static_cast<DWORD>(text.size()), &written,
+                            nullptr),
+                  FALSE);
+    }
+    return result;
+}
+
+TEST_F(SettingsFileTest, ReadOfFewBytesIsNotTheEnd) {
+    ASSERT_TRUE(WriteFileBytes(Path(), TextOfSize(10'000)));
+    const ImportPatch<decltype(&ReadFile)> disk("ReadFile", ReadFewBytes);
+    originalReadFile = disk.Original();
+    ExpectRead(Path(), L"notes");
+}
+
+TEST_F(SettingsFileTest, FileThatGrowsWhileItIsReadIsReadToTheEnd) {
+    ASSERT_TRUE(WriteFileBytes(Path(), "#\n"));
+    // The first more than there is room for beside what the file held.
+    toBeAppended = {std::string(5000, '#') + "\n", "@pinning=0\n", "notes\t0\t600\n"};
+    const ImportPatch<decltype(&ReadFile)> disk("ReadFile", ReadWhileItGrows);
+    originalReadFile = disk.Original();
+    ExpectRead(Path(), L"notes");
+    EXPECT_TRUE(toBeAppended.empty());
 }
 
 TEST_F(SettingsFileTest, FileThatCannotBeReadToTheEndCountsAsFarAsItWasRead) {
@@ -214,10 +262,11 @@ TEST_F(SettingsFileTest, FileThatCannotBeReadToTheEndCountsAsFarAsItWasRead) {
     ExpectRead(Path(), L"notes");
 }
 
-TEST_F(SettingsFileTest, FileOfUnknownSizeIsReadToTheEnd) {
-    const std::string text = "#" + std::string(20'000, 'x') + "\n@pinning=0\nnotes\t0\t600\n";
-    ASSERT_TRUE(WriteFileBytes(Path(), text));
-    const auto patch = Refuse<decltype(&GetFileSizeEx), FALSE>("GetFileSizeEx");
+TEST_F(SettingsFileTest, ReadWithoutAByteIsTheEnd) {
+    ASSERT_TRUE(WriteFileBytes(Path(), "@pinning=0\nnotes\t0\t600\nmore\n"));
+    reads = 0;
+    const ImportPatch<decltype(&ReadFile)> disk("ReadFile", ReadBeyondTheEnd);
+    originalReadFile = disk.Original();
     ExpectRead(Path(), L"notes");
 }
 
