@@ -19,6 +19,8 @@
 //   WriteFile=20        the disk takes 20 more bytes
 //   GetSystemDirectoryW=16  writes 16 characters beyond the caller's buffer
 //   LoadLibraryExW=1    looks for libraries beside the program first
+//   ShellExecuteW=1     makes the library throw: at a text that is not there (1), at a place behind
+//                       the end of one (2), at one longer than any can be (3)
 //
 // MORVANE_FAULT_REPORT is a file that gets a line per call of the named functions: the name, and
 // "failed" or "passed". A plan that cannot be carried out ends the process with PlanFailed.

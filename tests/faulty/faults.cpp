@@ -1,6 +1,7 @@
 // The functions that can be made to fail, each as Windows documents its failure.
 
 #include <cstddef>
+#include <string>
 
 #include "base/win_shell.h"
 #include "faulty/plan.h"
@@ -106,6 +107,35 @@ struct LibraryLoading {
     }
 };
 
+// Fails; or, with an amount, makes the runtime's library throw, by the very functions that a broken
+// precondition in the program would call.
+struct EditorStart {
+    static inline Fault fault{.name = "ShellExecuteW", .replacement = nullptr};
+
+    static HINSTANCE WINAPI Call(HWND owner, LPCWSTR operation, LPCWSTR file, LPCWSTR parameters,
+                                 LPCWSTR folder, INT show) {
+        if (!MustFail(fault)) {
+            return reinterpret_cast<decltype(&ShellExecuteW)>(fault.original)(
+                owner, operation, file, parameters, folder, show);
+        }
+        std::wstring text(file);
+        if (fault.amount == 1) {
+            text.append(std::wstring(folder));
+        } else if (fault.amount == 2) {
+            text.erase(std::wstring::npos);
+        } else if (fault.amount == 3) {
+            text.reserve(std::wstring::npos);
+        }
+        SetLastError(ERROR_FILE_NOT_FOUND);
+        return reinterpret_cast<HINSTANCE>(static_cast<INT_PTR>(SE_ERR_FNF));
+    }
+
+    static Fault* Entry() {
+        fault.replacement = reinterpret_cast<void*>(&Call);
+        return &fault;
+    }
+};
+
 using AllocateFunction = void*(WINAPI*)(std::size_t);  // malloc, without its attributes
 
 constexpr INT_PTR NoHandle = -1;  // INVALID_HANDLE_VALUE as a number
@@ -116,6 +146,7 @@ Fault* const AllFaults[] = {
     WriteProtection::Entry(),
     SystemDirectory::Entry(),
     LibraryLoading::Entry(),
+    EditorStart::Entry(),
     // kernel32
     Failing<"CloseHandle", decltype(&CloseHandle), FALSE, ERROR_INVALID_HANDLE>::Entry(),
     Failing<"CreateDirectoryW", decltype(&CreateDirectoryW), FALSE, ERROR_ACCESS_DENIED>::Entry(),
@@ -149,7 +180,6 @@ Fault* const AllFaults[] = {
     Failing<"SHGetFolderPathW", decltype(&SHGetFolderPathW), E_FAIL, ERROR_SUCCESS>::Entry(),
     Failing<"SHGetKnownFolderPath", decltype(&SHGetKnownFolderPath), E_FAIL,
             ERROR_SUCCESS>::Entry(),
-    Failing<"ShellExecuteW", decltype(&ShellExecuteW), SE_ERR_FNF, ERROR_FILE_NOT_FOUND>::Entry(),
     Failing<"Shell_NotifyIconW", decltype(&Shell_NotifyIconW), FALSE, ERROR_TIMEOUT>::Entry(),
     // ole32
     Failing<"CoCreateInstance", decltype(&CoCreateInstance), REGDB_E_CLASSNOTREG,

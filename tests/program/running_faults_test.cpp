@@ -229,6 +229,26 @@ TEST_F(RunningFaultsTest, WithoutMemoryTheProgramEndsAtOnce) {
     EXPECT_FALSE(IsTopmost(target));
 }
 
+// Nobody catches what the runtime's library throws.
+TEST_F(RunningFaultsTest, WhateverTheLibraryThrowsEndsTheProgramAtOnce) {
+    // In the taskbar's place: there an icon that nobody removes would stay for the tests to come.
+    const TrayRecorder recorder;
+    struct Case {
+        const char* plan;
+        DWORD exitCode;
+    };
+    constexpr Case Cases[] = {
+        {"ShellExecuteW=1", STATUS_FATAL_APP_EXIT},
+        {"ShellExecuteW=2", STATUS_FATAL_APP_EXIT},
+        {"ShellExecuteW=3", STATUS_NO_MEMORY},
+    };
+    for (const Case& item : Cases) {
+        const Program program = StartedFaultyProgram(item.plan);
+        ASSERT_TRUE(program.PostCommand(OpenSettingsCommand));
+        EXPECT_EQ(program.WaitForExit(), item.exitCode) << item.plan;
+    }
+}
+
 TEST_F(RunningFaultsTest, RefusedShortcutIsAWarning) {
     const TrayRecorder recorder;
     const Program program = StartedFaultyProgram("CoCreateInstance");
