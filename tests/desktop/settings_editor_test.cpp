@@ -3,6 +3,7 @@
 #include "shell/settings_editor.h"
 
 #include <algorithm>
+#include <array>
 #include <gtest/gtest.h>
 #include <string>
 #include <vector>
@@ -11,6 +12,7 @@
 #include "base/win_shell.h"
 #include "desktop/engine_test.h"
 #include "pin/engine.h"
+#include "support/import_patch.h"
 #include "support/test_environment.h"
 #include "support/test_files.h"
 #include "support/wait.h"
@@ -118,6 +120,39 @@ TEST_F(SettingsEditorTest, DeletedFileIsWrittenAnewBeforeNotepadOpensIt) {
     EXPECT_EQ(ReadSettings(), WrittenSettings("alpha\n"));
     EXPECT_NE(EditorShowing(WrittenSettings("alpha\n")), nullptr);
     EXPECT_EQ(Engine().pinList.entries.size(), 1U);
+}
+
+struct EditorStart {
+    HWND owner;
+    std::wstring verb;
+    std::wstring file;
+    std::wstring parameters;
+    LPCWSTR folder;
+    int show;
+};
+
+std::vector<EditorStart> editorStarts;
+
+HINSTANCE WINAPI RecordStart(HWND owner, LPCWSTR verb, LPCWSTR file, LPCWSTR parameters,
+                             LPCWSTR folder, INT show) {
+    editorStarts.push_back({owner, verb == nullptr ? L"" : verb, file, parameters, folder, show});
+    return nullptr;
+}
+
+TEST_F(SettingsEditorTest, EditorIsStartedShownWithoutOwnerAndFolder) {
+    const ImportPatch<decltype(&ShellExecuteW)> patch("ShellExecuteW", RecordStart);
+    editorStarts.clear();
+    OpenInEditor(L"C:\\a b.txt");
+    ASSERT_EQ(editorStarts.size(), 1U);
+    const EditorStart& start = editorStarts[0];
+    EXPECT_EQ(start.owner, nullptr);
+    EXPECT_EQ(start.verb, L"open");
+    std::array<wchar_t, MAX_PATH> system{};
+    GetSystemDirectoryW(system.data(), MAX_PATH);
+    EXPECT_EQ(start.file, std::wstring(system.data()) + L"\\notepad.exe");
+    EXPECT_EQ(start.parameters, L"\"C:\\a b.txt\"");
+    EXPECT_EQ(start.folder, nullptr);
+    EXPECT_EQ(start.show, SW_SHOW);
 }
 
 TEST_F(SettingsEditorTest, BlanksInThePathSurvive) {
