@@ -168,6 +168,114 @@ TEST(TrayIconTest, TextsFillTheirFieldsToTheEnd) {
     EXPECT_EQ(copies, std::vector<Copy>({{L"Title", 64}, {L"Text", 256}}));
 }
 
+using IconRequest = std::pair<HINSTANCE, ULONG_PTR>;
+
+// In place of the shell and of the loading of icons: what they answer, and what they are asked.
+struct TrayScene {
+    bool hasOwnIcon = true;
+    int refusals = 0;
+    std::vector<std::pair<DWORD, NOTIFYICONDATAW>> calls;
+    std::vector<IconRequest> icons;
+};
+
+TrayScene scene;
+
+const auto OwnIcon = reinterpret_cast<HICON>(INT_PTR{0x51});
+const auto SystemIcon = reinterpret_cast<HICON>(INT_PTR{0x52});
+
+BOOL WINAPI RecordTrayCall(DWORD message, PNOTIFYICONDATAW data) {
+    scene.calls.emplace_back(message, *data);
+    return --scene.refusals < 0 ? TRUE : FALSE;
+}
+
+HICON WINAPI GiveIcon(HINSTANCE instance, LPCWSTR name) {
+    scene.icons.emplace_back(instance, reinterpret_cast<ULONG_PTR>(name));
+    if (instance == nullptr) {
+        return SystemIcon;
+    }
+    return scene.hasOwnIcon ? OwnIcon : nullptr;
+}
+
+class TrayRecordTest : public testing::Test {
+protected:
+    void SetUp() override { scene = TrayScene{}; }
+
+private:
+    ImportPatch<decltype(&Shell_NotifyIconW)> calls_{"Shell_NotifyIconW", RecordTrayCall};
+    ImportPatch<decltype(&LoadIconW)> icons_{"LoadIconW", GiveIcon};
+};
+
+TEST_F(TrayRecordTest, BalloonsLeaveTheRecordOfTheIconAsItWas) {
+    const IconOwner owner;
+    owner.Add();
+    ShowBalloon(L"First title", L"First text", BalloonKind::BalloonWarning);
+    ShowBalloon(L"Title", L"Text", BalloonKind::BalloonInfo);
+    RemoveTrayIcon();
+    struct Case {
+        DWORD message;
+        UINT flags;
+        const wchar_t* infoTitle;
+        const wchar_t* info;
+        DWORD infoFlags;
+    };
+    const std::vector<Case> cases = {
+        {NIM_ADD, 7, L"", L"", 0},
+        {NIM_MODIFY, 16, L"First title", L"First text", 2},
+        {NIM_MODIFY, 16, L"Title", L"Text", 1},
+        {NIM_DELETE, 7, L"", L"", 0},
+    };
+    ASSERT_EQ(scene.calls.size(), cases.size());
+    for (std::size_t i = 0; i < cases.size(); ++i) {
+        SCOPED_TRACE(i);
+        const auto& [message, record] = scene.calls[i];
+        EXPECT_EQ(message, cases[i].message);
+        EXPECT_EQ(record.uFlags, cases[i].flags);
+        EXPECT_STREQ(record.szInfoTitle, cases[i].infoTitle);
+        EXPECT_STREQ(record.szInfo, cases[i].info);
+        EXPECT_EQ(record.dwInfoFlags, cases[i].infoFlags);
+        EXPECT_EQ(record.cbSize, sizeof(NOTIFYICONDATAW));
+        EXPECT_EQ(record.hWnd, owner.Window());
+        EXPECT_EQ(record.uID, 1U);
+        EXPECT_EQ(record.uCallbackMessage, 0x8001U);
+        EXPECT_EQ(record.hIcon, OwnIcon);
+        EXPECT_STREQ(record.szTip, L"Morvane");
+        EXPECT_EQ(record.dwState, 0U);
+        EXPECT_EQ(record.dwStateMask, 0U);
+        EXPECT_EQ(record.uTimeout, 0U);
+        EXPECT_EQ(record.guidItem, GUID{});
+        EXPECT_EQ(record.hBalloonIcon, nullptr);
+    }
+}
+
+TEST_F(TrayRecordTest, IconIsTheProgramsOwnOrElseTheSystems) {
+    struct Case {
+        const char* name;
+        bool hasOwnIcon;
+        int refusals;
+        std::vector<IconRequest> asked;
+        std::vector<HICON> shown;
+    };
+    const IconRequest own = {GetModuleHandleW(nullptr), 101};
+    const IconRequest system = {nullptr, reinterpret_cast<ULONG_PTR>(IDI_APPLICATION)};
+    const std::vector<Case> cases = {
+        {"own", true, 0, {own}, {OwnIcon}},
+        {"no own", false, 0, {own, system}, {SystemIcon}},
+        {"own refused", true, 1, {own, system}, {OwnIcon, SystemIcon}},
+    };
+    for (const Case& item : cases) {
+        scene = {item.hasOwnIcon, item.refusals, {}, {}};
+        const IconOwner owner;
+        owner.Add();
+        std::vector<HICON> shown;
+        shown.reserve(scene.calls.size());
+        for (const auto& [message, record] : scene.calls) {
+            shown.push_back(record.hIcon);
+        }
+        EXPECT_EQ(shown, item.shown) << item.name;
+        EXPECT_EQ(scene.icons, item.asked) << item.name;
+    }
+}
+
 TEST(TrayIconTest, RefusedBalloonIsNotRepeatedAndLeavesNoTrace) {
     TrayRecorder recorder;
     const IconOwner owner;
