@@ -2,12 +2,14 @@
 
 #include <gtest/gtest.h>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "base/gui_owners.h"
 #include "desktop/about_fixture.h"
 #include "desktop/interface_texts.h"
 #include "pin/enforcement.h"
+#include "support/import_patch.h"
 #include "support/test_environment.h"
 #include "support/wait.h"
 #include "support/window_state.h"
@@ -85,6 +87,27 @@ TEST_F(AboutTest, ControlsAreAStaticTextAndADefaultButton) {
             EXPECT_STREQ(data.lfFaceName, L"Segoe UI");
             EXPECT_EQ(data.lfHeight, -MulDiv(9, dpi, 72));
         }
+    });
+}
+
+std::vector<std::pair<HWND, LPARAM>> fontRequests;
+decltype(&SendMessageW) originalSend = nullptr;
+
+LRESULT WINAPI RecordFontRequest(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+    if (message == WM_SETFONT) {
+        fontRequests.emplace_back(window, lParam);
+    }
+    return originalSend(window, message, wParam, lParam);
+}
+
+TEST_F(AboutTest, ControlsAreToldToRedrawInTheirFont) {
+    const ImportPatch<decltype(&SendMessageW)> patch("SendMessageW", RecordFontRequest);
+    originalSend = patch.Original();
+    fontRequests.clear();
+    OpenAndLook([](HWND dialog) {
+        const std::vector<std::pair<HWND, LPARAM>> expected = {{BodyOf(dialog), TRUE},
+                                                               {ButtonOf(dialog), TRUE}};
+        EXPECT_EQ(fontRequests, expected);
     });
 }
 
@@ -218,6 +241,19 @@ TEST_F(AboutTest, ClassThatCouldNotBeRegisteredIsRegisteredAtTheNextOpening) {
     EXPECT_TRUE(ResultOfFirstOpening().triedToCreate) << "by the class that took the name";
     EXPECT_FALSE(ResultOfFirstOpening().sawOwnerDisabled);
     OpenAndLook([](HWND dialog) { EXPECT_NE(BodyOf(dialog), nullptr); });
+}
+
+TEST_F(AboutTest, KeysOfOtherWindowsBecomeCharactersBeforeTheyAreDispatched) {
+    bool isWaiting = false;
+    Control().On(WM_KEYDOWN, [this, &isWaiting] {
+        MSG message{};
+        isWaiting = PeekMessageW(&message, Control().Get(), WM_CHAR, WM_CHAR, PM_NOREMOVE) != FALSE;
+    });
+    Control().Forget();
+    Open({AboutHasFocus,
+          [this] { return PostMessageW(Control().Get(), WM_KEYDOWN, 'A', 0) != FALSE; },
+          [this] { return Control().Count(WM_CHAR) == 1; }});
+    EXPECT_TRUE(isWaiting);
 }
 
 TEST_F(AboutTest, QuitMessageEndsTheDialogAndIsNotPostedAgain) {

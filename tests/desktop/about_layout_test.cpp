@@ -4,10 +4,12 @@
 #include <functional>
 #include <gtest/gtest.h>
 #include <string>
+#include <vector>
 
 #include "base/gui_owners.h"
 #include "desktop/about_fixture.h"
 #include "desktop/interface_texts.h"
+#include "support/import_patch.h"
 #include "support/screen.h"
 #include "support/wait.h"
 #include "support/window_owner.h"
@@ -196,6 +198,29 @@ TEST_F(AboutLayoutTest, WindowIsMovedToTheCornerWithoutAnythingElse) {
         EXPECT_EQ(GetActiveWindow(), active);
     }
     PositionNearTray(nullptr, 16);
+}
+
+std::vector<PositionRequest> positionRequests;
+decltype(&SetWindowPos) originalSetWindowPos = nullptr;
+
+BOOL WINAPI RecordPosition(HWND window, HWND insertAfter, int x, int y, int width, int height,
+                           UINT flags) {
+    positionRequests.push_back(
+        {.insertAfter = insertAfter, .x = x, .y = y, .cx = width, .cy = height, .flags = flags});
+    return originalSetWindowPos(window, insertAfter, x, y, width, height, flags);
+}
+
+TEST_F(AboutLayoutTest, DialogIsSizedThenMovedAndActivatedByNeither) {
+    const ImportPatch<decltype(&SetWindowPos)> patch("SetWindowPos", RecordPosition);
+    originalSetWindowPos = patch.Original();
+    positionRequests.clear();
+    OpenAndLook([](HWND dialog) {
+        const RECT frame = WindowRect(dialog);
+        const std::vector<PositionRequest> expected = {
+            {.cx = 420, .cy = frame.bottom - frame.top, .flags = 0x16},
+            {.x = frame.left, .y = frame.top, .flags = 0x15}};
+        EXPECT_EQ(Described(positionRequests), Described(expected));
+    });
 }
 
 TEST_F(AboutLayoutTest, ColoursAreThoseOfTheTheme) {
