@@ -1,5 +1,7 @@
 #pragma once
 
+#include <optional>
+
 #include "base/win.h"
 
 namespace morvane::test {
@@ -15,15 +17,22 @@ public:
     AppThemeSetting& operator=(AppThemeSetting&&) = delete;
     ~AppThemeSetting() { Remove(); }
 
-    static void Set(DWORD light) { Write(REG_DWORD, &light, sizeof(light)); }
+    // Without a value: as if the user had never chosen.
+    static void Set(std::optional<DWORD> light) {
+        if (light) {
+            Write(REG_DWORD, &*light, sizeof(*light));
+        } else {
+            Remove();
+        }
+    }
 
     static void Write(DWORD type, const void* data, DWORD size) {
         RegSetKeyValueW(HKEY_CURRENT_USER, Key, Value, type, data, size);
     }
 
+private:
     static void Remove() { RegDeleteKeyValueW(HKEY_CURRENT_USER, Key, Value); }
 
-private:
     static constexpr const wchar_t* Key =
         L"Software\\Microsoft\\Windows\\CurrentVersion\\Themes\\Personalize";
     static constexpr const wchar_t* Value = L"AppsUseLightTheme";

@@ -76,21 +76,17 @@ TEST_F(ThemeTest, SettingOfAnotherTypeCountsAsLight) {
 TEST_F(ThemeTest, ColoursAreThoseOfTheTheme) {
     struct Case {
         const char* name;
-        bool isSet;
-        DWORD value;
+        std::optional<DWORD> value;
         COLORREF background;
         COLORREF text;
     };
     const Case cases[] = {
-        {"absent", false, 0, GetSysColor(COLOR_BTNFACE), GetSysColor(COLOR_WINDOWTEXT)},
-        {"light", true, 1, GetSysColor(COLOR_BTNFACE), GetSysColor(COLOR_WINDOWTEXT)},
-        {"dark", true, 0, DarkBackground, DarkText},
+        {"absent", std::nullopt, GetSysColor(COLOR_BTNFACE), GetSysColor(COLOR_WINDOWTEXT)},
+        {"light", 1, GetSysColor(COLOR_BTNFACE), GetSysColor(COLOR_WINDOWTEXT)},
+        {"dark", 0, DarkBackground, DarkText},
     };
     for (const Case& item : cases) {
-        AppThemeSetting::Remove();
-        if (item.isSet) {
-            AppThemeSetting::Set(item.value);
-        }
+        AppThemeSetting::Set(item.value);
         DialogTheme theme;
         theme.textColour = RGB(1, 2, 3);
         ApplyTheme(Dialog(), theme);

@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "desktop/about_fixture.h"
@@ -112,25 +113,45 @@ TEST_F(AboutFaultsTest, WithoutTheFunctionsOfTheLibrariesTheDialogIsPlain) {
     }
 }
 
-HWND darkened = nullptr;
+// Never chosen, light, dark.
+constexpr std::optional<DWORD> ThemeSettings[] = {std::nullopt, 1, 0};
+
+// A window and what is set for it, in words.
+using ThemeRequest = std::pair<HWND, std::wstring>;
+std::vector<ThemeRequest> themeRequests;
 
 bool WINAPI AllowDarkMode(HWND window, bool allow) {
-    darkened = allow ? window : nullptr;
+    themeRequests.emplace_back(window, allow ? L"dark" : L"not dark");
     return true;
 }
 
-FARPROC WINAPI FindDarkMode(HMODULE /*library*/, LPCSTR name) {
-    return std::string_view(name) == "AllowDarkModeForWindow"
-               ? std::bit_cast<FARPROC>(&AllowDarkMode)
-               : nullptr;
+HRESULT WINAPI RecordThemeName(HWND window, LPCWSTR name, LPCWSTR list) {
+    themeRequests.emplace_back(window, std::wstring(name) + (list == nullptr ? L"" : L" listed"));
+    return S_OK;
 }
 
-TEST_F(AboutFaultsTest, DarkModeIsAllowedByNameInTheDarkThemeOnly) {
-    const ImportPatch<decltype(&GetProcAddress)> patch("GetProcAddress", FindDarkMode);
-    for (const DWORD light : {0U, 1U}) {
+FARPROC WINAPI FindThemeFunction(HMODULE /*library*/, LPCSTR name) {
+    if (std::string_view(name) == "AllowDarkModeForWindow") {
+        return std::bit_cast<FARPROC>(&AllowDarkMode);
+    }
+    return std::string_view(name) == "SetWindowTheme" ? std::bit_cast<FARPROC>(&RecordThemeName)
+                                                      : nullptr;
+}
+
+TEST_F(AboutFaultsTest, EveryThemeGetsTheExplorerLookAndOnlyTheDarkOneDarkMode) {
+    const ImportPatch<decltype(&GetProcAddress)> patch("GetProcAddress", FindThemeFunction);
+    for (const std::optional<DWORD> light : ThemeSettings) {
         AppThemeSetting::Set(light);
-        darkened = nullptr;
-        OpenAndLook([light](HWND dialog) { EXPECT_EQ(darkened, light == 0 ? dialog : nullptr); });
+        themeRequests.clear();
+        OpenAndLook([light](HWND dialog) {
+            std::vector<ThemeRequest> expected = {{dialog, L"Explorer"},
+                                                  {BodyOf(dialog), L"Explorer"},
+                                                  {ButtonOf(dialog), L"Explorer"}};
+            if (light == DWORD{0}) {
+                expected.insert(expected.begin(), {dialog, L"dark"});
+            }
+            EXPECT_EQ(themeRequests, expected) << testing::PrintToString(light);
+        });
     }
 }
 
@@ -157,15 +178,15 @@ FARPROC WINAPI FindAttributeSetter(HMODULE /*library*/, LPCSTR name) {
 
 TEST_F(AboutFaultsTest, TitleBarIsToldOfTheThemeOncePerOpening) {
     const ImportPatch<decltype(&GetProcAddress)> patch("GetProcAddress", FindAttributeSetter);
-    for (const DWORD light : {0U, 1U, 0U}) {
-        SCOPED_TRACE(light);
+    for (const std::optional<DWORD> light : ThemeSettings) {
+        SCOPED_TRACE(testing::PrintToString(light));
         AppThemeSetting::Set(light);
         attributeRequests.clear();
         OpenAndLook([light](HWND dialog) {
             ASSERT_EQ(attributeRequests.size(), 1U);
             EXPECT_EQ(attributeRequests[0].window, dialog);
             EXPECT_EQ(attributeRequests[0].attribute, 20U);
-            EXPECT_EQ(attributeRequests[0].value, light == 0 ? TRUE : FALSE);
+            EXPECT_EQ(attributeRequests[0].value, light == DWORD{0} ? TRUE : FALSE);
             EXPECT_EQ(attributeRequests[0].size, 4U);
         });
         EXPECT_EQ(attributeRequests.size(), 1U);
