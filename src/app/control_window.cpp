@@ -42,7 +42,7 @@ LRESULT OnCreate(HWND window) {
 
 LRESULT OnDestroy(HWND window) {
     KillTimer(window, PassTimer);
-    // Reserved: nothing starts it yet, and stopping it is harmless.
+    // Reserved: nothing starts it, and stopping it is harmless.
     KillTimer(window, SpareTimer);
     ReleaseAll();
     RemoveTrayIcon();

@@ -2,7 +2,7 @@
 
 namespace morvane {
 
-// What the process returns. Out of memory it ends with STATUS_NO_MEMORY instead.
+// What the process returns, unless runtime/ ends it.
 enum ExitCode : int {
     ExitSuccess = 0,  // also: another instance runs, or the mutex could not be created
     ExitComFailed = 1,

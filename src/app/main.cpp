@@ -28,7 +28,7 @@ ExitCode RunSwitch(Switch given) {
     return done ? ExitSuccess : ExitSwitchFailed;
 }
 
-// Ends with WM_QUIT, whose parameter is not the exit code, or with an error.
+// The parameter of WM_QUIT is not the exit code. An error ends the loop too.
 void RunMessageLoop(HWND controlWindow) {
     MSG message{};
     // A nested modal loop may have swallowed WM_QUIT: stop when the window is gone.
@@ -49,15 +49,15 @@ ExitCode RunInstance() {
     if (created) {
         RunMessageLoop(process.controlWindow);
     }
-    // Usually nothing is left to release. But a message sent by another program can destroy the
-    // window while a pass waits for a hung one; the rest of that pass then pins again.
+    // Usually nothing is left to release. But the loop may have ended with an error, or another
+    // program destroyed the window while a pass waited for a hung one, and the pass went on.
     ReleaseAll();
     return created ? ExitSuccess : ExitWindowFailed;
 }
 
 ExitCode Main(HINSTANCE instance, const wchar_t* arguments) {
     Process().instance = instance;
-    // From here on libraries load from the system folder only, never from beside the program.
+    // From here on a library named without a path loads from the system folder only.
     SetDefaultDllDirectories(LOAD_LIBRARY_SEARCH_SYSTEM32);
     InitLanguage();
     const std::wstring commandLine = arguments != nullptr ? arguments : L"";

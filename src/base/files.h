@@ -1,6 +1,6 @@
 #pragma once
 
-// Small questions to the file system.
+// What several floors need of the file system.
 
 #include <string>
 

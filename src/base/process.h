@@ -1,6 +1,7 @@
 #pragma once
 
-// What the process knows of itself. Written by the entry function, read by everybody; one thread.
+// What the process knows about itself. Written by the entry function, read by everybody; one
+// thread.
 
 #include <string>
 

@@ -1,7 +1,7 @@
 #pragma once
 
-// The one door to the Windows headers: every file of the program sees them with the same
-// switches, so that no function changes its width or its macros between two files.
+// The only place that includes the Windows headers, so that every file sees them with the same
+// switches.
 
 #ifndef UNICODE
 #define UNICODE

@@ -17,8 +17,9 @@ struct LanguageNames {
     std::wstring_view longCode;
 };
 
-// English is what every other code and identifier means. Chinese has two forms and no bare "zh",
-// which would not say which of them is meant.
+// Every other code and identifier means English. Chinese has two forms and no bare "zh", which
+// would not say which of them is meant; as an identifier the first one stands for all but the
+// traditional.
 constexpr std::array Languages = {
     LanguageNames{Language::Japanese, LANG_JAPANESE, L"ja", L"ja-jp"},
     LanguageNames{Language::ChineseSimplified, LANG_CHINESE, L"zh-cn", L"zh-cn"},

@@ -34,7 +34,7 @@ bool IsProtectedSystemDialog(std::wstring_view title, std::wstring_view classNam
                                [&](auto text) { return PatternMatches(title, text); });
 }
 
-// Nothing else: tool windows, minimised ones and those of other desktops are pinned like any other.
+// Tool windows, minimised windows and those on other virtual desktops are pinned like any other.
 bool IsEligibleWindow(HWND window) {
     if (IsWindowVisible(window) == FALSE || HasOwner(window)) {
         return false;

@@ -19,7 +19,7 @@ struct MatchedWindow {
 // all earlier ones: by descending entry index, then by ascending handle as an unsigned number.
 [[nodiscard]] bool HasLowerPriority(const MatchedWindow& a, const MatchedWindow& b);
 
-// The control window, or any window of the engine's own class.
+// The control window, or any window of the engine's own class. className is the window's.
 [[nodiscard]] bool IsOwnWindow(HWND window, std::wstring_view className);
 
 // The system's own security dialogs are never pinned, whatever the patterns say.

@@ -13,7 +13,7 @@ namespace {
 
 // A one-hash Bloom filter over the bigrams of a folded title. A clear bit proves that a bigram is
 // not in the title; a set one proves nothing. It spares most patterns the search through the title,
-// which is what keeps a pass with 100 patterns as cheap as one with a single pattern.
+// so that a pass with 100 patterns costs hardly more than one with a single pattern.
 constexpr std::size_t PairBits = 2048;
 using PairSketch = std::bitset<PairBits>;
 

@@ -1,7 +1,7 @@
 #pragma once
 
-// The operations that change the list. Each writes the settings file at once (when there is one)
-// and brings the desktop in line.
+// The operations that change the list. Each writes the settings file at once, if there is a
+// settings path, and all but AddWindow bring the desktop in line.
 
 #include <cstddef>
 #include <cstdint>

@@ -14,7 +14,7 @@ void ReloadSettings() {
 
 void SaveSettings() {
     const PinEngine& engine = Engine();
-    // A missing file is created first and then saved like any other: two equal writes, once.
+    // A missing file is created and then saved like any other, so it is written twice.
     if (!PathExists(engine.settingsPath)) {
         WriteSettingsFile(engine.settingsPath, engine.pinList);
     }

@@ -26,7 +26,7 @@ std::string ReadWhole(HANDLE file) {
     bool more = true;
     while (more) {
         DWORD count = 0;
-        more = ::ReadFile(file, part.data(), PartSize, &count, nullptr) != FALSE && count > 0;
+        more = ReadFile(file, part.data(), PartSize, &count, nullptr) != FALSE && count > 0;
         bytes.append(part.data(), count);
     }
     return bytes;

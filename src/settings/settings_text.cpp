@@ -60,7 +60,7 @@ std::optional<SizeSuffix> FindTabForm(std::wstring_view text) {
 std::optional<SizeSuffix> FindBlankForm(std::wstring_view text) {
     constexpr std::wstring_view Blanks = L" \t";
     constexpr std::size_t None = std::wstring_view::npos;
-    // Without anything but blanks, npos + 1 wraps to 0.
+    // If there are only blanks, npos + 1 wraps to 0.
     const std::wstring_view fields = text.substr(0, text.find_last_not_of(Blanks) + 1);
     const std::size_t heightBlank = fields.find_last_of(Blanks);
     if (heightBlank == None) {
@@ -85,8 +85,7 @@ std::optional<SizeSuffix> FindBlankForm(std::wstring_view text) {
 
 std::optional<SizeSuffix> FindSizeSuffix(std::wstring_view text) {
     // A title that ends in two numbers ("Report 2024 01") reads as a pattern with a size: the
-    // format cannot tell them apart. With tabs the pattern may be empty, and the line is then no
-    // entry; with blanks such a line is a pattern made of numbers.
+    // format cannot tell them apart. Two numbers alone are a pattern.
     std::optional<SizeSuffix> suffix = FindTabForm(text);
     if (!suffix) {
         suffix = FindBlankForm(text);

@@ -90,7 +90,7 @@ bool EqualsIgnoreCase(std::wstring_view a, std::wstring_view b) {
 }
 
 std::string FormatInteger(std::int32_t value) {
-    // Streams and std::to_wstring would link the runtime's whole number formatting.
+    // Streams and std::to_wstring would link all of the runtime's number formatting.
     std::array<char, std::numeric_limits<std::int32_t>::digits10 + 2> digits{};
     const auto result = std::to_chars(digits.data(), digits.data() + digits.size(), value);
     return {digits.data(), result.ptr};

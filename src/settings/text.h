@@ -1,7 +1,6 @@
 #pragma once
 
-// Text helpers for the whole program: pure functions that return new text, or a view where they
-// say so. Lengths are in UTF-16 code units.
+// Text helpers for the whole program, without state. Lengths are in UTF-16 code units.
 
 #include <cstddef>
 #include <cstdint>

@@ -67,7 +67,7 @@ void AppendContent(const std::wstring& folder, std::vector<TreeItem>& items) {
 }
 
 // The item and everything below it, parents before their content. Links are not entered. A list
-// instead of recursion, because the depth of the tree is not ours to choose.
+// instead of recursion, because a tree may be deeper than the stack allows.
 std::vector<TreeItem> ListTree(const TreeItem& root) {
     std::vector<TreeItem> items{root};
     for (std::size_t at = 0; at < items.size(); ++at) {
@@ -114,8 +114,8 @@ bool RemoveTree(const std::wstring& folder) {
         return false;
     }
     DWORD error = RemoveItem(root);
-    // More than once: somebody may put a file into a folder that has just been listed, and a
-    // deleted file that is still open elsewhere goes only with its last handle.
+    // More than once: another program may have put a file into a folder that was listed before, or
+    // may close its last handle to a deleted file only now.
     constexpr int MaxAttempts = 4;
     for (int attempt = 0; attempt < MaxAttempts && error == ERROR_DIR_NOT_EMPTY; ++attempt) {
         error = RemoveItems(ListTree(root));

@@ -13,8 +13,8 @@
 namespace morvane {
 namespace {
 
-// Notepad rather than the editor associated with text files: every machine has it, and it opens
-// at once. The full path keeps out another notepad.exe on the search path.
+// Notepad rather than the editor associated with text files: it comes with Windows and opens at
+// once. The full path keeps out another notepad.exe on the search path.
 std::wstring EditorPath() {
     std::array<wchar_t, MAX_PATH> system{};
     const UINT length = GetSystemDirectoryW(system.data(), MAX_PATH);
@@ -34,7 +34,7 @@ bool EnsureSettingsFile() {
 }
 
 void OpenSettings() {
-    // If this fails, Notepad offers to create the file.
+    // If only the file is missing, Notepad offers to create it.
     EnsureSettingsFile();
     RefreshEngineBinding();
     ReloadSettings();

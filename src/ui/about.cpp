@@ -21,6 +21,7 @@ constexpr int FontPoints = 9;
 // Pixels.
 constexpr int DialogWidth = 420;
 constexpr int FirstDialogHeight = 180;  // until the text has been measured
+constexpr SIZE FirstControlSize = {100, 20};
 constexpr int Margin = 16;
 constexpr int ButtonHeight = 30;
 constexpr int ButtonPadding = 28;
@@ -46,9 +47,10 @@ std::wstring BodyText() {
 
 void CreateControl(HWND dialog, const wchar_t* windowClass, DWORD style, int id,
                    const wchar_t* text, HFONT font) {
-    const HWND control = CreateWindowExW(
-        0, windowClass, text, WS_CHILD | WS_VISIBLE | style, 0, 0, 100, 20, dialog,
-        reinterpret_cast<HMENU>(static_cast<INT_PTR>(id)), GetModuleHandleW(nullptr), nullptr);
+    const HWND control = CreateWindowExW(0, windowClass, text, WS_CHILD | WS_VISIBLE | style, 0, 0,
+                                         FirstControlSize.cx, FirstControlSize.cy, dialog,
+                                         reinterpret_cast<HMENU>(static_cast<INT_PTR>(id)),
+                                         GetModuleHandleW(nullptr), nullptr);
     SendMessageW(control, WM_SETFONT, reinterpret_cast<WPARAM>(font), TRUE);
 }
 

@@ -7,7 +7,8 @@
 
 namespace morvane {
 
-// Visible, not ours, not part of the task bar, alive, not minimised, at least 1 x 1 pixel.
+// Visible, not the control window, not part of the task bar, alive, not minimised, at least 1 x 1
+// pixel.
 [[nodiscard]] bool IsUsableActiveWindow(HWND window);
 
 // Remembers the foreground window if it is usable; otherwise the one noted before stays.

@@ -14,7 +14,7 @@ void PositionNearTray(HWND window, int margin) {
         SystemParametersInfoW(SPI_GETWORKAREA, 0, &workArea, 0) == FALSE) {
         return;
     }
-    // One fixed corner: where the icon is cannot be asked for on every shell.
+    // Always this corner, wherever the task bar is: About opens in one predictable place.
     const LONG x = workArea.right - Width(frame) - margin;
     const LONG y = workArea.bottom - Height(frame) - margin;
     SetWindowPos(window, nullptr, x, y, 0, 0, SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);

@@ -20,7 +20,7 @@ void SetTitleBarTheme(HWND dialog, bool light) {
         FindExport<decltype(&DwmSetWindowAttribute)>(library, "DwmSetWindowAttribute");
     if (setAttribute != nullptr) {
         const BOOL dark = light ? FALSE : TRUE;
-        // Best effort: Windows before 10 version 2004 does not document the attribute and keeps its
+        // Best effort: Windows 10 before version 2004 does not know the attribute and keeps its
         // light title bar.
         setAttribute(dialog, ImmersiveDarkMode, &dark, sizeof(dark));
     }

@@ -1,7 +1,7 @@
 #pragma once
 
-// Dialogs in the user's light or dark application theme. Every step is best effort: where the
-// system lacks something, the dialog looks as the system draws it.
+// Fonts, and dialogs in the user's light or dark application theme. Every step is best effort:
+// where the system lacks something, the dialog looks as the system draws it.
 
 #include "base/gui_owners.h"
 #include "base/win.h"

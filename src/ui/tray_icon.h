@@ -1,7 +1,6 @@
 #pragma once
 
-// The icon in the notification area and its balloons: the one way in which the program talks to the
-// user.
+// The icon in the notification area and its balloons, by which commands report.
 
 #include <string>
 

@@ -1,4 +1,4 @@
-// The commands that change the list: the list, the file, the windows and the balloons afterwards.
+// The commands that change the list: the list, the file and the windows afterwards.
 
 #include "pin/pin_operations.h"
 

@@ -5,7 +5,6 @@
 
 #include "pin/engine.h"
 #include "pin/pin_operations.h"
-#include "settings/text.h"
 #include "unit/printed.h"
 
 // The list and those of its operations that touch neither a file nor a window.
