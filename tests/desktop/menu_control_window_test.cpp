@@ -1,10 +1,13 @@
-// The menu at the program's real control window: its messages about rows, its timers.
+// The program's real control window: its beginning and its end, its timers, what it does for the
+// menu.
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <gtest/gtest.h>
 #include <optional>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -12,6 +15,7 @@
 #include "base/gui_owners.h"
 #include "base/owners.h"
 #include "base/process.h"
+#include "base/win_shell.h"
 #include "desktop/about_fixture.h"
 #include "desktop/canvas.h"
 #include "desktop/control_stand_in.h"
@@ -19,7 +23,8 @@
 #include "desktop/interface_texts.h"
 #include "desktop/menu_fixture.h"
 #include "desktop/menu_reader.h"
-#include "support/import_patch.h"
+#include "pin/candidates.h"
+#include "support/import_watch.h"
 #include "support/test_environment.h"
 #include "support/tray_recorder.h"
 #include "support/user_input.h"
@@ -70,12 +75,32 @@ struct TimerRequest {
 };
 
 std::vector<TimerRequest> timerRequests;
-decltype(&SetTimer) originalSetTimer = nullptr;
 
-UINT_PTR WINAPI RecordTimer(HWND window, UINT_PTR id, UINT period, TIMERPROC procedure) {
-    timerRequests.push_back({window, id, period, procedure});
-    return originalSetTimer(window, id, period, procedure);
+// What the control window asks of the platform when it begins and when it ends, in words.
+std::vector<std::string> requests;
+
+void Note(const char* function, std::intptr_t argument) {
+    requests.push_back(function + std::to_string(argument));
 }
+
+struct RequestWatch {
+    ImportWatch<decltype(&SetTimer)> start{
+        "SetTimer", [](HWND window, UINT_PTR id, UINT period, TIMERPROC procedure) {
+            timerRequests.push_back({window, id, period, procedure});
+            Note("start timer ", static_cast<std::intptr_t>(id));
+        }};
+    ImportWatch<decltype(&KillTimer)> stop{"KillTimer", [](HWND /*window*/, UINT_PTR id) {
+                                               Note("stop timer ", static_cast<std::intptr_t>(id));
+                                           }};
+    ImportWatch<decltype(&Shell_NotifyIconW)> icon{
+        "Shell_NotifyIconW", [](DWORD message, auto /*data*/) { Note("icon ", message); }};
+    ImportWatch<decltype(&SetWindowPos)> place{
+        "SetWindowPos", [](HWND /*window*/, HWND after, auto... /*rest*/) {
+            Note("place ", reinterpret_cast<std::intptr_t>(after));
+        }};
+    ImportWatch<decltype(&PostQuitMessage)> quit{"PostQuitMessage",
+                                                 [](int code) { Note("quit ", code); }};
+};
 
 class ControlWindowTest : public EngineTest {
 protected:
@@ -91,11 +116,20 @@ protected:
         Process().instance = instance;
         ASSERT_TRUE(RegisterControlWindowClass(instance));
         class_.reset(ControlWindowClass);
+        CreateControl();
+    }
+
+    void TearDown() override {
+        DestroyControl();
+        EngineTest::TearDown();
+    }
+
+    void CreateControl() {
         timerRequests.clear();
+        requests.clear();
         {
-            const ImportPatch<decltype(&SetTimer)> timers("SetTimer", RecordTimer);
-            originalSetTimer = timers.Original();
-            window_.reset(CreateControlWindow(instance));
+            const RequestWatch watch;
+            window_.reset(CreateControlWindow(Process().instance));
         }
         ASSERT_TRUE(window_);
         Process().controlWindow = window_.get();
@@ -104,11 +138,14 @@ protected:
             SetWindowLongPtrW(window_.get(), GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(Record)));
     }
 
-    void TearDown() override {
-        window_.reset();
+    void DestroyControl() {
+        requests.clear();
+        {
+            const RequestWatch watch;
+            window_.reset();
+        }
         // Takes the quit message too, which the window has left behind.
         ControlStandIn::Pump();
-        EngineTest::TearDown();
     }
 
     [[nodiscard]] HWND Control() const { return window_.get(); }
@@ -143,6 +180,80 @@ TEST_F(ControlWindowTest, CreationStartsTheTimerOfPassesAndNoOther) {
     EXPECT_EQ(timerRequests[0].id, PassTimer);
     EXPECT_EQ(timerRequests[0].period, 500U);
     EXPECT_EQ(timerRequests[0].procedure, nullptr) << "the window itself gets the ticks";
+}
+
+using Requests = std::vector<std::string>;
+
+TEST_F(ControlWindowTest, TimerRunsBeforeTheIconComesAndEndsBeforeTheWindowsAreReleased) {
+    static_cast<void>(Window(L"Target"));
+    DestroyControl();
+    ASSERT_TRUE(WriteSettings("target\n"));
+    CreateControl();
+    EXPECT_EQ(requests, Requests({"start timer 1", "icon 0", "place -1"}));
+    DestroyControl();
+    EXPECT_EQ(requests, Requests({"stop timer 1", "stop timer 2", "place -2", "icon 2", "quit 0"}));
+}
+
+TEST_F(ControlWindowTest, ForegroundWindowIsNotedAtCreationAndAtEachTickOfThePasses) {
+    const HWND unusable = Other().Create({.className = ControlWindowClass});
+    const auto noted = [&] {
+        EXPECT_TRUE(Other().BringToForeground(unusable));
+        PrepareMenuState();
+        return ActiveWindow();
+    };
+    DestroyControl();
+    const HWND first = Window(L"At the creation");
+    ASSERT_TRUE(Other().BringToForeground(first));
+    CreateControl();
+    EXPECT_EQ(noted(), first);
+    const HWND second = Window(L"At a tick");
+    for (const auto& [timer, expected] :
+         {std::pair{ComparisonTimer, first}, std::pair{PassTimer, second}}) {
+        ASSERT_TRUE(Other().BringToForeground(second));
+        SendMessageW(Control(), WM_TIMER, timer, 0);
+        EXPECT_EQ(noted(), expected) << timer;
+    }
+}
+
+TEST_F(ControlWindowTest, TickRaisesTheDialogAndTheMenuOnceIfItHasRaisedAWindow) {
+    const HWND cover = Window(L"Cover");
+    const auto askedByATick = [this](const char* settings) {
+        std::vector<HWND> asked;
+        EXPECT_TRUE(WriteSettings(settings));
+        const ImportWatch<decltype(&SetWindowPos)> watch(
+            "SetWindowPos", [&asked](HWND window, auto... /*rest*/) { asked.push_back(window); });
+        SendMessageW(Control(), WM_TIMER, PassTimer, 0);
+        return asked;
+    };
+    Walk([this] { PostMessageW(Control(), WM_COMMAND, 1009, 0); },
+         {AboutHasFocus,
+          [this] {
+              PostMessageW(Control(), WM_TRAYICON, 1, WM_RBUTTONUP);
+              return true;
+          },
+          [] { return MenusOpen(1); },
+          [&] {
+              const std::vector<HWND> all = {cover, AboutDialog(), OpenMenuWindows().front()};
+              const struct {
+                  const char* settings;
+                  std::vector<HWND> asked;
+              } ticks[] = {
+                  {"", {}},
+                  {"nobody\n", {}},
+                  {"@pinning=0\ncover\n", {}},
+                  {"cover\n", all},
+                  {"cover\n", all},
+                  {"@pinning=0\ncover\n", {cover}},
+                  {"@pinning=0\ncover\n", {}},
+                  {"cover\n", all},
+                  {"nobody\n", {}},
+              };
+              int tick = 0;
+              for (const auto& [settings, asked] : ticks) {
+                  EXPECT_EQ(askedByATick(settings), asked) << tick++ << ": " << settings;
+              }
+              return true;
+          }});
 }
 
 TEST_F(ControlWindowTest, MenuTimerOpensTheMenuOnceInTheMiddleOfTheScreen) {

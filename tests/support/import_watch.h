@@ -1,0 +1,40 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <utility>
+
+#include "support/import_patch.h"
+
+namespace morvane::test {
+
+// Tells a watcher the arguments of every call of a platform function, just before the platform gets
+// the call. One at a time for functions of one type.
+template <typename Function>
+class ImportWatch;
+
+template <typename Result, typename... Arguments>
+class ImportWatch<Result(WINAPI*)(Arguments...)> {
+public:
+    using Watcher = std::function<void(Arguments...)>;
+
+    ImportWatch(const std::string& name, Watcher watcher) : patch_(name, Call) {
+        original = patch_.Original();
+        current = std::move(watcher);
+    }
+
+private:
+    using Function = Result(WINAPI*)(Arguments...);
+
+    static Result WINAPI Call(Arguments... arguments) {
+        current(arguments...);
+        return original(arguments...);
+    }
+
+    static inline Function original = nullptr;
+    static inline Watcher current;
+
+    ImportPatch<Function> patch_;
+};
+
+}  // namespace morvane::test
