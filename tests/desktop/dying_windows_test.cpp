@@ -117,8 +117,14 @@ protected:
 };
 
 TEST_F(DyingWindowsTest, PassPinsTheOthers) {
-    LoadSettings("alpha 450 350\n");
-    LetDieEverywhere([] {}, ApplyAll, [](HWND healthy) { EXPECT_TRUE(IsTopmost(healthy)); }, 14);
+    // The dying window's turn comes first, then last.
+    for (const char* const lines :
+         {"healthy 450 350\nalpha 450 350\n", "dying 450 350\nalpha 450 350\n"}) {
+        SCOPED_TRACE(lines);
+        LoadSettings(lines);
+        LetDieEverywhere([] {}, [] { EXPECT_TRUE(ApplyAll()) << "the other was asked"; },
+                         [](HWND healthy) { EXPECT_TRUE(IsTopmost(healthy)); }, 14);
+    }
 }
 
 TEST_F(DyingWindowsTest, NextPassKeepsTheOthersAndForgetsTheDead) {

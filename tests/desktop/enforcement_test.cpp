@@ -34,6 +34,29 @@ TEST_F(EnforcementTest, EveryPassAsksAMatchedWindowOnceToBeTopmost) {
     EXPECT_EQ(Engine().pinnedWindows.size(), 1U);
 }
 
+TEST_F(EnforcementTest, PassTellsWhetherItHasAskedForATopmostPlace) {
+    const struct {
+        const char* name;
+        const char* lines;
+        bool asked;
+    } passes[] = {
+        {"no entry", "", false},
+        {"no window", "nobody\n", false},
+        {"one window", "editor\n", true},
+        {"the same again", "editor\n", true},
+        {"only a release", "@pinning=0\neditor\n", false},
+        {"nothing to release", "@pinning=0\neditor\n", false},
+        {"two windows", "editor\nclock\n", true},
+        {"entry gone", "nobody\n", false},
+    };
+    static_cast<void>(Window(L"Editor"));
+    static_cast<void>(Window(L"Clock"));
+    for (const auto& pass : passes) {
+        ASSERT_TRUE(WriteSettings(pass.lines));
+        EXPECT_EQ(ApplyAll(), pass.asked) << pass.name;
+    }
+}
+
 TEST_F(EnforcementTest, OtherWindowsAreAskedNothing) {
     const HWND matched = Window(L"Editor");
     const HWND other = Window(L"Calculator");
@@ -242,7 +265,7 @@ TEST_F(EnforcementTest, RefusingWindowIsRememberedAndAskedAgain) {
     ApplySettings("alpha\n");
     EXPECT_FALSE(IsTopmost(window));
     EXPECT_EQ(Engine().pinnedWindows.count(window), 1U);
-    ApplyAll();
+    EXPECT_TRUE(ApplyAll());
     EXPECT_EQ(Asked(window), Requests({TopmostRequest, TopmostRequest}));
     Other().Refuse(window, false);
     ApplyAll();
@@ -299,18 +322,18 @@ TEST_F(EnforcementTest, WithoutASettingsPathEveryPassStartsFromTheDefaultList) {
 
 TEST_F(EnforcementTest, UnforcedRequestIsLeftOutForARememberedTopmostWindow) {
     const HWND window = Window(L"Alpha");
-    ApplyToWindow(window, false);
+    EXPECT_TRUE(ApplyToWindow(window, false));
     EXPECT_EQ(Asked(window), Requests({TopmostRequest})) << "not remembered yet";
-    ApplyToWindow(window, false);
+    EXPECT_FALSE(ApplyToWindow(window, false));
     EXPECT_EQ(Asked(window).size(), 1U) << "remembered and topmost";
-    ApplyToWindow(window, true);
+    EXPECT_TRUE(ApplyToWindow(window, true));
     EXPECT_EQ(Asked(window).size(), 2U) << "forced";
     Other().SetTopmost(window, false);
     Other().ForgetRecords(window);
-    ApplyToWindow(window, false);
+    EXPECT_TRUE(ApplyToWindow(window, false));
     EXPECT_EQ(Asked(window), Requests({TopmostRequest})) << "remembered, no longer topmost";
     Engine().pinnedWindows.clear();
-    ApplyToWindow(window, false);
+    EXPECT_TRUE(ApplyToWindow(window, false));
     EXPECT_EQ(Asked(window).size(), 2U) << "topmost, not remembered";
 }
 
@@ -329,8 +352,8 @@ TEST_F(EnforcementTest, DeadWindowIsNeitherAskedNorRemembered) {
     const HWND window = Window(L"Alpha");
     Other().Destroy(window);
     Other().ForgetRecords(window);
-    ApplyToWindow(window, true);
-    ApplyToWindow(nullptr, true);
+    EXPECT_FALSE(ApplyToWindow(window, true));
+    EXPECT_FALSE(ApplyToWindow(nullptr, true));
     EXPECT_TRUE(Asked(window).empty());
     EXPECT_TRUE(Engine().pinnedWindows.empty());
 }
