@@ -118,6 +118,9 @@ CallCounts CountCalls(const std::function<void()>& work) {
         const CountedCall<10, decltype(&ReadFile)> read(counts, "ReadFile");
         const CountedCall<11, decltype(&GetFileSizeEx)> size(counts, "GetFileSizeEx");
         const CountedCall<12, decltype(&CloseHandle)> close(counts, "CloseHandle");
+        const CountedCall<13, decltype(&GetFileAttributesW)> find(counts, "GetFileAttributesW");
+        const CountedCall<14, decltype(&SetEndOfFile)> empty(counts, "SetEndOfFile");
+        const CountedCall<15, decltype(&WriteFile)> write(counts, "WriteFile");
         const OthersReplaced others(counts);
         work();
     }

@@ -1,5 +1,5 @@
 // What a pass asks of the platform: every window is asked all that the rules want to know, each
-// time anew, and nothing more.
+// time anew, and nothing more. And what it takes to save the settings.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -10,6 +10,7 @@
 #include "desktop/engine_test.h"
 #include "pin/enforcement.h"
 #include "pin/engine.h"
+#include "pin/settings_sync.h"
 #include "support/test_environment.h"
 #include "support/tray.h"
 
@@ -171,6 +172,20 @@ TEST_F(PlatformCallsTest, AFileIsReadInPartsToItsEnd) {
     const CallCounts missing = CountCalls(ApplyAll);
     EXPECT_THAT(missing, testing::Contains(testing::Pair("CreateFileW", 1)));
     EXPECT_FALSE(missing.contains("ReadFile"));
+}
+
+// Creating a file and saving to it are two steps, of which the second is always taken.
+TEST_F(PlatformCallsTest, AMissingFileIsWrittenTwiceAndAnyOtherOnce) {
+    const CallCounts write = {
+        {"CreateFileW", 1}, {"SetEndOfFile", 1}, {"WriteFile", 1}, {"CloseHandle", 1}};
+    ASSERT_TRUE(WriteSettings(""));
+    ASSERT_NE(DeleteFileW(SettingsPath().c_str()), FALSE);
+    for (const int times : {2, 1}) {
+        CallCounts expected = Times(write, times);
+        expected["GetFileAttributesW"] = 1;
+        EXPECT_EQ(CountCalls(SaveSettings), expected);
+        EXPECT_EQ(ReadSettings(), WrittenSettings(""));
+    }
 }
 
 }  // namespace
