@@ -127,11 +127,19 @@ TEST_F(SubmenusTest, OnlyMinimisedCandidatesLeaveNoLineAboutMissingWindows) {
     LoseActiveWindow();
     const HWND minimised = Sized(L"Alpha", 300, 200);
     Other().Minimise(minimised);
-    static_cast<void>(
-        Other().Create({.title = L"Beta", .style = WS_POPUP, .width = 0, .height = 0}));
+    const HWND flat =
+        Other().Create({.title = L"Beta", .style = WS_POPUP, .width = 0, .height = 0});
     RebuildCandidates();
-    EXPECT_EQ(AddRemove(), Lines({L"2500 row 1 free: Alpha", L"2501 row 2 free: Beta"}));
+    const Lines both = {L"2500 row 1 free: Alpha", L"2501 row 2 free: Beta"};
+    EXPECT_EQ(AddRemove(), both);
     EXPECT_EQ(MinSize(), Lines({NoActiveWindow, L"-"}));
+    // Neither an untitled nor an owned window is a candidate.
+    Activate(Sized(L"", 320, 240));
+    EXPECT_EQ(AddRemove(), both);
+    EXPECT_EQ(MinSize(), Lines({L"1006 row 1 free: Active:  (320 x 240)", L"-"}));
+    Activate(Other().Create({.title = L"Palette", .style = WS_POPUP, .owner = flat}));
+    EXPECT_EQ(AddRemove(), both);
+    EXPECT_EQ(MinSize(), Lines({L"1006 row 1 free: Active: Palette (400 x 300)", L"-"}));
 }
 
 TEST_F(SubmenusTest, ActiveWindowMustStillBeUsableWhenTheListIsBuilt) {
