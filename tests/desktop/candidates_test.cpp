@@ -159,9 +159,13 @@ TEST_F(CandidatesTest, UsableActiveWindowIsVisibleAliveRestoredAndHasASize) {
         {"without height", {.style = WS_POPUP, .width = 50, .height = 0}, false},
         {"invisible", {.visible = false}, false},
         {"of our own class", {.className = L"MorvaneHiddenWindow"}, false},
+        {"class that only begins as a task bar's", {.className = L"Shell_TrayWnd2"}, true},
+        {"class that is only the beginning of one", {.className = L"Shell_Tray"}, true},
+        {"one that differs in case", {.className = L"notifyiconoverflowwindow"}, true},
     };
     for (const Case& item : cases) {
         const HWND window = Other().Create(item.spec);
+        ASSERT_EQ(WindowClass(window), item.spec.className) << item.name;
         EXPECT_EQ(IsUsableActiveWindow(window), item.usable) << item.name;
         Other().Destroy(window);
         EXPECT_FALSE(IsUsableActiveWindow(window)) << item.name << ", dead";

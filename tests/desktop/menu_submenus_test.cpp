@@ -161,6 +161,24 @@ TEST_F(SubmenusTest, ActiveWindowMustStillBeUsableWhenTheListIsBuilt) {
     }
 }
 
+// What leads to the icon is in front for a moment, when the timer ticks or when the menu opens.
+TEST_F(SubmenusTest, TaskBarsAndTheFlyoutOfTheTrayAreNeverTheActiveWindow) {
+    for (const wchar_t* const className :
+         {L"Shell_TrayWnd", L"Shell_SecondaryTrayWnd", L"NotifyIconOverflowWindow",
+          L"TopLevelWindowForOverflowXamlIsland"}) {
+        SCOPED_TRACE(testing::PrintToString(className));
+        const HWND surface = Other().Create({.className = className, .title = L""});
+        const HWND document = Sized(L"Document", 300, 200);
+        Activate(document);
+        ASSERT_TRUE(Other().BringToForeground(surface));
+        NoteForegroundWindow();
+        PrepareMenuState();
+        EXPECT_EQ(ActiveWindow(), document);
+        EXPECT_EQ(MinSize().front(), L"1006 row 1 free: Active: Document (300 x 200)");
+        Other().Destroy(document);
+    }
+}
+
 TEST_F(SubmenusTest, ActiveWindowWithoutASizeIsNotOffered) {
     const HWND window = Other().Create({.title = L"Flat", .style = WS_POPUP});
     Activate(window);

@@ -147,6 +147,34 @@ TEST_F(MenuCommandsTest, ActiveWindowSurvivesTheClickOnTheIcon) {
     EXPECT_TRUE(FileBecomes(SettingsText(true, {"Nowhere", "Target\t410\t310"})));
 }
 
+// What leads to the icon is in front both while the timer ticks and when the menu opens.
+TEST_F(MenuCommandsTest, ActiveWindowSurvivesTheTaskBarsAndTheFlyoutOfTheTray) {
+    // In the taskbar's place, lest the icon and its balloons be sent to the actor's.
+    const TrayRecorder recorder;
+    Actor actor;
+    const Sentinel sentinel(actor);
+    ASSERT_TRUE(WriteSettings("Sentinel\n"));
+    const Program program = StartedProgram();
+    std::string title = "Document A";
+    for (const wchar_t* const className :
+         {L"Shell_TrayWnd", L"Shell_SecondaryTrayWnd", L"NotifyIconOverflowWindow",
+          L"TopLevelWindowForOverflowXamlIsland"}) {
+        SCOPED_TRACE(testing::PrintToString(className));
+        ASSERT_TRUE(EditSettings("Sentinel\n"));
+        const HWND surface = actor.Create({.className = className, .title = L"", .x = 600});
+        const HWND document = actor.Create(
+            {.title = std::wstring(title.begin(), title.end()), .width = 410, .height = 310});
+        for (const HWND front : {document, surface}) {
+            ASSERT_TRUE(actor.BringToForeground(front));
+            ASSERT_TRUE(sentinel.WaitForTimedPass());
+        }
+        ASSERT_TRUE(OpenAndChoose(program, ActiveWindowRow(), Way::Mouse));
+        EXPECT_TRUE(FileBecomes(SettingsText(true, {"Sentinel", title + "\t410\t310"})));
+        actor.Destroy(document);
+        ++title.back();
+    }
+}
+
 TEST_F(MenuCommandsTest, OpenSettingsShowsTheFileInNotepad) {
     ASSERT_TRUE(WriteSettings("Target\n"));
     const Program program = StartedProgram();
