@@ -5,7 +5,7 @@
 #include <gtest/gtest.h>
 #include <string>
 
-#include "app/process.h"
+#include "base/process.h"
 #include "desktop/engine_test.h"
 #include "pin/candidates.h"
 #include "pin/engine.h"

@@ -23,7 +23,6 @@
 #include "desktop/interface_texts.h"
 #include "desktop/menu_fixture.h"
 #include "desktop/menu_reader.h"
-#include "pin/candidates.h"
 #include "support/import_watch.h"
 #include "support/test_environment.h"
 #include "support/tray_recorder.h"
