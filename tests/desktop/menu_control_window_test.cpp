@@ -30,6 +30,7 @@
 #include "support/wait.h"
 #include "support/window_owner.h"
 #include "support/window_state.h"
+#include "ui/active_window.h"
 #include "ui/menu_rows.h"
 #include "ui/tray_icon.h"
 
