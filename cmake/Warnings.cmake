@@ -1,4 +1,4 @@
-# The warnings every file of ours must compile without.
+# All our code must compile without these warnings.
 add_library(morvane_warnings INTERFACE)
 set(flags
     -Wall

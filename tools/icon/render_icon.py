@@ -1,8 +1,8 @@
 #!/usr/bin/python3
 """Renders push_pin.svg into src/res/morvane.ico: one 16x16 image of 32 bits, stored as PNG.
 
-Run it after changing the drawing and commit both files. The build takes the .ico as it is, so that
-building needs no renderer. Needs rsvg-convert (Debian: librsvg2-bin).
+Run it after changing the drawing and commit both files: the .ico is committed so that the build
+needs no renderer. Needs rsvg-convert (Debian: librsvg2-bin).
 """
 
 import struct
@@ -27,7 +27,7 @@ def render(drawing):
 
 
 def keep_needed_chunks(png):
-    """Drops what an icon has no use for, such as a background colour or a time stamp, which would
+    """Drops what an icon does not need, such as a background colour or a time stamp, which would
     make two renderings of the same drawing differ."""
     if not png.startswith(PNG_SIGNATURE):
         raise ValueError("the renderer did not return a PNG")

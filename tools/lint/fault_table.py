@@ -1,7 +1,4 @@
-"""Looks up every test that docs/faults.md names among the tests there are.
-
-A table of faults is worth what its tests are worth: one that was renamed, removed or disabled is a finding.
-"""
+"""Checks that every fault in docs/faults.md names a test, and that all those tests exist and run."""
 
 import re
 import sys

@@ -1,4 +1,4 @@
-"""Finds include cycles among our own files and prints each one that it meets.
+"""Prints the include cycles among our own files.
 
 usage: include_cycles.py FOLDER...
 """
@@ -10,7 +10,7 @@ from sources import ROOT, own_includes
 
 
 def cycles(files):
-    """Yields every cycle that a depth-first walk closes, as a list of its files in order."""
+    """Yields every cycle that a depth-first walk closes, as an ordered list of files."""
     finished = set()
     for start in files:
         if start in finished:

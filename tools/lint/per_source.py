@@ -1,7 +1,7 @@
-"""Runs a check over every source of ours in a build folder's compile commands.
+"""Runs a check on each of our sources in a build folder's compile commands.
 
-A source is checked again only when something changed that its result depends on: the file, what it
-includes of ours, its compile command, or what the check calls common to all of them.
+A source is checked again only if something its result depends on has changed: the file, our headers
+it includes, its compile command, or whatever the check passes as common to all.
 """
 
 import concurrent.futures
@@ -15,7 +15,7 @@ from sources import ROOT, include_closure
 
 
 def own_commands(build):
-    """(source, compile command) of every file of ours that is compiled as C++."""
+    """(source, compile command) of each of our C++ files."""
     commands = json.loads((build / "compile_commands.json").read_text(encoding="utf-8"))
     for entry in commands:
         source = pathlib.Path(entry["file"])
@@ -24,7 +24,7 @@ def own_commands(build):
 
 
 def run(arguments):
-    """None when the command has nothing to report, else what it said."""
+    """None if the command succeeds, otherwise its output."""
     result = subprocess.run(
         arguments, cwd=ROOT, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
         stderr=subprocess.PIPE, text=True, check=False)
@@ -35,7 +35,7 @@ def run(arguments):
 
 def cache_key(source, command, common):
     digest = hashlib.sha256(common)
-    # Without the folder that the checkout happens to lie in.
+    # Independent of where the checkout is.
     digest.update(command.replace(str(ROOT), ".").encode())
     for path in include_closure(source):
         digest.update(f"\0{path.relative_to(ROOT)}\0".encode())
@@ -44,8 +44,8 @@ def cache_key(source, command, common):
 
 
 def check_all(name, build, common, check):
-    """Calls check(source, command), which returns a report or None; the exit code of it all."""
-    # One empty file per clean result; a source that went away leaves a stale one, which is harmless.
+    """Runs check(source, command), which returns a report or None; returns the exit code."""
+    # One empty file per clean result; a deleted source leaves a stale one, which is harmless.
     cache = ROOT / "build" / f"{name}-cache"
     cache.mkdir(parents=True, exist_ok=True)
     pending = []

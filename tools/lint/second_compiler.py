@@ -1,7 +1,7 @@
-"""Shows every source of ours to a second compiler, for its warnings alone.
+"""Runs a second compiler over our sources, just for its warnings.
 
-Takes from a build folder's compile commands what a source is compiled with, except for what only the
-first compiler understands: its optimisations and the names of its warnings.
+Uses the options in a build folder's compile commands, except for those only the first compiler
+understands: its optimisations and warning names.
 
 usage: second_compiler.py CLANG BUILD_FOLDER
 """
@@ -21,7 +21,7 @@ OPTIONS = [
     "-Wsign-conversion", "-Wundef", "-Wunreachable-code", "-Wunused",
     "-Wzero-as-null-pointer-constant",
 ]
-# What is kept of a compile command; the second list has its argument in the next word.
+# Options to keep; for the second list the argument is the next word.
 KEPT = ("-D", "-I", "-std=", "-fno-exceptions", "-fno-rtti")
 KEPT_WITH_NEXT = ("-isystem",)
 

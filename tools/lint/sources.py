@@ -1,16 +1,16 @@
-"""What the checks share: our own sources and which of them include which."""
+"""Our own sources and which includes which, for the checks."""
 
 import pathlib
 import re
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
-# The folders that a path between quotes may start from, besides the including file's own.
+# Where a quoted include may start from, besides the including file's folder.
 INCLUDE_ROOTS = (ROOT / "src", ROOT / "tests", ROOT / "bench")
 INCLUDE = re.compile(r'^[ \t]*#[ \t]*include[ \t]*"([^"]+)"', re.MULTILINE)
 
 
 def own_includes(path):
-    """The files of ours that path includes directly; unknown names are left to the compiler."""
+    """Our own files that path includes directly; unknown names are left to the compiler."""
     found = []
     for name in INCLUDE.findall(path.read_text(encoding="utf-8")):
         for folder in (path.parent, *INCLUDE_ROOTS):
@@ -22,7 +22,7 @@ def own_includes(path):
 
 
 def include_closure(path):
-    """path and everything of ours that it includes, directly or not, sorted."""
+    """path and all our own files it includes, directly or indirectly, sorted."""
     closure = set()
     pending = [path]
     while pending:

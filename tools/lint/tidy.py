@@ -1,4 +1,4 @@
-"""Runs clang-tidy over every source of ours in a build folder's compile commands.
+"""Runs clang-tidy on each of our sources in a build folder's compile commands.
 
 usage: tidy.py CLANG_TIDY BUILD_FOLDER
 """
@@ -12,7 +12,7 @@ from sources import ROOT
 
 
 def configurations():
-    """Every configuration that applies to a file of ours; a folder may have one of its own."""
+    """Every configuration that applies to our files; a folder may have its own."""
     return [ROOT / ".clang-tidy",
             *(path for folder in ("src", "tests", "bench")
               for path in sorted((ROOT / folder).rglob(".clang-tidy")))]
