@@ -1,11 +1,10 @@
-"""The bill of materials of the program file, in CycloneDX's JSON form."""
+"""The program's bill of materials, as CycloneDX JSON."""
 
 import json
 import subprocess
 import uuid
 
-# What the linker puts into the program beside its own sources: the Debian package that it comes
-# from, and the licence.
+# What the linker adds to the program's own code: its Debian package and licence.
 RUNTIME = (
     ("libstdc++", "g++-mingw-w64-x86-64-posix", "GPL-3.0-or-later WITH GCC-exception-3.1"),
     ("libgcc", "gcc-mingw-w64-x86-64-posix", "GPL-3.0-or-later WITH GCC-exception-3.1"),

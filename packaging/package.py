@@ -1,16 +1,16 @@
 #!/usr/bin/python3
-"""Makes what users download, from a finished program file: installer, portable archive, checksums,
-bill of materials and the manifests of package managers. The same input gives the same bytes.
+"""Makes the downloads from a finished program file: installer, portable archive, checksums, bill of
+materials and package manager manifests. The same input gives the same bytes.
 
 usage: package.py BUILD_FOLDER OUTPUT_FOLDER
 
 Environment:
-  SOURCE_DATE_EPOCH    the date of the release, seconds; else that of the last commit
-  MORVANE_URL          where the files will be found, without a slash at the end
+  SOURCE_DATE_EPOCH    release date in seconds; default: that of the last commit
+  MORVANE_URL          download address, without a trailing slash
   MORVANE_SIGN_CERT, MORVANE_SIGN_KEY
                        certificate chain and key (PEM); without them nothing is signed
   MORVANE_SIGN_TIME_URL
-                       time stamping service; without one the signature carries the release date
+                       time-stamping service; without one the signature carries the release date
 """
 
 import datetime
@@ -62,7 +62,7 @@ def sha256(path):
 
 
 def signing_environment(date):
-    """What the signing script is told by its environment; None without a certificate."""
+    """The environment for the signing script; None without a certificate."""
     certificate = os.environ.get("MORVANE_SIGN_CERT")
     key = os.environ.get("MORVANE_SIGN_KEY")
     if not certificate and not key:
@@ -92,7 +92,7 @@ def make_portable(stage, program, version, date, archive):
         path.chmod(0o644)
     run("cmake", "-E", "tar", "cf", archive, "--format=zip",
         *(path.relative_to(stage) for path in files), cwd=stage)
-    # The archive has times that CMake cannot be asked to leave out.
+    # CMake cannot leave out the archive's time stamps.
     run("strip-nondeterminism", "--type", "zip", "--timestamp", int(date.timestamp()), archive,
         env={**os.environ, "TZ": "UTC"})
 

@@ -4,9 +4,9 @@
 #
 #   sign.sh FILE
 #
-# By the environment: MORVANE_SIGN_CERT and MORVANE_SIGN_KEY, certificate chain and key (PEM);
-# MORVANE_SIGN_TIME_URL, a time stamping service. Without a service the signature carries the time
-# MORVANE_SIGN_EPOCH, and is the same every time.
+# Environment: MORVANE_SIGN_CERT and MORVANE_SIGN_KEY, certificate chain and key (PEM);
+# MORVANE_SIGN_TIME_URL, a time-stamping service. Without one the signature carries the time
+# MORVANE_SIGN_EPOCH and is the same every time.
 
 set -euo pipefail
 

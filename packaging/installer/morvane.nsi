@@ -1,17 +1,17 @@
-; The per-user installer. Defined by the caller: VERSION, PROGRAM and LICENSE (files), ICON, OUTPUT,
-; and SIGN where a program is to sign the uninstaller.
+; The per-user installer. The caller defines VERSION, PROGRAM and LICENSE (files), ICON, OUTPUT, and
+; SIGN, a program that signs the uninstaller, if there is one.
 ;
-; Exit codes, for silent use; docs/deployment.md tells administrators of them.
+; Exit codes, for silent use; documented in docs/deployment.md.
 !define EXIT_STILL_RUNNING 3
 !define EXIT_NOT_WRITTEN 4
 !define EXIT_STARTUP_FAILED 5
 !define EXIT_DATA_KEPT 6
 
-; The stub and the plug-ins are 64-bit ones, like the program.
+; A 64-bit stub and plug-ins, like the program.
 Unicode true
 Target amd64-unicode
 SetCompressor /SOLID lzma
-; The files' own times would make every build of the same sources different.
+; File times would make builds of the same sources differ.
 SetDateSave off
 ManifestSupportedOS all
 ManifestDPIAware true
@@ -28,15 +28,15 @@ RequestExecutionLevel user
 !define UNINSTALL_KEY "Software\Microsoft\Windows\CurrentVersion\Uninstall\Morvane"
 !define PUBLISHER "the Morvane authors"
 !define START_MENU_ENTRY "$SMPROGRAMS\Morvane.lnk"
-!define STAGED .new ; ends the names of files until all of them are there
-!define KEPT .old ; ends the names of copies of what is replaced, until all of it is
-!define FILE_PATIENCE 25 ; attempts, 200 ms apart, at a file that somebody holds
+!define STAGED .new ; suffix of new files until all of them are in place
+!define KEPT .old ; suffix of copies of the old files until all of them are replaced
+!define FILE_PATIENCE 25 ; attempts, 200 ms apart, at a file in use
 !define CLOSE_PATIENCE 10000 ; milliseconds, for one copy
 
 Name "Morvane"
 OutFile "${OUTPUT}"
 InstallDir "$LOCALAPPDATA\Programs\Morvane"
-; An upgrade goes where the older version is.
+; An upgrade goes where the old version is.
 InstallDirRegKey HKCU "${UNINSTALL_KEY}" "InstallLocation"
 BrandingText "Morvane ${VERSION}"
 
@@ -52,8 +52,8 @@ VIAddVersionKey /LANG=0 "ProductVersion" "${VERSION}"
 !uninstfinalize '"${SIGN}" "%1"' = 0
 !endif
 
-Var isReplacing ; 1 from the first file that is replaced until the last step has succeeded
-Var hasClosed ; 1 when a running copy was closed and its end seen
+Var isReplacing ; 1 from the first replaced file until the last step has succeeded
+Var hasClosed ; 1 if a running copy was closed and has ended
 
 !define MUI_ICON "${ICON}"
 !define MUI_UNICON "${ICON}"
@@ -62,7 +62,7 @@ Var hasClosed ; 1 when a running copy was closed and its end seen
 !insertmacro MUI_PAGE_DIRECTORY
 !insertmacro MUI_PAGE_INSTFILES
 !define MUI_FINISHPAGE_RUN "$INSTDIR\Morvane.exe"
-; The page has one more check box, made for a text to be shown; here it is "Start with Windows".
+; The page's second check box, meant for showing a readme, serves as "Start with Windows".
 !define MUI_FINISHPAGE_SHOWREADME ""
 !define MUI_FINISHPAGE_SHOWREADME_TEXT "$(START_WITH_WINDOWS)"
 !define MUI_FINISHPAGE_SHOWREADME_FUNCTION Nothing
@@ -73,7 +73,7 @@ Var hasClosed ; 1 when a running copy was closed and its end seen
 !insertmacro MUI_UNPAGE_COMPONENTS
 !insertmacro MUI_UNPAGE_INSTFILES
 
-; The first is the one for every other language.
+; The first one serves all other languages.
 !insertmacro MUI_LANGUAGE English
 !insertmacro MUI_LANGUAGE Japanese
 !insertmacro MUI_LANGUAGE SimpChinese
@@ -86,8 +86,7 @@ Var hasClosed ; 1 when a running copy was closed and its end seen
 !insertmacro MUI_LANGUAGE Russian
 !include texts.nsh
 
-; The user's display language, where the stub's choice by the first part of it is the wrong one:
-; Chinese of Hong Kong and Macau is written traditionally.
+; The stub goes by the primary language alone; Chinese in Hong Kong and Macau is traditional.
 !macro CHOOSE_LANGUAGE
     System::Call "kernel32::GetUserDefaultUILanguage() i .r0"
     ${If} $0 = 0x0C04
@@ -96,13 +95,13 @@ Var hasClosed ; 1 when a running copy was closed and its end seen
     ${EndIf}
 !macroend
 
-; Closes the running copy the way its own menu does, so that it lets its windows go, and returns
-; once its process has ended. Sets the error flag when it does not end.
+; Closes the running copy as its own menu does, so that it unpins its windows, and waits for its
+; process to end. Sets the error flag if it does not.
 !macro DEFINE_CLOSE_RUNNING_COPY prefix
 Function ${prefix}CloseRunningCopy
     ; One instance runs at a time, but another may start while this one ends.
     ${For} $R0 1 3
-        ; Its window is message-only and found only below the parent of those, -3.
+        ; Its window is message-only: found only under HWND_MESSAGE, -3.
         System::Call "user32::FindWindowExW(p -3, p 0, w '${CONTROL_CLASS}', p 0) p .r0"
         ${If} $0 P= 0
             ClearErrors
@@ -112,7 +111,7 @@ Function ${prefix}CloseRunningCopy
         System::Call "kernel32::OpenProcess(i 0x00100000, i 0, i r1) p .r2" ; SYNCHRONIZE
         System::Call "user32::PostMessageW(p r0, i ${WM_CLOSE}, p 0, p 0) i .r3"
         ${If} $3 = 0
-            ; A process of higher rights, which takes no messages from this one.
+            ; An elevated process takes no messages from this one.
             ${Break}
         ${EndIf}
         System::Call "kernel32::WaitForSingleObject(p r2, i ${CLOSE_PATIENCE}) i .r3"
@@ -125,8 +124,8 @@ Function ${prefix}CloseRunningCopy
     SetErrors
 FunctionEnd
 
-; The same, asking the user to try again as long as it fails. Sets the error flag when that is
-; given up; a silent run gives up at once.
+; The same, but asks the user to retry on failure. Sets the error flag when the user cancels; a
+; silent run cancels at once.
 Function ${prefix}RequireNoRunningCopy
     again:
     Call ${prefix}CloseRunningCopy
@@ -140,12 +139,11 @@ FunctionEnd
 !insertmacro DEFINE_CLOSE_RUNNING_COPY ""
 !insertmacro DEFINE_CLOSE_RUNNING_COPY "un."
 
-; Moves the file $R3 over $R4. Somebody may hold it for a moment: a virus scanner, a copy that is
-; about to end, one that has just been started and had no window to be found by. Sets the error flag
-; on failure.
+; Moves the file $R3 over $R4. It may be in use for a moment: by a virus scanner, a copy about to
+; end, or one just started that had no window yet. Sets the error flag on failure.
 Function MoveOver
     ${For} $R2 1 ${FILE_PATIENCE}
-        ; Paths in variables: the call's own text takes an apostrophe in them for the end of a string.
+        ; Paths in variables: an apostrophe in a path would end a string in the call's own text.
         System::Call "kernel32::MoveFileExW(w R3, w R4, i 1) i .r0" ; MOVEFILE_REPLACE_EXISTING
         ${If} $0 <> 0
             ClearErrors
@@ -157,7 +155,7 @@ Function MoveOver
     SetErrors
 FunctionEnd
 
-; Keeps a copy of what will be replaced, or notes by its absence that there was nothing.
+; Keeps a copy of a file about to be replaced; no copy means there was none.
 !macro KEEP name
     Delete "$INSTDIR\${name}${KEPT}"
     ${If} ${FileExists} "$INSTDIR\${name}"
@@ -186,7 +184,7 @@ FunctionEnd
     Delete "$INSTDIR\${name}${KEPT}"
 !macroend
 
-; Every end that is none of success: what was there before is there again.
+; Restores what was there before.
 Function .onInstFailed
     ${If} $isReplacing = 1
         !insertmacro RESTORE Morvane.exe
@@ -202,15 +200,14 @@ Function .onInstFailed
         Delete "${START_MENU_ENTRY}"
         DeleteRegKey HKCU "${UNINSTALL_KEY}"
     ${EndIf}
-    ; Only when it is empty, that is, when nothing was installed before.
+    ; Only removes it empty, that is, if nothing was installed before.
     RMDir "$INSTDIR"
     ${If} $hasClosed = 1
         Exec '"$INSTDIR\Morvane.exe"'
     ${EndIf}
 FunctionEnd
 
-; An older version in another folder, $R9: its Startup shortcut is made anew for this one, and its
-; files go.
+; Removes an old version in another folder, $R9, after pointing its Startup shortcut to this one.
 Function LeaveOldFolder
     ${If} ${FileExists} "$SMSTARTUP\Morvane.lnk"
         Call EnableStartup
@@ -221,7 +218,7 @@ Function LeaveOldFolder
     RMDir "$R9"
 FunctionEnd
 
-; The stub goes without a word to the default folder when the one asked for cannot exist: refuse instead.
+; If the requested folder is impossible, the stub silently uses the default: refuse instead.
 Function .onInit
     !insertmacro CHOOSE_LANGUAGE
     System::Call "kernel32::GetCommandLineW() t .r0"
@@ -248,7 +245,7 @@ Section
     StrCpy $isReplacing 0
     SetErrorLevel ${EXIT_NOT_WRITTEN}
 
-    ; All that takes room on the disk comes before anything that cannot be taken back.
+    ; Everything that needs disk space comes before anything that cannot be undone.
     ClearErrors
     SetOutPath "$INSTDIR"
     SetOverwrite on
@@ -259,7 +256,8 @@ Section
     !insertmacro KEEP Morvane.exe
     !insertmacro KEEP LICENSE.txt
     !insertmacro KEEP Uninstall.exe
-    ; Or the shortcut and what is started from here would work in the program's folder and hold it.
+    ; Otherwise the shortcut and whatever is started here would use the program's folder as working
+    ; folder and keep it in use.
     SetOutPath "$PROFILE"
     IfErrors notWritten
 
@@ -269,7 +267,7 @@ Section
     Abort
     closed:
 
-    ; The program first: when a copy in another session holds it, nothing has been replaced.
+    ; The program first: if a copy in another session uses it, nothing has been replaced yet.
     !insertmacro REPLACE Morvane.exe
     IfErrors notWritten
     StrCpy $isReplacing 1
@@ -279,7 +277,7 @@ Section
     IfErrors notWritten
     CreateShortcut "${START_MENU_ENTRY}" "$INSTDIR\Morvane.exe"
     ReadRegStr $R9 HKCU "${UNINSTALL_KEY}" "InstallLocation"
-    ClearErrors ; there need not be one
+    ClearErrors ; it may be missing
     WriteRegStr HKCU "${UNINSTALL_KEY}" "DisplayName" "Morvane"
     WriteRegStr HKCU "${UNINSTALL_KEY}" "DisplayVersion" "${VERSION}"
     WriteRegStr HKCU "${UNINSTALL_KEY}" "DisplayIcon" "$INSTDIR\Morvane.exe,0"
@@ -309,7 +307,7 @@ Section
     Abort
 SectionEnd
 
-; The choices of the last page, for a run without pages.
+; The choices of the last page, for a silent run.
 Section
     ${IfNot} ${Silent}
         Return
@@ -321,7 +319,7 @@ Section
     ${ElseIf} $R1 == 0
         Call DisableStartup
     ${EndIf}
-    ; What ran before runs again, unless it is not wanted.
+    ; Restarts what ran before, unless told not to.
     ${GetOptions} $R0 "/START=" $R1
     ${If} $R1 == ""
         StrCpy $R1 $hasClosed
@@ -332,7 +330,7 @@ Section
 SectionEnd
 
 Function EnableStartup
-    StrCpy $0 1 ; where it cannot even be started
+    StrCpy $0 1 ; if it cannot be started
     ExecWait '"$INSTDIR\Morvane.exe" --install-startup' $0
     ${If} $0 <> 0
         SetErrorLevel ${EXIT_STARTUP_FAILED}
@@ -348,7 +346,7 @@ Function DisableStartup
     ${EndIf}
 FunctionEnd
 
-; The check box shows how things are: after an upgrade they stay as they were.
+; The check box shows the current state, so that an upgrade does not change it.
 Function ShowStartupState
     ${If} ${FileExists} "$SMSTARTUP\Morvane.lnk"
         ${NSD_Check} $mui.FinishPage.ShowReadme
@@ -366,7 +364,7 @@ Function SetStartup
     ${EndIf}
 FunctionEnd
 
-; The page calls it for a checked box; SetStartup has done all.
+; The page calls this for a checked box; SetStartup has done the work.
 Function Nothing
 FunctionEnd
 
@@ -375,7 +373,7 @@ Section "un.Morvane"
     Call un.Remove
 SectionEnd
 
-; A choice only: the program itself deletes its settings, as long as it is there.
+; Only a check box: the program deletes its settings itself, before it is removed.
 Section /o "un.$(REMOVE_SETTINGS)" SettingsSection
 SectionEnd
 
@@ -385,7 +383,7 @@ Function un.onUninstFailed
     ${EndIf}
 FunctionEnd
 
-; Sets the error flag when somebody, a copy in another session say, holds the program's file.
+; Sets the error flag if the program file is in use, by a copy in another session, say.
 Function un.RequireFreeProgram
     ${IfNot} ${FileExists} "$INSTDIR\Morvane.exe"
         Return
@@ -403,8 +401,8 @@ Function un.RequireFreeProgram
     SetErrors
 FunctionEnd
 
-; The file that was started may still be open: it ends after it has started this copy of itself. Run in
-; place there is no copy, and the file stays.
+; The uninstaller that started this copy of itself may not have ended yet. Run in place there is no
+; copy, and the file stays.
 Function un.DeleteUninstaller
     ${For} $R2 1 ${FILE_PATIENCE}
         Delete "$INSTDIR\Uninstall.exe"
@@ -416,7 +414,7 @@ Function un.DeleteUninstaller
     ${Next}
 FunctionEnd
 
-; Needs the program. $R8 becomes the exit code, and $R9 the text, when something is left behind.
+; Needs the program. If something is left behind, sets $R8 to the exit code and $R9 to the message.
 Function un.RemoveTraces
     ${If} ${FileExists} "$INSTDIR\Morvane.exe"
         ExecWait '"$INSTDIR\Morvane.exe" --remove-startup'
@@ -427,7 +425,7 @@ Function un.RemoveTraces
     ${EndIf}
     ${If} ${SectionIsSelected} ${SettingsSection}
     ${AndIf} ${FileExists} "$APPDATA\Morvane"
-        StrCpy $0 1 ; where it cannot even be started
+        StrCpy $0 1 ; if it cannot be started
         ExecWait '"$INSTDIR\Morvane.exe" --remove-data' $0
         ${If} $0 <> 0
             StrCpy $R8 ${EXIT_DATA_KEPT}
@@ -460,7 +458,7 @@ Function un.Remove
     Call un.DeleteUninstaller
     Delete "${START_MENU_ENTRY}"
     DeleteRegKey HKCU "${UNINSTALL_KEY}"
-    ; Only when nothing of the user's is in it.
+    ; Only if the user has put nothing in it.
     RMDir "$INSTDIR"
 
     ${If} $R8 <> 0
@@ -476,7 +474,7 @@ Function un.onInit
     ClearErrors
     ${GetOptions} $R0 "/REMOVEDATA" $R1
     ${IfNot} ${Errors}
-        ; Not for any other value: what is deleted is gone.
+        ; No other value counts: deletion is final.
         ${If} $R1 == ""
         ${OrIf} $R1 == "=1"
             !insertmacro SelectSection ${SettingsSection}

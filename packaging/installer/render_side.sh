@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 #
-# Renders the picture at the side of the installer's last page from the icon's drawing. Run it after
+# Renders the side picture of the installer's last page from the icon's drawing. Run it after
 # changing the drawing and commit the result. Needs rsvg-convert (Debian: librsvg2-bin) and
 # ImageMagick.
 

@@ -1,5 +1,5 @@
-; What the installer says beside the texts of its pages. START_WITH_WINDOWS and STARTUP_FAILED are
-; the program's own words.
+; The installer's texts besides those of its pages. START_WITH_WINDOWS and STARTUP_FAILED are
+; the same as in the program.
 
 LangString START_WITH_WINDOWS ${LANG_ENGLISH} "Start with Windows"
 LangString START_WITH_WINDOWS ${LANG_JAPANESE} "Windows 起動時に実行"
