@@ -1,15 +1,15 @@
-"""The picture of how a pass grows with the number of windows."""
+"""Draws how the time of a pass grows with the number of windows."""
 
 import statistics
 
 import matplotlib
 
 matplotlib.use("svg")
-# Letters stay letters, and the same numbers give the same file.
+# Text stays text, and the same numbers give the same file.
 matplotlib.rcParams["svg.fonttype"] = "none"
 matplotlib.rcParams["svg.hashsalt"] = "morvane"
 
-from matplotlib import pyplot  # noqa: E402  the back end is chosen before
+from matplotlib import pyplot  # noqa: E402  after choosing the back end
 
 import rows  # noqa: E402
 
@@ -34,7 +34,7 @@ def draw_growth(measured, path):
     below = [median - min(times) for median, times in zip(medians, ours)]
     above = [max(times) - median for median, times in zip(medians, ours)]
     axes.errorbar(counts, medians, yerr=[below, above], fmt="o", markersize=4, capsize=3,
-                  color="#b02020", label="a pass: median, least and most")
+                  color="#b02020", label="a pass: median, minimum and maximum")
     axes.plot(counts, [statistics.median(times) for times in bare], "x", color="0.2",
               label="its platform calls alone: median")
     axes.set_xlabel("windows of another program")

@@ -1,10 +1,10 @@
-"""Runs the measurements in a session of their own and reports them.
+"""Runs the measurements in their own session and reports them.
 
 usage: report.py BUILD_FOLDER [--quick] [--publish]
 
-Prints a table and writes build/bench/result.json and growth.svg; with --publish also the table and
-the picture of docs/performance.md, unless the machine was busy with something else. --quick
-measures little and shortly: for trying out, not to be published.
+Prints a table and writes build/bench/result.json and growth.svg; --publish also updates the table
+and the picture of docs/performance.md, unless the machine was busy. --quick is a short trial run,
+never published.
 """
 
 import argparse
@@ -27,11 +27,11 @@ DOCUMENT = ROOT / "docs" / "performance.md"
 PICTURE = ROOT / "docs" / "performance-growth.svg"
 BEGIN = "<!-- measured: begin -->\n"
 END = "<!-- measured: end -->\n"
-# Repetitions and seconds of idling.
+# Repetitions and idle seconds.
 FULL = (21, 60)
 QUICK = (5, 15)
 LOOK_SECONDS = 2
-# More than that of the machine's cores, and what is measured is something else.
+# With a larger share of the cores busy, the numbers mean little.
 MAX_BUSY_SHARE = 1 / 4
 
 
@@ -62,7 +62,7 @@ def windows_path(path):
 
 
 def processor_times():
-    """How long the machine's cores were idle, and how long in all, since it was started."""
+    """Idle and total time of the machine's cores since boot."""
     fields = pathlib.Path("/proc/stat").read_text(encoding="utf-8").splitlines()[0].split()[1:9]
     user, nice, system, idle, waiting, *others = map(int, fields)
     resting = idle + waiting
@@ -70,8 +70,7 @@ def processor_times():
 
 
 def busy_cores():
-    """How many cores something keeps busy right now. The load average would remember for minutes
-    what has long ended."""
+    """How many cores are busy right now; the load average lags by minutes."""
     resting_before, all_before = processor_times()
     time.sleep(LOOK_SECONDS)
     resting, total = processor_times()
@@ -79,15 +78,15 @@ def busy_cores():
 
 
 def measure(build, plan):
-    """The lines that the measuring program prints, by row."""
+    """The measuring program's output, by row."""
     environment = dict(os.environ)
     environment["MORVANE_TEST_PROGRAM"] = windows_path(build / "Morvane.exe")
     environment["MORVANE_TEST_ACTOR"] = windows_path(build / "window_actor.exe")
     environment["MORVANE_BENCH_BARE"] = windows_path(build / "morvane_bare.exe")
     command = [ROOT / "tests/session/wine_session.sh", "run", "wine", build / "morvane_bench.exe",
                *map(str, plan)]
-    # The whole session on one core: a request and its answer then never wait for another core to
-    # wake up, which costs now more and now less than the request itself.
+    # The whole session on one core, so that no request waits for another core to wake up: the cost of
+    # that varies and can exceed the request's own.
     core = max(os.sched_getaffinity(0))
     process = subprocess.run(
         command, env=environment, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, text=True,
@@ -110,12 +109,12 @@ def conditions_in_words(result):
 
 def outcome_in_words(report):
     missed = [row[0] for row in report if row[-1] == rows.verdict(False)]
-    return "Missed: " + "; ".join(missed) + "." if missed else "Every goal is reached."
+    return "Missed: " + "; ".join(missed) + "." if missed else "All goals met."
 
 
 def document_part(result, report):
     lines = [conditions_in_words(result), ""]
-    lines.append("| | Morvane | compared with | ratio: median (range) | of the least | goal | |")
+    lines.append("| | Morvane | compared with | ratio: median (range) | of the minima | goal | |")
     lines.append("|---|---|---|---|---|---|---|")
     lines += ["| " + " | ".join(row) + " |" for row in report]
     lines += ["", outcome_in_words(report)]
@@ -127,14 +126,14 @@ def is_busy(result):
 
 
 def print_table(result, report):
-    head = ("", "Morvane", "compared with", "ratio: median (range)", "of the least", "goal", "")
+    head = ("", "Morvane", "compared with", "ratio: median (range)", "of the minima", "goal", "")
     widths = [max(len(row[column]) for row in [head, *report]) for column in range(len(head))]
     for row in [head, *report]:
         print("  ".join(cell.ljust(width) for cell, width in zip(row, widths)).rstrip())
     print(conditions_in_words(result))
     print(outcome_in_words(report))
     if is_busy(result):
-        print("The machine was busy with something else: the numbers mean little.")
+        print("The machine was busy: the numbers mean little.")
 
 
 def publish(result, report):
@@ -150,7 +149,7 @@ def publish(result, report):
 def main():
     parser = argparse.ArgumentParser(prog="./dev bench")
     parser.add_argument("build", type=pathlib.Path)
-    parser.add_argument("--quick", action="store_true", help="little and short, for trying out")
+    parser.add_argument("--quick", action="store_true", help="a short trial run")
     parser.add_argument("--publish", action="store_true", help="refreshes docs/performance.md")
     arguments = parser.parse_args()
     if arguments.quick and arguments.publish:
@@ -174,7 +173,7 @@ def main():
     print_table(result, report)
     if arguments.publish:
         if is_busy(result):
-            sys.exit("bench: not published")
+            sys.exit("bench: not published, the machine was busy")
         publish(result, report)
 
 

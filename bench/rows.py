@@ -1,4 +1,4 @@
-"""What the numbers of a run say: one row of the table for each thing that was measured."""
+"""Turns the numbers of a run into the rows of the table."""
 
 import re
 import statistics
@@ -6,12 +6,12 @@ from typing import NamedTuple
 
 
 class Comparison(NamedTuple):
-    """A row whose measure is the ratio to something that was measured in turn with it."""
+    """A row that shows the ratio to something measured in alternation."""
 
     key: str
     what: str
     bare: str
-    goal: float = None  # the largest ratio; None: for information
+    goal: float = None  # the largest allowed ratio; None: no goal
 
 
 CALLS = "its platform calls alone"
@@ -31,13 +31,13 @@ COMPARISONS = (
                "lower-cased copies", 1 / 20),
     Comparison("file_100", "reading a file of 100 entries", "open, read, close", 1.5),
     Comparison("file_10mb_lines",
-               "reading a file of 10 MB: 100 entries, then lines that cannot count",
+               "reading a 10 MB file: 100 entries, then lines that cannot count",
                "open, read, close, convert", 3),
-    Comparison("file_10mb_switches", "reading a file of 10 MB: 100 entries, then lines with an @",
+    Comparison("file_10mb_switches", "reading a 10 MB file: 100 entries, then lines with an @",
                "open, read, close, convert", 3),
-    Comparison("file_10mb_comments", "reading a file of 10 MB: 10 entries, then comments",
+    Comparison("file_10mb_comments", "reading a 10 MB file: 10 entries, then comments",
                "open, read, close, convert", 3),
-    Comparison("file_10mb_one_line", "reading a file of 10 MB: one line",
+    Comparison("file_10mb_one_line", "reading a 10 MB file: one line",
                "open, read, close, convert", 3),
     Comparison("menu_500", "menu of 500 windows", CALLS, 1.2),
     Comparison("start", "start to icon", "bare program", 1.5),
@@ -61,8 +61,8 @@ def in_kilobytes(count):
     return f"{count / 1024:,.0f} KiB"
 
 
-def verdict(reached):
-    return "reached" if reached else "MISSED"
+def verdict(met):
+    return "met" if met else "MISSED"
 
 
 def spread(values, digits=2):
@@ -76,7 +76,7 @@ def ratios(ours, bare):
 
 
 def ratio_of_least(record):
-    """What disturbs a time only ever lengthens it: the least ones are the least disturbed."""
+    """A disturbance only ever lengthens a time: the shortest are the least disturbed."""
     return f"{min(record['ours']) / min(record['bare']):.2f}"
 
 
@@ -103,7 +103,7 @@ def comparison_row(comparison, record):
 
 
 def window_counts(measured):
-    """The numbers of windows that passes were measured at, ascending."""
+    """The numbers of windows that passes were measured with, ascending."""
     found = (re.fullmatch(r"windows_(\d+)", key) for key in measured)
     return sorted(int(match.group(1)) for match in found if match)
 
@@ -129,7 +129,7 @@ def growth_rows(measured):
                f"{in_time(statistics.median(record['bare']))}: {CALLS}",
                spread(ratios(record["ours"], record["bare"])) + " ×",
                f"{ratio_of_least(record)} ×", "–", "–")
-    yield ("growth with the windows", f"{in_time(slope)} per window", "a straight line",
+    yield ("growth with the number of windows", f"{in_time(slope)} per window", "a straight line",
            f"R² {fit:.4f}", "–", f"R² ≥ {MIN_FIT}", verdict(fit >= MIN_FIT))
 
 
@@ -156,7 +156,7 @@ def allocation_rows(measured):
 
 
 def report(result):
-    """The rows of the table, as texts."""
+    """The rows of the table, as strings."""
     measured = result["rows"]
     table = [comparison_row(comparison, measured[comparison.key])
              for comparison in COMPARISONS]

@@ -17,7 +17,7 @@ constexpr int TitleCapacity = 512;
 constexpr int ClassCapacity = 256;
 constexpr std::size_t FileCapacity = 16384;
 
-// Titles are kept, because they are the texts of the rows; the rest of each is never touched.
+// Titles are kept: they are the row texts. The rest of each buffer is never touched.
 struct Row {
     HWND window;
     wchar_t title[TitleCapacity];
@@ -74,7 +74,7 @@ void AppendRow(HMENU menu, UINT id, wchar_t* text) {
     SetMenuItemInfoW(menu, static_cast<UINT>(GetMenuItemCount(menu) - 1), TRUE, &info);
 }
 
-// Title by title; the second of the two also asks for the size of each window.
+// One row per title; the second list also asks for the size of each window.
 Menu BuildRows(bool sized, HWND active) {
     Menu menu(CreatePopupMenu());
     if (sized) {

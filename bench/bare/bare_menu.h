@@ -1,10 +1,10 @@
 #pragma once
 
-// What the preparing and building of the menu is compared with: its platform calls alone.
+// The platform calls that prepare and build the menu, and nothing else.
 
 namespace morvane::bare {
 
-// Makes the calls and destroys the menu again. The number of rows that were appended.
+// Also destroys the menu. Returns the number of rows appended.
 unsigned BuildMenuOnce(const wchar_t* settingsPath, const wchar_t* dataFolder);
 
 }  // namespace morvane::bare

@@ -15,7 +15,7 @@ constexpr int TitleCapacity = 512;
 constexpr int ClassCapacity = 256;
 constexpr UINT ZOrderOnly = SWP_NOSIZE | SWP_NOMOVE | SWP_NOACTIVATE | SWP_SHOWWINDOW;
 
-// Not cleared: a call that fails leaves a length of zero.
+// Not cleared: a failed call returns a length of 0.
 struct Texts {
     wchar_t title[TitleCapacity];
     wchar_t className[ClassCapacity];
@@ -25,7 +25,7 @@ int AskTitle(HWND window, Texts& texts) {
     return GetWindowTextW(window, texts.title, TitleCapacity);
 }
 
-// The length of the title; 0 for a window that is no candidate.
+// The length of the title; 0 for a window that is not a candidate.
 int AskAll(HWND window, Texts& texts) {
     if (IsWindowVisible(window) == FALSE || GetWindow(window, GW_OWNER) != nullptr) {
         return 0;

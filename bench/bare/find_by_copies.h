@@ -1,6 +1,6 @@
 #pragma once
 
-// What identity is compared with: the rule in its plainest form.
+// The identity rule in its plainest form, for comparison.
 
 #include <cstdint>
 #include <string_view>
@@ -9,8 +9,8 @@
 
 namespace morvane::bare {
 
-// The entry that the title belongs to, by its index, or NoEntry. Both sides are copied and
-// lower-cased for each comparison.
+// The index of the entry that the title belongs to, or NoEntry. Copies and lower-cases both sides
+// for each comparison.
 [[nodiscard]] std::int32_t FindByCopies(const PinList& list, std::wstring_view title);
 
 }  // namespace morvane::bare

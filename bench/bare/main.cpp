@@ -1,7 +1,7 @@
-// The smallest program of the kind: a class, a message-only window and an icon, until WM_CLOSE.
+// The smallest program of its kind: a class, a message-only window and an icon, until WM_CLOSE.
 // With an argument it is also the bare loop: twice a second it makes the calls of a pass that pins
 // the windows whose titles begin with the argument's first unit. The number after that unit is how
-// many there have to be; with any other number of them it ends at once and fails.
+// many there must be; otherwise it fails at once.
 
 #include <array>
 #include <cwchar>
@@ -14,7 +14,7 @@
 namespace {
 
 constexpr wchar_t BareClass[] = L"MorvaneBareWindow";
-constexpr UINT PassPeriod = 500;  // milliseconds, as the program's
+constexpr UINT PassPeriod = 500;  // milliseconds, as in the program
 constexpr UINT_PTR PassTimer = 1;
 constexpr UINT IconMessage = WM_APP + 1;
 constexpr std::size_t MaxPinned = 500;

@@ -44,7 +44,7 @@ void MeasurePatterns(const Plan& plan) {
     std::array<std::vector<double>, Counts.size()> times;
     for (int repetition = 0; repetition <= plan.repetitions; ++repetition) {
         for (std::size_t turn = 0; turn < Counts.size(); ++turn) {
-            // Another one first in each round.
+            // Each round starts with a different one.
             const std::size_t which = (turn + static_cast<std::size_t>(repetition)) % Counts.size();
             BindEngine(UnmatchedEntries(Counts[which]));
             const double time = TimeOf(1, ApplyAll);

@@ -16,8 +16,8 @@ namespace {
 constexpr int EntryCount = 100;
 constexpr std::array<int, 5> WindowCounts = {50, 100, 200, 400, 800};
 
-// The whole growth several times over: what disturbs the machine for a while then disturbs a part
-// of the times of each number of windows, instead of all times of one.
+// Several rounds, so that a temporary disturbance affects some times for every number of windows
+// instead of all times for one.
 constexpr int Rounds = 3;
 
 struct Point {

@@ -1,5 +1,5 @@
-// Takes the measurements of ./dev bench, in a session of its own: morvane_bench [REPETITIONS [IDLE
-// SECONDS]]. The report runs it and reads what it prints.
+// Takes the measurements of ./dev bench: morvane_bench [REPETITIONS [IDLE-SECONDS]].
+// bench/report.py runs it in its own session and reads its output.
 
 #include <cstdlib>
 #include <exception>

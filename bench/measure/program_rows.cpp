@@ -27,7 +27,7 @@ constexpr wchar_t ControlClass[] = L"MorvaneHiddenWindow";
 constexpr int IdleWindows = 50;
 constexpr int EntryCount = 100;
 constexpr int IdleParts = 15;
-constexpr double RequestsOfOne = 2;  // in a second, to each window
+constexpr double RequestsOfOne = 2;  // per second, to each window
 constexpr double MicrosecondsPerSecond = 1e6;
 
 std::wstring ProgramPath() {
@@ -38,7 +38,7 @@ std::wstring BarePath() {
     return test::RequiredPath(L"MORVANE_BENCH_BARE");
 }
 
-// Ends a program of ours by its message-only window.
+// Ends one of our programs through its message-only window.
 void Close(const test::ChildProcess& child, const wchar_t* className) {
     PostMessageW(FindWindowExW(HWND_MESSAGE, nullptr, className, nullptr), WM_CLOSE, 0, 0);
     Require(test::WaitForObject(child.process.get()), "the program ends");
@@ -71,8 +71,8 @@ std::string ShellOutput(const std::string& line) {
     return result.output;
 }
 
-// The host's folder of a process of this session, by the name of its executable, of which the host
-// keeps 15 characters. Other processes may end while they are looked at.
+// The /proc folder of this session's process with that executable name, which the host cuts to 15
+// characters. Other processes may end meanwhile: hence no error messages.
 std::string HostProcess(const std::string& executable) {
     const std::string found = ShellOutput("for p in $(grep -lxF " + executable +
                                           " /proc/[0-9]*/comm 2>/dev/null); do p=${p%/comm}; "
@@ -84,7 +84,7 @@ std::string HostProcess(const std::string& executable) {
 }
 
 // The processor time of both processes so far, in microseconds, from the host's scheduler: the
-// times that Windows programs can ask for move in steps of 10 milliseconds.
+// times that Windows programs can query move in steps of 10 milliseconds.
 std::array<double, 2> ProcessorTimes(const std::array<std::string, 2>& processes) {
     constexpr double Nanoseconds = 1000;
     std::string line;
@@ -97,8 +97,8 @@ std::array<double, 2> ProcessorTimes(const std::array<std::string, 2>& processes
     return {std::stod(output) / Nanoseconds, std::stod(output.substr(second)) / Nanoseconds};
 }
 
-// The bare loop keeps to the windows that it found at its start: one that comes later is the
-// program's alone. It goes again.
+// The bare loop keeps to the windows it found at its start: a later one is pinned by the program
+// alone.
 void RequireNewOnesPinned(test::Actor& actor) {
     const std::vector<HWND> late = AddWindows(actor, 1, PinnedTitle);
     Require(test::WaitUntil([&] { return test::IsTopmost(late.front()); }), "the program pins");

@@ -1,12 +1,12 @@
 #pragma once
 
-// The rows of the report, in groups that need the same windows.
+// The rows of the report, grouped by the windows they need.
 
 #include "measure/sampling.h"
 
 namespace morvane::bench {
 
-// Identity of a title, and reading of settings files. Needs no windows.
+// The identity of titles, and reading settings files. Needs no windows.
 void MeasureTexts(const Plan& plan);
 
 // From the start of the program to its icon. Needs a desktop without other windows.
@@ -18,7 +18,7 @@ void MeasureDesktop(const Plan& plan);
 // A pass over more and more windows, which it opens and closes.
 void MeasureGrowth(const Plan& plan);
 
-// The program and the bare loop, side by side, left to themselves.
+// The program and the bare loop, idling side by side.
 void MeasureIdle(const Plan& plan);
 
 }  // namespace morvane::bench

@@ -26,7 +26,7 @@ void Write(std::FILE* stream, const std::string& line) {
 
 void Require(bool condition, const std::string& what) {
     if (!condition) {
-        throw std::runtime_error("not as meant: " + what);
+        throw std::runtime_error("expected: " + what);
     }
 }
 

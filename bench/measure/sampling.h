@@ -1,7 +1,7 @@
 #pragma once
 
-// Taking times, and handing them to the report: one line of JSON for each row on standard output,
-// what is being done on standard error.
+// Takes times and hands them to the report: one line of JSON per row on standard output, progress
+// on standard error.
 
 #include <cstdint>
 #include <string>
@@ -18,7 +18,7 @@ struct Plan {
     int idleSeconds = 60;
 };
 
-// Throws std::runtime_error: a measurement of something else than was meant is worse than none.
+// Throws std::runtime_error: measuring the wrong thing is worse than measuring nothing.
 void Require(bool condition, const std::string& what);
 
 void Announce(const std::string& what);
@@ -31,13 +31,13 @@ void Announce(const std::string& what);
 
 [[nodiscard]] double Microseconds(std::int64_t ticks);
 
-// Times of the program's code and of what it is compared with, in microseconds for one execution.
+// Times of the program's code and of what it is compared with, in microseconds per execution.
 struct Pairs {
     std::vector<double> ours;
     std::vector<double> bare;
 };
 
-// The time of one execution, from as many as are run between two looks at the clock.
+// The time per execution, averaged over all of them.
 template <typename Work>
 [[nodiscard]] double TimeOf(int executions, Work&& work) {
     const std::int64_t start = Ticks();
@@ -47,8 +47,8 @@ template <typename Work>
     return Microseconds(Ticks() - start) / executions;
 }
 
-// Measures both in turn, and every other time the other one first: what disturbs the machine for a
-// while disturbs both. The first turn warms up and does not count.
+// Measures both in turn, alternating which goes first, so that a temporary disturbance affects
+// both. The first turn warms up and does not count.
 template <typename Ours, typename Bare>
 [[nodiscard]] Pairs MeasureInTurn(const Plan& plan, int executions, Ours&& ours, Bare&& bare) {
     Pairs pairs;
@@ -67,7 +67,7 @@ template <typename Ours, typename Bare>
     return pairs;
 }
 
-// Numbers of one row, by the names that the report knows.
+// The numbers of one row, by the names the report uses.
 using Fields = std::vector<std::pair<std::string_view, std::vector<double>>>;
 void Emit(std::string_view row, const Fields& fields);
 void Emit(std::string_view row, const Pairs& pairs);

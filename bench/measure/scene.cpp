@@ -62,9 +62,9 @@ std::string EntriesWithMatch(int count) {
 }
 
 std::string NearMisses(const std::vector<std::wstring>& titles, int count) {
-    // Cut off so much at most, so that patterns of the same title differ.
+    // Up to this many units are cut off, so that patterns from the same title differ.
     constexpr std::size_t Cuts = 8;
-    // The changed unit is one of so many near the end, and so in the latter half.
+    // The changed unit is one of this many near the end, and so in the latter half.
     constexpr std::size_t Places = 13;
     std::string lines;
     for (int index = 0; index < count; ++index) {
@@ -73,7 +73,7 @@ std::string NearMisses(const std::vector<std::wstring>& titles, int count) {
         Require(pattern.size() > Cuts + 2 * Places, "titles long enough");
         pattern.resize(pattern.size() - which % Cuts);
         wchar_t& unit = pattern[pattern.size() - 2 - which / Cuts % Places];
-        // Common ones, so that also the pairs that come about may occur elsewhere in the title.
+        // Common letters, so that the new pairs may occur elsewhere in the title.
         unit = unit == L'e' ? L'a' : L'e';
         lines += WideToUtf8(pattern) + "\n";
     }

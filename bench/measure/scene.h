@@ -1,6 +1,6 @@
 #pragma once
 
-// The windows and the settings that are measured with.
+// The windows and settings to measure with.
 
 #include <string>
 #include <vector>
@@ -10,29 +10,29 @@
 
 namespace morvane::bench {
 
-// The windows of the other process: ordinary ones, and those that a pattern matches once the
-// settings hold it. No title of the one kind begins with the first unit of the other.
+// Titles of the other process's windows: ordinary ones, and ones that the last of EntriesWithMatch
+// matches. The two begin with different units.
 inline constexpr wchar_t PlainTitle[] = L"Document - an ordinary window of another program ";
 inline constexpr wchar_t PinnedTitle[] = L"Pinned - a window of another program ";
 
-// Small ones, so that their painting is not what is measured.
+// Small windows, so that painting them does not count.
 [[nodiscard]] std::vector<HWND> AddWindows(test::Actor& actor, int count, const wchar_t* title);
 
-// So many entries, none of which the windows above belong to.
+// Entries that no title above contains.
 [[nodiscard]] std::string UnmatchedEntries(int count);
 
-// As many entries; the last one is what all titles of the pinned kind contain, so that no pattern
-// before it is refused for its length.
+// The same, but all pinned titles contain the last one: earlier it would rule out shorter patterns
+// by their length.
 [[nodiscard]] std::string EntriesWithMatch(int count);
 
-// So many entries that are beginnings of the titles with one late unit changed: what takes long
-// to refuse. Titles of more than 34 units; which of them an entry comes from goes round.
+// Entries that are beginnings of the titles, used in turn, with one late unit changed: these are
+// slow to rule out. The titles must be longer than 34 units.
 [[nodiscard]] std::string NearMisses(const std::vector<std::wstring>& titles, int count);
 
-// How often a pass asks for memory that has seen all windows before.
+// The allocations of a pass that has seen all windows before.
 [[nodiscard]] double AllocationsOfPass();
 
-// The engine as the program binds it, to a settings file with these lines.
+// Binds the engine as the program does, to a settings file with these lines.
 void BindEngine(const std::string& lines);
 
 }  // namespace morvane::bench

@@ -22,11 +22,11 @@ constexpr int EntryCount = 100;
 constexpr int FewEntries = 10;
 constexpr std::size_t LargeFile = std::size_t{10} * 1000 * 1000;
 
-// Where a result goes that nobody needs, so that the work for it is done.
+// Takes results that nobody needs, so that the compiler keeps the work.
 volatile std::size_t sink = 0;
 
 std::wstring TitleOf(std::size_t units) {
-    // No word twice, or a pattern would be looked for in few different places only.
+    // No word twice, or patterns would be searched for in only a few places.
     constexpr std::wstring_view Text =
         L"Pinned - a window, Minutes of the last meeting about new offices: second draft with "
         L"remarks by everybody who came, among them planners, builders, neighbours and two "
@@ -66,7 +66,7 @@ void MeasureIdentity(const Plan& plan) {
         Require(list.entries.size() == EntryCount, "a full list");
         Require(bare::FindByCopies(list, title) == row.found &&
                     FindBestEntryIndex(list, title) == row.found,
-                "the entry that is meant");
+                "the right entry");
         Emit(row.name,
              MeasureInTurn(
                  plan, Executions,
