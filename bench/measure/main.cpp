@@ -16,7 +16,7 @@ namespace {
 
 void MeasureAll(const Plan& plan) {
     Require(test::DisposableProfile(), "a disposable profile");
-    Require(test::WaitForTaskbar(), "a task bar");
+    Require(test::WaitForTaskbar(), "a taskbar");
     test::ResetProfile();
     MeasureTexts(plan);
     MeasureStart(plan);
