@@ -44,7 +44,11 @@ bool MayContain(const PairSketch& pairs, std::wstring_view pattern) {
 }
 
 bool ContainsFolded(std::wstring_view folded, std::wstring_view pattern) {
-    return !std::ranges::search(folded, pattern, {}, {}, FoldCase).empty();
+    const auto sameFolded = [](wchar_t titleUnit, wchar_t unit) {
+        return titleUnit == FoldCase(unit);
+    };
+    return std::search(folded.begin(), folded.end(), pattern.begin(), pattern.end(), sameFolded) !=
+           folded.end();
 }
 
 std::int32_t FindBestInFolded(const PinList& list, std::wstring_view folded) {

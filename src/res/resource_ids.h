@@ -3,5 +3,4 @@
 // Numbers shared by morvane.rc and the program. Macros, because the resource compiler understands
 // nothing else; keep this file free of C++.
 
-// The program's icon, for LoadIconW with MAKEINTRESOURCEW.
-#define IDI_MORVANE 101
+#define IDI_MORVANE 101  // the icon, for LoadIconW

@@ -20,7 +20,7 @@ FileHandle OpenFile(const std::wstring& path, DWORD access, DWORD disposition) {
 // Only a read that succeeds with no bytes is the end of a file; a short one is not. An error counts
 // as the end too.
 std::string ReadWhole(HANDLE file) {
-    constexpr std::size_t PartSize = 0x10000;
+    constexpr std::size_t PartSize = 0x4000;
     std::array<char, PartSize> part{};
     std::string bytes;
     bool more = true;

@@ -29,11 +29,6 @@ bool IsNumber(std::wstring_view text) {
            std::ranges::all_of(text, [](wchar_t c) { return c >= L'0' && c <= L'9'; });
 }
 
-// The suffix itself when both of its fields are numbers.
-std::optional<SizeSuffix> WithNumbers(const SizeSuffix& suffix) {
-    return IsNumber(suffix.width) && IsNumber(suffix.height) ? std::optional(suffix) : std::nullopt;
-}
-
 // The value of a text of ASCII digits, however many, capped at MaxMinSize.
 std::int32_t ToCappedSize(std::wstring_view digits) {
     std::int32_t value = 0;
@@ -52,18 +47,28 @@ std::optional<SizeSuffix> FindTabForm(std::wstring_view text) {
     if (second == std::wstring_view::npos) {
         return std::nullopt;
     }
-    return WithNumbers({TrimmedView(text.substr(0, first)),
-                        TrimmedView(text.substr(first + 1, second - first - 1)),
-                        TrimmedView(text.substr(second + 1))});
+    const SizeSuffix suffix{TrimmedView(text.substr(0, first)),
+                            TrimmedView(text.substr(first + 1, second - first - 1)),
+                            TrimmedView(text.substr(second + 1))};
+    return IsNumber(suffix.width) && IsNumber(suffix.height) ? std::optional(suffix) : std::nullopt;
+}
+
+// npos, to which 0 - 1 wraps, when there is none. A loop, because find_last_of calls the runtime
+// for each unit.
+std::size_t FindLastBlank(std::wstring_view text) {
+    std::size_t at = text.size();
+    while (at > 0 && text[at - 1] != L' ' && text[at - 1] != L'\t') {
+        --at;
+    }
+    return at - 1;
 }
 
 std::optional<SizeSuffix> FindBlankForm(std::wstring_view text) {
-    constexpr std::wstring_view Blanks = L" \t";
-    constexpr std::size_t None = std::wstring_view::npos;
     // If there are only blanks, npos + 1 wraps to 0.
-    const std::wstring_view fields = text.substr(0, text.find_last_not_of(Blanks) + 1);
-    const std::size_t heightBlank = fields.find_last_of(Blanks);
-    if (heightBlank == None) {
+    const std::wstring_view fields = text.substr(0, text.find_last_not_of(L" \t") + 1);
+    const std::size_t heightBlank = FindLastBlank(fields);
+    const std::wstring_view height = TrimmedView(fields.substr(heightBlank + 1));
+    if (heightBlank == std::wstring_view::npos || !IsNumber(height)) {
         return std::nullopt;
     }
     // A run of several blanks counts as one separator.
@@ -71,31 +76,21 @@ std::optional<SizeSuffix> FindBlankForm(std::wstring_view text) {
     while (widthEnd > 0 && IsWhiteSpace(text[widthEnd - 1])) {
         --widthEnd;
     }
-    const std::size_t widthBlank = text.substr(0, widthEnd).find_last_of(Blanks);
-    if (widthBlank == None) {
+    const std::size_t widthBlank = FindLastBlank(text.substr(0, widthEnd));
+    if (widthBlank == std::wstring_view::npos) {
         return std::nullopt;  // two numbers alone are a pattern
     }
-    const SizeSuffix suffix{
-        TrimmedView(text.substr(0, widthBlank)),
-        TrimmedView(text.substr(widthBlank + 1, widthEnd - widthBlank - 1)),
-        TrimmedView(fields.substr(heightBlank + 1)),
-    };
-    return suffix.pattern.empty() ? std::nullopt : WithNumbers(suffix);
+    const SizeSuffix suffix{TrimmedView(text.substr(0, widthBlank)),
+                            TrimmedView(text.substr(widthBlank + 1, widthEnd - widthBlank - 1)),
+                            height};
+    return !suffix.pattern.empty() && IsNumber(suffix.width) ? std::optional(suffix) : std::nullopt;
 }
 
 std::optional<SizeSuffix> FindSizeSuffix(std::wstring_view text) {
     // A title that ends in two numbers ("Report 2024 01") reads as a pattern with a size: the
-    // format cannot tell them apart. Two numbers alone are a pattern.
-    std::optional<SizeSuffix> suffix = FindTabForm(text);
-    if (!suffix) {
-        suffix = FindBlankForm(text);
-    }
-    return suffix;
-}
-
-// Only raw bytes decide: a line of blanks and then "#" is not a comment.
-bool IsCommentOrEmpty(std::string_view line) {
-    return line.empty() || line.front() == '#';
+    // format cannot tell them apart.
+    const std::optional<SizeSuffix> tabForm = FindTabForm(text);
+    return tabForm ? tabForm : FindBlankForm(text);
 }
 
 // The buffer is shared by all lines of a file: it grows to the longest line and is then reused.
@@ -103,8 +98,9 @@ void ParseLine(std::string_view bytes, PinList& list, std::wstring& buffer) {
     if (!bytes.empty() && bytes.back() == '\r') {
         bytes.remove_suffix(1);
     }
-    // A byte-order mark is not removed: the format has none.
-    if (IsCommentOrEmpty(bytes)) {
+    // Only raw bytes decide: a line of blanks and then "#" is no comment, nor is one that begins
+    // with a byte-order mark, which the format does not have.
+    if (bytes.empty() || bytes.front() == '#') {
         return;
     }
     const std::wstring_view line = Utf8ToWide(bytes, buffer);

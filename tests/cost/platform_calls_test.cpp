@@ -63,7 +63,7 @@ constexpr DWORD Popup = WS_POPUP | WS_CAPTION;
 
 // A file of this size is read in so many parts; one more read finds the end.
 CallCounts FileCalls(std::size_t size) {
-    constexpr std::size_t PartSize = 0x10000;
+    constexpr std::size_t PartSize = 0x4000;
     const auto parts = static_cast<int>((size + PartSize - 1) / PartSize);
     return {{"CreateFileW", 1}, {"ReadFile", parts + 1}, {"CloseHandle", 1}};
 }
@@ -159,7 +159,7 @@ TEST_F(PlatformCallsTest, WithPinningOffAPassLooksAtNoWindow) {
 }
 
 TEST_F(PlatformCallsTest, AFileIsReadInPartsToItsEnd) {
-    for (const std::size_t size : {12U, 0xFFFFU, 0x10000U, 0x10001U, 1'000'000U}) {
+    for (const std::size_t size : {12U, 0x3FFFU, 0x4000U, 0x4001U, 1'000'000U}) {
         SCOPED_TRACE(size);
         std::string text = "@pinning=0\n";
         text.resize(size, '#');

@@ -111,7 +111,7 @@ std::string TextOfSize(std::size_t size) {
 }
 
 TEST_F(SettingsFileTest, FilesOfEverySizeAreReadToTheEnd) {
-    for (const std::size_t size : {30U, 10'000U, 0xFFFFU, 0x10000U, 0x10001U, 3'000'000U}) {
+    for (const std::size_t size : {30U, 10'000U, 0x3FFFU, 0x4000U, 0x4001U, 3'000'000U}) {
         SCOPED_TRACE(size);
         ASSERT_TRUE(WriteFileBytes(Path(), TextOfSize(size)));
         ExpectRead(Path(), L"notes");
