@@ -130,7 +130,7 @@ std::wstring VerbatimPath(const std::wstring& path) {
     }
     const std::wstring full = FullPath(path);
     if (full.empty()) {
-        return full;
+        return {};
     }
     std::wstring verbatim(Prefix);
     std::wstring_view rest = full;
