@@ -7,7 +7,7 @@
 #include <string>
 
 #include "cost/allocation_count.h"
-#include "desktop/engine_test.h"
+#include "desktop/engine_fixture.h"
 #include "pin/enforcement.h"
 #include "pin/engine.h"
 #include "pin/identity.h"

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "cost/call_watch.h"
-#include "desktop/engine_test.h"
+#include "desktop/engine_fixture.h"
 #include "pin/enforcement.h"
 #include "pin/engine.h"
 #include "pin/settings_sync.h"

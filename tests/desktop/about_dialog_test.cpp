@@ -31,7 +31,7 @@ bool IsClosed() {
     return AboutDialog() == nullptr;
 }
 
-TEST_F(AboutTest, DialogIsACaptionedTopmostWindowOfTheControlWindow) {
+TEST_F(AboutDialogTest, DialogIsACaptionedTopmostWindowOfTheControlWindow) {
     OpenAndLook([this](HWND dialog) {
         // The system adds WS_CLIPSIBLINGS and WS_EX_WINDOWEDGE by itself.
         EXPECT_EQ(StyleOf(dialog) & ~DWORD{WS_CLIPSIBLINGS}, 0x10C80000U);
@@ -42,7 +42,7 @@ TEST_F(AboutTest, DialogIsACaptionedTopmostWindowOfTheControlWindow) {
     });
 }
 
-TEST_F(AboutTest, ClassHasNeitherStyleNorBackgroundNorIcon) {
+TEST_F(AboutDialogTest, ClassHasNeitherStyleNorBackgroundNorIcon) {
     OpenAndLook([](HWND) {});
     WNDCLASSW info{};
     ASSERT_NE(GetClassInfoW(GetModuleHandleW(nullptr), L"MorvaneAboutDialog", &info), FALSE)
@@ -57,7 +57,7 @@ TEST_F(AboutTest, ClassHasNeitherStyleNorBackgroundNorIcon) {
     EXPECT_EQ(info.lpszMenuName, nullptr);
 }
 
-TEST_F(AboutTest, DialogAndItsControlsHaveTheExplorerLook) {
+TEST_F(AboutDialogTest, DialogAndItsControlsHaveTheExplorerLook) {
     OpenAndLook([](HWND dialog) {
         EXPECT_TRUE(HasThemeName(dialog, L"Explorer"));
         EXPECT_TRUE(HasThemeName(BodyOf(dialog), L"Explorer"));
@@ -65,7 +65,7 @@ TEST_F(AboutTest, DialogAndItsControlsHaveTheExplorerLook) {
     });
 }
 
-TEST_F(AboutTest, ControlsAreAStaticTextAndADefaultButton) {
+TEST_F(AboutDialogTest, ControlsAreAStaticTextAndADefaultButton) {
     OpenAndLook([](HWND dialog) {
         const HWND body = BodyOf(dialog);
         const HWND button = ButtonOf(dialog);
@@ -100,7 +100,7 @@ LRESULT WINAPI RecordFontRequest(HWND window, UINT message, WPARAM wParam, LPARA
     return originalSend(window, message, wParam, lParam);
 }
 
-TEST_F(AboutTest, ControlsAreToldToRedrawInTheirFont) {
+TEST_F(AboutDialogTest, ControlsAreToldToRedrawInTheirFont) {
     const ImportPatch<decltype(&SendMessageW)> patch("SendMessageW", RecordFontRequest);
     originalSend = patch.Original();
     fontRequests.clear();
@@ -111,7 +111,7 @@ TEST_F(AboutTest, ControlsAreToldToRedrawInTheirFont) {
     });
 }
 
-TEST_F(AboutTest, TextsAreThoseOfTheLanguage) {
+TEST_F(AboutDialogTest, TextsAreThoseOfTheLanguage) {
     EXPECT_EQ(GetProductVersion(), L"?") << "the tests have no version of their own";
     for (const InterfaceTexts& texts : TextsOfAllLanguages()) {
         ChooseLanguage(texts.code);
@@ -125,14 +125,14 @@ TEST_F(AboutTest, TextsAreThoseOfTheLanguage) {
     }
 }
 
-TEST_F(AboutTest, OwnerIsDisabledWhileTheDialogIsOpenAndThenInTheForeground) {
+TEST_F(AboutDialogTest, OwnerIsDisabledWhileTheDialogIsOpenAndThenInTheForeground) {
     ASSERT_NE(IsWindowEnabled(Control().Get()), FALSE);
     OpenAndLook([this](HWND) { EXPECT_EQ(IsWindowEnabled(Control().Get()), FALSE); });
     EXPECT_NE(IsWindowEnabled(Control().Get()), FALSE);
     EXPECT_EQ(GetForegroundWindow(), Control().Get());
 }
 
-TEST_F(AboutTest, EveryWayOfClosingCloses) {
+TEST_F(AboutDialogTest, EveryWayOfClosingCloses) {
     struct Case {
         const char* name;
         void (*act)(HWND dialog);
@@ -172,7 +172,7 @@ TEST_F(AboutTest, EveryWayOfClosingCloses) {
     }
 }
 
-TEST_F(AboutTest, OtherCommandsLeaveTheDialogOpen) {
+TEST_F(AboutDialogTest, OtherCommandsLeaveTheDialogOpen) {
     OpenAndLook([](HWND dialog) {
         for (const WPARAM command : {0U, 3U, 99U, 100U, 102U, 1004U, 1009U}) {
             SendMessageW(dialog, WM_COMMAND, command, 0);
@@ -181,7 +181,7 @@ TEST_F(AboutTest, OtherCommandsLeaveTheDialogOpen) {
     });
 }
 
-TEST_F(AboutTest, EachOpeningMakesItsBrushAnewAndNothingOutlivesIt) {
+TEST_F(AboutDialogTest, EachOpeningMakesItsBrushAnewAndNothingOutlivesIt) {
     for (const DWORD light : {0U, 1U, 0U, 0U}) {
         HWND window = nullptr;
         HGDIOBJ font = nullptr;
@@ -205,7 +205,7 @@ TEST_F(AboutTest, EachOpeningMakesItsBrushAnewAndNothingOutlivesIt) {
     }
 }
 
-TEST_F(AboutTest, SecondCallWhileTheDialogIsOpenMakesNoSecondOne) {
+TEST_F(AboutDialogTest, SecondCallWhileTheDialogIsOpenMakesNoSecondOne) {
     const HWND other = Window(L"Other");
     HWND first = nullptr;
     Open({AboutHasFocus,
@@ -223,7 +223,7 @@ TEST_F(AboutTest, SecondCallWhileTheDialogIsOpenMakesNoSecondOne) {
     EXPECT_TRUE(IsClosed());
 }
 
-TEST_F(AboutTest, DialogThatCannotBeCreatedLeavesTheOwnerAlone) {
+TEST_F(AboutDialogTest, DialogThatCannotBeCreatedLeavesTheOwnerAlone) {
     {
         const ClassRefusal refusal(L"MorvaneAboutDialog");
         Control().Forget();
@@ -236,14 +236,14 @@ TEST_F(AboutTest, DialogThatCannotBeCreatedLeavesTheOwnerAlone) {
     EXPECT_EQ(Control().Count(WM_ENABLE), 2U);
 }
 
-TEST_F(AboutTest, ClassThatCouldNotBeRegisteredIsRegisteredAtTheNextOpening) {
+TEST_F(AboutDialogTest, ClassThatCouldNotBeRegisteredIsRegisteredAtTheNextOpening) {
     EXPECT_TRUE(ResultOfFirstOpening().foundClassTaken);
     EXPECT_TRUE(ResultOfFirstOpening().triedToCreate) << "by the class that took the name";
     EXPECT_FALSE(ResultOfFirstOpening().sawOwnerDisabled);
     OpenAndLook([](HWND dialog) { EXPECT_NE(BodyOf(dialog), nullptr); });
 }
 
-TEST_F(AboutTest, KeysOfOtherWindowsBecomeCharactersBeforeTheyAreDispatched) {
+TEST_F(AboutDialogTest, KeysOfOtherWindowsBecomeCharactersBeforeTheyAreDispatched) {
     bool isWaiting = false;
     Control().On(WM_KEYDOWN, [this, &isWaiting] {
         MSG message{};
@@ -256,7 +256,7 @@ TEST_F(AboutTest, KeysOfOtherWindowsBecomeCharactersBeforeTheyAreDispatched) {
     EXPECT_TRUE(isWaiting);
 }
 
-TEST_F(AboutTest, QuitMessageEndsTheDialogAndIsNotPostedAgain) {
+TEST_F(AboutDialogTest, QuitMessageEndsTheDialogAndIsNotPostedAgain) {
     Control().Run([this] { ShowAboutDialog(Control().Get()); },
                   {AboutHasFocus,
                    [] {
@@ -271,7 +271,7 @@ TEST_F(AboutTest, QuitMessageEndsTheDialogAndIsNotPostedAgain) {
     OpenAndLook([](HWND dialog) { EXPECT_NE(dialog, nullptr) << "and it opens again"; });
 }
 
-TEST_F(AboutTest, RaisedDialogIsAboveWhatAPassHasRaised) {
+TEST_F(AboutDialogTest, RaisedDialogIsAboveWhatAPassHasRaised) {
     ASSERT_TRUE(WriteSettings("cover\n"));
     const HWND cover = Other().Create(
         {.title = L"Cover", .style = WS_POPUP, .x = 0, .y = 0, .width = 1280, .height = 800});

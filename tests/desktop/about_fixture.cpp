@@ -96,7 +96,7 @@ RECT PlaceOf(HWND control) {
     return place;
 }
 
-void AboutTest::SetUp() {
+void AboutDialogTest::SetUp() {
     EngineTest::SetUp();
     if (IsSkipped()) {
         return;
@@ -108,16 +108,16 @@ void AboutTest::SetUp() {
     MakeFirstOpening(control_);
 }
 
-void AboutTest::TearDown() {
+void AboutDialogTest::TearDown() {
     ChooseLanguage(L"en");
     EngineTest::TearDown();
 }
 
-void AboutTest::Open(std::vector<ControlStandIn::Step> steps) {
+void AboutDialogTest::Open(std::vector<ControlStandIn::Step> steps) {
     control_.Run([this] { ShowAboutDialog(control_.Get()); }, std::move(steps), CloseAbout);
 }
 
-void AboutTest::OpenAndLook(const std::function<void(HWND dialog)>& look) {
+void AboutDialogTest::OpenAndLook(const std::function<void(HWND dialog)>& look) {
     Open({AboutHasFocus, [&look] {
               look(AboutDialog());
               return true;

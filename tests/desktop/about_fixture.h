@@ -9,7 +9,7 @@
 #include "base/win.h"
 #include "desktop/app_theme_setting.h"
 #include "desktop/control_stand_in.h"
-#include "desktop/engine_test.h"
+#include "desktop/engine_fixture.h"
 
 namespace morvane::test {
 
@@ -72,7 +72,7 @@ void MakeFirstOpening(ControlStandIn& owner);
 [[nodiscard]] FirstOpening ResultOfFirstOpening();
 
 // About in this process, owned by a control window, in English and with no theme chosen.
-class AboutTest : public EngineTest {
+class AboutDialogTest : public EngineTest {
 protected:
     void SetUp() override;
     void TearDown() override;

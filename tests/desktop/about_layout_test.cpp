@@ -70,7 +70,7 @@ void ExpectLayout(HWND dialog) {
     ExpectSame(WindowRect(dialog), expected.frame, "dialog");
 }
 
-class AboutLayoutTest : public AboutTest {
+class AboutLayoutTest : public AboutDialogTest {
 protected:
     // A dialog with a text of the test's own.
     void WithBody(const std::wstring& text, const std::function<void(HWND dialog)>& look) {

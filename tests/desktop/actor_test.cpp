@@ -1,4 +1,4 @@
-// The bench itself: foreign windows do what the other tests rely on.
+// The harness itself: foreign windows do what the other tests rely on.
 
 #include "support/actor.h"
 

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "base/process.h"
-#include "desktop/engine_test.h"
+#include "desktop/engine_fixture.h"
 #include "pin/engine.h"
 #include "support/test_environment.h"
 #include "support/window_state.h"

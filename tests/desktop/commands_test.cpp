@@ -6,7 +6,7 @@
 #include <string>
 
 #include "base/process.h"
-#include "desktop/engine_test.h"
+#include "desktop/engine_fixture.h"
 #include "pin/candidates.h"
 #include "pin/engine.h"
 #include "support/test_environment.h"
@@ -15,9 +15,9 @@
 namespace morvane::test {
 namespace {
 
-using CommandsTest = EngineTest;
+using CommandBindingTest = EngineTest;
 
-TEST_F(CommandsTest, EngineIsBoundBeforeTheCommandDoesItsWork) {
+TEST_F(CommandBindingTest, EngineIsBoundBeforeTheCommandDoesItsWork) {
     const struct {
         const char* name;
         UINT command;

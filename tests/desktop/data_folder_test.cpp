@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "desktop/engine_test.h"
+#include "desktop/engine_fixture.h"
 #include "pin/engine.h"
 #include "pin/pin_operations.h"
 #include "pin/settings_sync.h"
@@ -18,7 +18,7 @@
 namespace morvane::test {
 namespace {
 
-class DataFolderTest : public testing::Test {
+class DataFolderPathTest : public testing::Test {
 protected:
     void SetUp() override {
         MORVANE_REQUIRE_DISPOSABLE_PROFILE();
@@ -28,7 +28,7 @@ protected:
     void TearDown() override { Engine() = PinEngine{}; }
 };
 
-TEST_F(DataFolderTest, FolderIsMadeByEveryQuestionForIt) {
+TEST_F(DataFolderPathTest, FolderIsMadeByEveryQuestionForIt) {
     ASSERT_FALSE(PathExists(DataFolder()));
     EXPECT_EQ(GetDataFolder(), DataFolder());
     EXPECT_NE(GetFileAttributesW(DataFolder().c_str()) & FILE_ATTRIBUTE_DIRECTORY, 0U);
@@ -38,7 +38,7 @@ TEST_F(DataFolderTest, FolderIsMadeByEveryQuestionForIt) {
     EXPECT_NE(RemoveDirectoryW(DataFolder().c_str()), FALSE) << "made again, and empty";
 }
 
-TEST_F(DataFolderTest, FolderFollowsTheApplicationData) {
+TEST_F(DataFolderPathTest, FolderFollowsTheApplicationData) {
     const std::wstring other = RoamingFolder() + L"\\A user's data \x65E5\x672C";
     CreateDirectoryW(other.c_str(), nullptr);
     {
@@ -53,7 +53,7 @@ TEST_F(DataFolderTest, FolderFollowsTheApplicationData) {
     EXPECT_FALSE(PathExists(DataFolder()));
 }
 
-TEST_F(DataFolderTest, WithoutApplicationDataEverythingIsEmpty) {
+TEST_F(DataFolderPathTest, WithoutApplicationDataEverythingIsEmpty) {
     const ShellFolderOverride redirected(L"AppData", L"Q:\\nowhere");
     EXPECT_EQ(GetDataFolder(), L"");
     EXPECT_EQ(GetSettingsPath(), L"");
@@ -62,14 +62,14 @@ TEST_F(DataFolderTest, WithoutApplicationDataEverythingIsEmpty) {
     EXPECT_FALSE(IsOwnDataFolder(GetDataFolder()));
 }
 
-TEST_F(DataFolderTest, FileInPlaceOfTheFolderIsNoLink) {
+TEST_F(DataFolderPathTest, FileInPlaceOfTheFolderIsNoLink) {
     ASSERT_TRUE(WriteFileBytes(DataFolder(), "in the way"));
     EXPECT_EQ(GetDataFolder(), DataFolder());
     EXPECT_FALSE(EnsureSettingsFile());
     EXPECT_EQ(ReadFileBytes(DataFolder()), "in the way");
 }
 
-TEST_F(DataFolderTest, BindingFollowsThePath) {
+TEST_F(DataFolderPathTest, BindingFollowsThePath) {
     RefreshEngineBinding();
     EXPECT_EQ(Engine().settingsPath, SettingsPath());
     const ShellFolderOverride redirected(L"AppData", L"Q:\\nowhere");
@@ -78,10 +78,10 @@ TEST_F(DataFolderTest, BindingFollowsThePath) {
 }
 
 // A folder elsewhere that a link in place of the data folder leads to.
-class LinkedDataFolderTest : public DataFolderTest {
+class LinkedDataFolderTest : public DataFolderPathTest {
 protected:
     void SetUp() override {
-        DataFolderTest::SetUp();
+        DataFolderPathTest::SetUp();
         if (IsSkipped()) {
             return;
         }
@@ -97,7 +97,7 @@ protected:
             DeleteFileW(Settings().c_str());
             EXPECT_NE(RemoveDirectoryW(target_.c_str()), FALSE) << "something was put there";
         }
-        DataFolderTest::TearDown();
+        DataFolderPathTest::TearDown();
     }
 
     [[nodiscard]] std::wstring Settings() const { return target_ + L"\\config.txt"; }
@@ -129,7 +129,7 @@ TEST_F(LinkedDataFolderTest, NothingIsReadOrWrittenThroughTheLink) {
 }
 
 // By which other names no folder is: a matter of the path alone, tested without folders.
-TEST_F(DataFolderTest, FolderOfTheProgramIsItsOwn) {
+TEST_F(DataFolderPathTest, FolderOfTheProgramIsItsOwn) {
     EXPECT_TRUE(IsOwnDataFolder(GetDataFolder()));
 }
 

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "desktop/engine_test.h"
+#include "desktop/engine_fixture.h"
 #include "pin/candidates.h"
 #include "pin/enforcement.h"
 #include "pin/engine.h"

@@ -9,7 +9,7 @@
 #include "app/reported_commands.h"
 #include "base/gui_owners.h"
 #include "base/win_shell.h"
-#include "desktop/engine_test.h"
+#include "desktop/engine_fixture.h"
 #include "desktop/menu_reader.h"
 #include "pin/candidates.h"
 #include "pin/enforcement.h"

@@ -7,7 +7,7 @@
 #include <functional>
 #include <gtest/gtest.h>
 
-#include "desktop/engine_test.h"
+#include "desktop/engine_fixture.h"
 #include "pin/engine.h"
 #include "support/import_patch.h"
 #include "support/test_environment.h"

@@ -5,7 +5,7 @@
 
 #include "base/owners.h"
 #include "desktop/control_stand_in.h"
-#include "desktop/engine_test.h"
+#include "desktop/engine_fixture.h"
 
 namespace morvane::test {
 

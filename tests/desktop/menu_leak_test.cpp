@@ -94,7 +94,7 @@ TEST_F(MenuLeakTest, OpeningTheMenuLeavesNothingBehind) {
     ExpectSteady("menu", before, MeasureUsage(), openings, took);
 }
 
-class AboutLeakTest : public AboutTest {
+class AboutLeakTest : public AboutDialogTest {
 protected:
     void OpenMany(int count) {
         const HWND control = Control().Get();

@@ -16,7 +16,7 @@
 namespace morvane::test {
 namespace {
 
-TEST_F(AboutTest, SystemMenuOfTheDialogComesAboveAPinnedWindow) {
+TEST_F(AboutDialogTest, SystemMenuOfTheDialogComesAboveAPinnedWindow) {
     ASSERT_TRUE(WriteSettings("cover\n"));
     const HWND cover = Other().Create(
         {.title = L"Cover", .style = WS_POPUP, .x = 0, .y = 0, .width = 1280, .height = 800});

@@ -8,7 +8,7 @@
 #include "app/reported_commands.h"
 #include "base/process.h"
 #include "base/win_shell.h"
-#include "desktop/engine_test.h"
+#include "desktop/engine_fixture.h"
 #include "pin/engine.h"
 #include "pin/pin_operations.h"
 #include "support/test_environment.h"

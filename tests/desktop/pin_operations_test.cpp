@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "base/owners.h"
-#include "desktop/engine_test.h"
+#include "desktop/engine_fixture.h"
 #include "pin/engine.h"
 #include "pin/settings_sync.h"
 #include "support/test_environment.h"

@@ -4,7 +4,7 @@
 #include <functional>
 #include <gtest/gtest.h>
 
-#include "desktop/engine_test.h"
+#include "desktop/engine_fixture.h"
 #include "pin/enforcement.h"
 #include "pin/engine.h"
 #include "pin/pin_operations.h"

@@ -10,7 +10,7 @@
 
 #include "base/owners.h"
 #include "base/win_shell.h"
-#include "desktop/engine_test.h"
+#include "desktop/engine_fixture.h"
 #include "pin/engine.h"
 #include "support/import_patch.h"
 #include "support/test_environment.h"

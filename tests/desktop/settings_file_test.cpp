@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "base/owners.h"
-#include "desktop/engine_test.h"
+#include "desktop/engine_fixture.h"
 #include "support/import_patch.h"
 #include "support/test_environment.h"
 #include "support/test_files.h"

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "base/owners.h"
-#include "desktop/engine_test.h"
+#include "desktop/engine_fixture.h"
 #include "settings/settings_file.h"
 #include "support/test_environment.h"
 #include "support/test_files.h"

@@ -178,7 +178,7 @@ TEST_F(StartupShortcutTest, WithoutAStartupFolderThereIsNoPath) {
 }
 
 // The menu command, with the balloons that it shows.
-class StartupCommandTest : public StartupShortcutTest {
+class StartupToggleTest : public StartupShortcutTest {
 protected:
     void SetUp() override {
         StartupShortcutTest::SetUp();
@@ -204,21 +204,21 @@ private:
     WindowOwner owner_ = MessageOnlyWindow();
 };
 
-TEST_F(StartupCommandTest, ShortcutIsInstalledThenRemovedAndAnnounced) {
+TEST_F(StartupToggleTest, ShortcutIsInstalledThenRemovedAndAnnounced) {
     ExpectAnswer(GetText(StrStartupEnabled), NIIF_INFO);
     EXPECT_TRUE(IsStartupEnabled());
     ExpectAnswer(GetText(StrStartupDisabled), NIIF_INFO);
     EXPECT_FALSE(IsStartupEnabled());
 }
 
-TEST_F(StartupCommandTest, FailedRemovalIsAnnouncedAsDone) {
+TEST_F(StartupToggleTest, FailedRemovalIsAnnouncedAsDone) {
     ASSERT_TRUE(WriteFileBytes(StartupShortcut(), "locked"));
     const FileHandle lock = LockShortcut();
     ExpectAnswer(GetText(StrStartupDisabled), NIIF_INFO);
     EXPECT_TRUE(IsStartupEnabled());
 }
 
-TEST_F(StartupCommandTest, ReadOnlyShortcutStaysAndIsAnnouncedAsRemoved) {
+TEST_F(StartupToggleTest, ReadOnlyShortcutStaysAndIsAnnouncedAsRemoved) {
     ASSERT_TRUE(WriteFileBytes(StartupShortcut(), "read-only"));
     SetFileAttributesW(StartupShortcut().c_str(), FILE_ATTRIBUTE_READONLY);
     ExpectAnswer(GetText(StrStartupDisabled), NIIF_INFO);
@@ -226,7 +226,7 @@ TEST_F(StartupCommandTest, ReadOnlyShortcutStaysAndIsAnnouncedAsRemoved) {
     SetFileAttributesW(StartupShortcut().c_str(), FILE_ATTRIBUTE_NORMAL);
 }
 
-TEST_F(StartupCommandTest, FailedInstallationIsAWarning) {
+TEST_F(StartupToggleTest, FailedInstallationIsAWarning) {
     const ShellFolderOverride redirected(L"Startup", L"Q:\\nowhere");
     ExpectAnswer(L"Could not change the Windows startup setting.", NIIF_WARNING);
 }

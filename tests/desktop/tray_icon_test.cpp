@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "base/win_shell.h"
-#include "desktop/engine_test.h"
+#include "desktop/engine_fixture.h"
 #include "support/import_patch.h"
 #include "support/tray.h"
 #include "support/tray_recorder.h"

@@ -83,7 +83,7 @@ TEST_F(MenuFaultsTest, RowIsNotMeasuredWithoutADeviceContext) {
     ClearMenuRows();
 }
 
-using AboutFaultsTest = AboutTest;
+using AboutFaultsTest = AboutDialogTest;
 
 TEST_F(AboutFaultsTest, WithoutAFontTheDialogIsNotLaidOut) {
     const auto patch = Refuse<decltype(&CreateFontW), nullptr>("CreateFontW");

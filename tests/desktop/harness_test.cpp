@@ -1,4 +1,5 @@
-// The bench itself: pointer, keys, screen, tray and profile are what the other tests take them for.
+// The harness itself: pointer, keys, screen, tray and profile are what the other tests take them
+// for.
 
 #include <algorithm>
 #include <gtest/gtest.h>
@@ -35,7 +36,7 @@ bool Received(Actor& actor, HWND window, UINT message) {
     });
 }
 
-TEST(BenchTest, RealClicksReachAForeignWindow) {
+TEST(HarnessTest, RealClicksReachAForeignWindow) {
     struct Case {
         const char* name;
         MouseButton button;
@@ -61,7 +62,7 @@ TEST(BenchTest, RealClicksReachAForeignWindow) {
     }
 }
 
-TEST(BenchTest, ClickBringsAWindowToTheForeground) {
+TEST(HarnessTest, ClickBringsAWindowToTheForeground) {
     Actor actor;
     const HWND left = actor.Create({.title = L"Lower", .x = 100, .width = 300});
     const HWND right = actor.Create({.title = L"Upper", .x = 300, .width = 300});
@@ -71,7 +72,7 @@ TEST(BenchTest, ClickBringsAWindowToTheForeground) {
     EXPECT_TRUE(WaitUntil([&] { return IsAbove(left, right); }));
 }
 
-TEST(BenchTest, KeysReachTheForegroundWindow) {
+TEST(HarnessTest, KeysReachTheForegroundWindow) {
     Actor actor;
     const HWND window = actor.Create({.title = L"Typed into"});
     ASSERT_TRUE(actor.BringToForeground(window));
@@ -81,7 +82,7 @@ TEST(BenchTest, KeysReachTheForegroundWindow) {
     EXPECT_EQ(actor.Input(window).front().x, VK_F5);
 }
 
-TEST(BenchTest, ScreenShowsForeignWindowsAndWhichIsOnTop) {
+TEST(HarnessTest, ScreenShowsForeignWindowsAndWhichIsOnTop) {
     Actor actor;
     const HWND red = actor.Create({.title = L"Red", .colour = Red});
     const HWND blue = actor.Create({.title = L"Blue", .colour = Blue});
@@ -97,7 +98,7 @@ TEST(BenchTest, ScreenShowsForeignWindowsAndWhichIsOnTop) {
     EXPECT_FALSE(PixelAt({-5, -5}).has_value());
 }
 
-TEST(BenchTest, ScreenshotIsAPictureFile) {
+TEST(HarnessTest, ScreenshotIsAPictureFile) {
     MORVANE_REQUIRE_DISPOSABLE_PROFILE();
     const std::wstring path = RoamingFolder() + L"\\shot of the screen.png";
     ASSERT_TRUE(SaveScreenshot(path));
@@ -105,7 +106,7 @@ TEST(BenchTest, ScreenshotIsAPictureFile) {
     EXPECT_NE(DeleteFileW(path.c_str()), FALSE);
 }
 
-TEST(BenchTest, UnixCommandsReportTheirOutputAndExitCode) {
+TEST(HarnessTest, UnixCommandsReportTheirOutputAndExitCode) {
     const UnixResult good = RunUnix("echo \"it's\" 'a \"quoted\" line'; echo aside >&2");
     EXPECT_EQ(good.exitCode, 0);
     EXPECT_EQ(good.output, "it's a \"quoted\" line\naside\n");
@@ -121,7 +122,7 @@ public:
         WNDCLASSW iconClass{};
         iconClass.lpfnWndProc = IconProc;
         iconClass.hInstance = GetModuleHandleW(nullptr);
-        iconClass.lpszClassName = L"MorvaneBenchIcon";
+        iconClass.lpszClassName = L"MorvaneHarnessIcon";
         RegisterClassW(&iconClass);
         data_.cbSize = sizeof(data_);
         window_ = MessageOnlyWindow(iconClass.lpszClassName);
@@ -172,13 +173,13 @@ private:
     WindowOwner window_;
 };
 
-TEST(BenchTest, TrayIconIsSeenClickedAndSeenToGo) {
+TEST(HarnessTest, TrayIconIsSeenClickedAndSeenToGo) {
     ASSERT_TRUE(WaitForTaskbar());
-    OwnTrayIcon icon(L"Bench tip \x00E4\x65E5");
+    OwnTrayIcon icon(L"Harness tip \x00E4\x65E5");
     EXPECT_FALSE(TrayIconPresent());
     ASSERT_TRUE(icon.Add());
     ASSERT_TRUE(WaitUntil([] { return TrayIconPresent(); }));
-    EXPECT_EQ(TrayIconTip(), L"Bench tip \x00E4\x65E5");
+    EXPECT_EQ(TrayIconTip(), L"Harness tip \x00E4\x65E5");
     const POINT centre = TrayIconCentre().value_or(POINT{});
     Click(centre, MouseButton::Left);
     EXPECT_TRUE(icon.Hears(WM_LBUTTONUP));
@@ -189,7 +190,7 @@ TEST(BenchTest, TrayIconIsSeenClickedAndSeenToGo) {
     EXPECT_TRUE(WaitUntil([] { return !TrayIconPresent(); }));
 }
 
-TEST(BenchTest, BalloonTextIsReadFromTheScreen) {
+TEST(HarnessTest, BalloonTextIsReadFromTheScreen) {
     ASSERT_TRUE(WaitForTaskbar());
     OwnTrayIcon icon(L"Balloon owner");
     ASSERT_TRUE(icon.Add());
@@ -200,7 +201,7 @@ TEST(BenchTest, BalloonTextIsReadFromTheScreen) {
     EXPECT_TRUE(WaitUntil([] { return !ShownBalloon(); }));
 }
 
-TEST(BenchTest, RecorderSeesEveryTrayCallInFull) {
+TEST(HarnessTest, RecorderSeesEveryTrayCallInFull) {
     TrayRecorder recorder;
     OwnTrayIcon icon(L"Recorded tip");
     recorder.RefuseNext(1);
@@ -226,7 +227,7 @@ TEST(BenchTest, RecorderSeesEveryTrayCallInFull) {
     EXPECT_FALSE(TrayIconPresent());
 }
 
-TEST(BenchTest, ProfileFoldersAreResetAndRedirected) {
+TEST(HarnessTest, ProfileFoldersAreResetAndRedirected) {
     MORVANE_REQUIRE_DISPOSABLE_PROFILE();
     ASSERT_TRUE(WriteSettings("abc\r\n"));
     EXPECT_EQ(ReadSettings(), "abc\r\n");
@@ -244,7 +245,7 @@ TEST(BenchTest, ProfileFoldersAreResetAndRedirected) {
     EXPECT_EQ(RoamingFolder(), usual);
 }
 
-TEST(BenchTest, LinkInPlaceOfTheDataFolderIsAReparsePointAndIsRemovedAlone) {
+TEST(HarnessTest, LinkInPlaceOfTheDataFolderIsAReparsePointAndIsRemovedAlone) {
     MORVANE_REQUIRE_DISPOSABLE_PROFILE();
     ResetProfile();
     const std::wstring target = RoamingFolder() + L"\\Link target";

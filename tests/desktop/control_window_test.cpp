@@ -1,6 +1,8 @@
 // The program's real control window: its beginning and its end, its timers, what it does for the
 // menu.
 
+#include "app/control_window.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
@@ -11,7 +13,6 @@
 #include <utility>
 #include <vector>
 
-#include "app/control_window.h"
 #include "base/gui_owners.h"
 #include "base/owners.h"
 #include "base/process.h"
@@ -19,7 +20,7 @@
 #include "desktop/about_fixture.h"
 #include "desktop/canvas.h"
 #include "desktop/control_stand_in.h"
-#include "desktop/engine_test.h"
+#include "desktop/engine_fixture.h"
 #include "desktop/interface_texts.h"
 #include "desktop/menu_fixture.h"
 #include "desktop/menu_reader.h"

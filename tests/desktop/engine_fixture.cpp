@@ -1,4 +1,4 @@
-#include "desktop/engine_test.h"
+#include "desktop/engine_fixture.h"
 
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-// The bench itself: starting, steering and ending the program under test.
+// The harness itself: starting, steering and ending the program under test.
 
 #include <chrono>
 #include <gtest/gtest.h>
@@ -20,7 +20,7 @@ using namespace std::chrono_literals;
 constexpr WORD UnknownCommand = 4000;
 constexpr WORD StartWithWindowsCommand = 1010;
 
-class ProgramBenchTest : public testing::Test {
+class ProgramHarnessTest : public testing::Test {
 protected:
     void SetUp() override {
         MORVANE_REQUIRE_DISPOSABLE_PROFILE();
@@ -28,7 +28,7 @@ protected:
     }
 };
 
-TEST_F(ProgramBenchTest, ProgramIsStartedSteeredAndEnded) {
+TEST_F(ProgramHarnessTest, ProgramIsStartedSteeredAndEnded) {
     const Program program;
     const HWND control = program.WaitForControlWindow();
     ASSERT_NE(control, nullptr);
@@ -43,7 +43,7 @@ TEST_F(ProgramBenchTest, ProgramIsStartedSteeredAndEnded) {
     EXPECT_FALSE(TrayIconPresent());
 }
 
-TEST_F(ProgramBenchTest, ControlWindowIsHandedOutOnlyWhenItsCreationIsComplete) {
+TEST_F(ProgramHarnessTest, ControlWindowIsHandedOutOnlyWhenItsCreationIsComplete) {
     Actor actor;
     const HWND window = actor.Create({.title = L"Slow to pin"});
     ASSERT_TRUE(WriteSettings("slow to pin\n"));
@@ -53,7 +53,7 @@ TEST_F(ProgramBenchTest, ControlWindowIsHandedOutOnlyWhenItsCreationIsComplete) 
     EXPECT_TRUE(IsTopmost(window));
 }
 
-TEST_F(ProgramBenchTest, FirstPassThatHangsDelaysTheControlWindow) {
+TEST_F(ProgramHarnessTest, FirstPassThatHangsDelaysTheControlWindow) {
     Actor actor;
     const HWND window = actor.Create({.title = L"Hangs while pinned"});
     ASSERT_TRUE(WriteSettings("hangs while\n"));
@@ -63,7 +63,7 @@ TEST_F(ProgramBenchTest, FirstPassThatHangsDelaysTheControlWindow) {
     EXPECT_TRUE(IsTopmost(window));
 }
 
-TEST_F(ProgramBenchTest, KilledProgramLeavesNoIconBehind) {
+TEST_F(ProgramHarnessTest, KilledProgramLeavesNoIconBehind) {
     const Program program;
     ASSERT_NE(program.WaitForControlWindow(), nullptr);
     ASSERT_TRUE(TrayIconPresent());
@@ -72,13 +72,13 @@ TEST_F(ProgramBenchTest, KilledProgramLeavesNoIconBehind) {
     EXPECT_FALSE(TrayIconPresent());
 }
 
-TEST_F(ProgramBenchTest, SwitchesEndByThemselvesWithTheirExitCode) {
+TEST_F(ProgramHarnessTest, SwitchesEndByThemselvesWithTheirExitCode) {
     EXPECT_EQ(RunProgram(L"--remove-data"), 0U);
     const ShellFolderOverride nowhere(L"AppData", L"Q:\\no such drive");
     EXPECT_EQ(RunProgram(L"--remove-data"), 2U);
 }
 
-TEST_F(ProgramBenchTest, InterfaceLanguageIsChosenByVariableOrByTheSession) {
+TEST_F(ProgramHarnessTest, InterfaceLanguageIsChosenByVariableOrByTheSession) {
     const TrayRecorder recorder;
     const auto balloonText = [&recorder](const Program& program) {
         EXPECT_NE(program.WaitForControlWindow(), nullptr);
