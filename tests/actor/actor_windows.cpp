@@ -25,7 +25,7 @@ WindowRecords& Records() {
     return records;
 }
 
-// Runs action on the window's record under the lock; a window that was never created has none.
+// Runs action on the window's record under the lock. A window that was never created has none.
 template <typename Action>
 void WithRecord(HWND window, Action action) {
     WindowRecords& all = Records();
@@ -42,7 +42,7 @@ LONGLONG CounterNow() {
     return counter.QuadPart;
 }
 
-// Returns false when the window has destroyed itself meanwhile.
+// Returns false if the window has destroyed itself.
 bool HandlePositionRequest(HWND window, WINDOWPOS& position) {
     bool refusing = false;
     bool dying = false;
@@ -69,7 +69,7 @@ void PaintBackground(HWND window, HDC context, COLORREF colour) {
     RECT client{};
     GetClientRect(window, &client);
     SetBkColor(context, colour);
-    // An opaque empty text fills its rectangle and needs no brush to be looked after.
+    // Empty opaque text fills the rectangle without needing a brush.
     ExtTextOutW(context, 0, 0, ETO_OPAQUE, &client, nullptr, 0, nullptr);
 }
 
@@ -115,7 +115,7 @@ LRESULT CALLBACK RecordingProc(HWND window, UINT message, WPARAM wParam, LPARAM 
     return CallWindowProcW(original, window, message, wParam, lParam);
 }
 
-// A system class keeps its own module; any other name becomes a class of this program.
+// Null for a system class; any other name is registered as a class of this program.
 HINSTANCE ClassModule(const std::wstring& className) {
     WNDCLASSEXW known{};
     known.cbSize = sizeof(known);
@@ -128,7 +128,7 @@ HINSTANCE ClassModule(const std::wstring& className) {
     own.hInstance = self;
     own.hCursor = LoadCursorW(nullptr, IDC_ARROW);
     own.lpszClassName = className.c_str();
-    // Fails harmlessly when an earlier window has registered the name already.
+    // Fails harmlessly if an earlier window has registered the name.
     RegisterClassW(&own);
     return self;
 }
@@ -144,7 +144,7 @@ HWND CreateRecordedWindow(const NewWindow& wanted) {
         return nullptr;
     }
     {
-        // A handle may come back for a new window; the old window's records must not.
+        // The handle may be a reused one; drop the old window's records.
         WindowRecords& all = Records();
         const std::scoped_lock lock(all.mutex);
         WindowRecord& record = all.records[window];

@@ -6,8 +6,8 @@
 #include "base/win.h"
 #include "support/actor_protocol.h"
 
-// The actor's windows. They belong to the main thread; the records about them may be read from
-// any thread, also while the main thread hangs, and outlive their windows.
+// The actor's windows. They belong to the main thread. The records about them outlive them and can
+// be read from any thread, even while the main thread hangs.
 namespace morvane::test {
 
 struct NewWindow {
@@ -24,17 +24,17 @@ struct NewWindow {
     COLORREF colour = 0;  // of the client area
 };
 
-// Null on failure. The records of the new window are empty when it is returned.
+// Null on failure. The new window's records start out empty.
 [[nodiscard]] HWND CreateRecordedWindow(const NewWindow& wanted);
 
 [[nodiscard]] std::vector<PositionRequest> RecordedRequests(HWND window);
 [[nodiscard]] std::vector<InputEvent> RecordedInput(HWND window);
 void ForgetRecords(HWND window);
 
-// A refusing window answers every WM_WINDOWPOSCHANGING by striking the change of order out.
+// A refusing window vetoes every change of its Z-order in WM_WINDOWPOSCHANGING.
 void SetRefusing(HWND window, bool refusing);
 
-// The window destroys itself inside the n-th WM_WINDOWPOSCHANGING counted from now; 0 disarms.
+// The window destroys itself inside the n-th WM_WINDOWPOSCHANGING from now; 0 disarms.
 void SetDeathRequest(HWND window, long long n);
 
 }  // namespace morvane::test

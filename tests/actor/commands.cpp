@@ -16,7 +16,7 @@ using Numbers = std::vector<long long>;
 
 constexpr std::string_view Ok = "ok";
 
-// The numbers from the given word on; nothing unless there are exactly as many as asked for.
+// The numbers from the given word on; nothing unless there are exactly count.
 std::optional<Numbers> NumbersFrom(const Words& words, std::size_t first, std::size_t count) {
     if (words.size() != first + count) {
         return std::nullopt;
@@ -40,7 +40,7 @@ std::string OkIf(BOOL done, std::string_view what) {
     return done != FALSE ? std::string(Ok) : LastError(what);
 }
 
-// The words of "create" start at first: two texts, then nine numbers.
+// The operands of "create", starting at first: two texts, then nine numbers.
 std::optional<NewWindow> NewWindowFrom(const Words& words, std::size_t first) {
     const std::optional<Numbers> numbers = NumbersFrom(words, first + 2, 9);
     if (!numbers) {
@@ -83,7 +83,7 @@ std::string CreateWindows(NewWindow wanted, long long count, bool numbered) {
     return answer;
 }
 
-// What the commands about one existing window have in common; n are the numbers after the window.
+// All commands on one existing window share this signature; n holds the numbers after the window.
 std::string Place(HWND window, const Numbers& n) {
     return OkIf(
         SetWindowPos(window, nullptr, static_cast<int>(n[0]), static_cast<int>(n[1]),
@@ -121,7 +121,7 @@ std::string Die(HWND window, const Numbers& n) {
 }
 
 std::string SetOwner(HWND window, const Numbers& n) {
-    // The previous owner is no measure of success: null is one as well.
+    // A null return is ambiguous: the window may have had no owner before.
     SetLastError(ERROR_SUCCESS);
     const LONG_PTR previous = SetWindowLongPtrW(window, GWLP_HWNDPARENT, n[0]);
     return OkIf(previous != 0 || GetLastError() == ERROR_SUCCESS ? TRUE : FALSE, "owner");

@@ -6,17 +6,17 @@
 
 namespace morvane::test {
 
-// The answer to a command that only reads or clears records, from any thread; nothing for every
-// other command.
+// The answer to a command that only reads or clears records, on any thread; nothing for all other
+// commands.
 [[nodiscard]] std::optional<std::string> AnswerRecordCommand(std::string_view line);
 
 struct WindowCommandResult {
     std::string answer;
-    unsigned long hangMilliseconds = 0;  // to be slept through once the answer is on its way
+    unsigned long hangMilliseconds = 0;  // to sleep once the answer has been sent
     bool quit = false;
 };
 
-// Carries a command out on the thread that owns the windows.
+// Carries out a command on the thread that owns the windows.
 [[nodiscard]] WindowCommandResult ExecuteWindowCommand(std::string_view line);
 
 }  // namespace morvane::test

@@ -1,5 +1,6 @@
-// A program whose windows are foreign to whoever starts it. It is steered over its standard input
-// (see support/actor_protocol.h) and ends when that closes, so that no test leaves one behind.
+// A program that gives tests windows of another process. It is controlled through its standard
+// input (see support/actor_protocol.h) and ends when that closes, so that no test leaves one
+// behind.
 
 #include <array>
 #include <deque>
@@ -26,7 +27,7 @@ CommandQueue& Queue() {
 }
 
 void WriteLine(const std::string& line) {
-    // One write per line: the client never waits for the rest of one.
+    // One write per line, so that the client never waits for the rest of a line.
     const std::string bytes = line + "\n";
     DWORD written = 0;
     WriteFile(GetStdHandle(STD_OUTPUT_HANDLE), bytes.data(), static_cast<DWORD>(bytes.size()),
@@ -56,8 +57,8 @@ void RunCommand() {
     }
 }
 
-// Commands travel to a window and not to the bare thread, so that they are served inside the
-// modal loops of moving, sizing and menus too.
+// Commands are posted to a window, not to the thread, so that they are also handled in the modal
+// loops of moving, sizing and menus.
 LRESULT CALLBACK CommandProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
     if (message == WmCommandWaiting) {
         RunCommand();
@@ -94,7 +95,7 @@ void ReadCommands(HWND commandWindow) {
             pending.erase(0, end + 1);
         }
     }
-    // The client is gone. Asking the main thread to end would wait for as long as it hangs.
+    // The client is gone. The main thread cannot be asked to end: it may be hanging.
     ExitProcess(0);
 }
 
@@ -124,7 +125,7 @@ int wmain() {
         TranslateMessage(&message);
         DispatchMessageW(&message);
     }
-    // The reader still waits for input; leaving through the C runtime would tear its state down
-    // under it.
+    // The reader still waits for input; leaving through the C runtime would destroy the state it
+    // uses.
     ExitProcess(0);
 }

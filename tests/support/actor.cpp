@@ -22,7 +22,7 @@ struct Pipe {
     FileHandle writeEnd;
 };
 
-// Only the end that the child keeps is inheritable; otherwise neither side sees the other close.
+// Only the child's end is inheritable; otherwise neither side would see the other close.
 Pipe MakePipe(bool childReads) {
     SECURITY_ATTRIBUTES inheritable{sizeof(SECURITY_ATTRIBUTES), nullptr, TRUE};
     HANDLE readEnd = nullptr;
@@ -51,7 +51,7 @@ std::string CreationWords(const WindowSpec& spec) {
     return words;
 }
 
-// A number in an answer; throws when the word is none.
+// Throws if the word is not a number.
 long long AnsweredNumber(std::string_view word) {
     const std::optional<long long> number = NumberFromWord(word);
     if (!number) {
@@ -60,7 +60,7 @@ long long AnsweredNumber(std::string_view word) {
     return *number;
 }
 
-// The numbers of one comma-separated record of an answer; throws when there are not so many.
+// The numbers of one comma-separated record of an answer; throws unless there are exactly count.
 std::vector<long long> RecordNumbers(std::string_view record, std::size_t count) {
     std::vector<long long> numbers;
     for (const std::string_view word : SplitWords(record, ',')) {
@@ -75,8 +75,7 @@ std::vector<long long> RecordNumbers(std::string_view record, std::size_t count)
 }  // namespace
 
 Actor::Actor() {
-    // Among thousands of processes one was seen to be started and never to come to life; the next
-    // one did.
+    // Once in thousands of starts the process never came to life; the next attempt worked.
     for (int attempt = 1; !Start(); ++attempt) {
         std::fprintf(stderr, "start of a window actor, attempt %d: no answer\n", attempt);
         End();
@@ -114,7 +113,7 @@ void Actor::End() {
     toActor_.reset();
     if (!WaitForObject(process_.get(), EndTimeout)) {
         TerminateProcess(process_.get(), 1);
-        // Nothing is left to be done about one that cannot even be terminated.
+        // If even termination fails, nothing more can be done.
         static_cast<void>(WaitForObject(process_.get(), EndTimeout));
     }
     process_.reset();

@@ -13,7 +13,7 @@
 namespace morvane::test {
 
 struct WindowSpec {
-    // Registered on demand; the system's own classes such as "#32770" are taken as they are.
+    // Registered on demand; system classes such as "#32770" are used as they are.
     std::wstring className = L"MorvaneTestWindow";
     std::wstring title = L"Actor window";
     DWORD style = WS_OVERLAPPEDWINDOW;
@@ -27,9 +27,9 @@ struct WindowSpec {
     COLORREF colour = RGB(0xE0, 0xE0, 0xE0);  // of the client area
 };
 
-// Owns a running window_actor.exe (MORVANE_TEST_ACTOR) and steers the windows of that other
-// process. Every call returns when the actor has carried it out; a call that the actor answers
-// with an error, or not at all within a minute, throws std::runtime_error with both lines. The
+// Owns a running window_actor.exe (MORVANE_TEST_ACTOR) and controls that process's windows. Every
+// call returns once the actor has carried it out; if the actor answers with an error, or not at all
+// within a minute, the call throws std::runtime_error with the command and the answer. The
 // destructor ends the process, and all its windows with it.
 class Actor {
 public:
@@ -42,7 +42,7 @@ public:
 
     [[nodiscard]] HWND Create(const WindowSpec& spec);
 
-    // The titles are spec.title followed by 0, 1, 2, ...
+    // The titles are spec.title followed by 0, 1, 2 and so on.
     [[nodiscard]] std::vector<HWND> CreateMany(int count, const WindowSpec& spec);
 
     void SetTitle(HWND window, std::wstring_view title);
@@ -50,38 +50,38 @@ public:
     void Show(HWND window, int showCommand);  // SW_...
     void Hide(HWND window) { Show(window, SW_HIDE); }
     void Minimise(HWND window);  // returns once the window is iconic
-    void Restore(HWND window);   // returns once it is not
+    void Restore(HWND window);   // returns once it no longer is
     void SetTopmost(HWND window, bool topmost);
     void Raise(HWND window);  // to the top of its band, without activating it
     void Destroy(HWND window);
 
-    // False when the window has not become the foreground window within a few seconds.
+    // False if the window does not become the foreground window within a few seconds.
     [[nodiscard]] bool BringToForeground(HWND window);
 
-    // Returns at once; the main thread then answers nothing for so long.
+    // Returns at once; the main thread then answers nothing for that long.
     void Hang(std::chrono::milliseconds duration);
 
-    // The window strikes every change of its Z-order out of WM_WINDOWPOSCHANGING.
+    // The window vetoes every change of its Z-order in WM_WINDOWPOSCHANGING.
     void Refuse(HWND window, bool refusing = true);
 
-    // The owner is another window of the same actor, or null for none.
+    // The owner is another window of the same actor, or null.
     void SetOwner(HWND window, HWND owner);
 
     // The window destroys itself inside the n-th WM_WINDOWPOSCHANGING from now.
     void DieOnRequest(HWND window, int n);
 
-    // Since the window was created or its records forgotten; readable for dead windows and while
-    // the actor hangs. Showing, minimising and ordering the window oneself is recorded as well.
+    // Since the window was created or its records were cleared; can be read for dead windows and
+    // while the actor hangs. The test's own showing, minimising and reordering is recorded as well.
     [[nodiscard]] std::vector<PositionRequest> Requests(HWND window);
     [[nodiscard]] std::vector<InputEvent> Input(HWND window);
     void ForgetRecords(HWND window);
 
-    // Ends the actor politely; false when it is still running after the timeout.
+    // Asks the actor to quit; false if it is still running after the timeout.
     [[nodiscard]] bool Quit(std::chrono::milliseconds timeout = DefaultTimeout);
     [[nodiscard]] DWORD ProcessId() const { return processId_; }
 
 private:
-    // False when the process does not start or does not answer.
+    // False if the process does not start or does not answer.
     [[nodiscard]] bool Start();
     void End();
     [[nodiscard]] bool Send(const std::string& command);

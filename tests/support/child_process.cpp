@@ -27,7 +27,7 @@ std::wstring ChangedEnvironment(const Environment& changes) {
     std::wstring block;
     for (std::wstring_view entry(own.get()); !entry.empty();
          entry = std::wstring_view(entry.data() + entry.size() + 1)) {
-        // The search starts behind the first unit: the hidden variables "=C:" begin with the sign.
+        // Skips the first unit because hidden variables such as "=C:" begin with the sign.
         const std::wstring_view name = entry.substr(0, entry.find(L'=', 1));
         const bool changed = std::any_of(changes.begin(), changes.end(), [&](const auto& change) {
             return SameVariable(change.first, name);
@@ -66,9 +66,9 @@ ChildProcess StartProcess(const std::wstring& executable, const std::wstring& ar
     const DWORD flags = CREATE_UNICODE_ENVIRONMENT | DETACHED_PROCESS |
                         (begin == Begin::WhenResumed ? CREATE_SUSPENDED : 0);
     PROCESS_INFORMATION started{};
-    // Among thousands of starts under load one was seen to fail at once; those after it did not.
+    // Once in thousands of starts under load CreateProcess failed; the next attempt worked.
     for (int attempt = 1;; ++attempt) {
-        // Without a console of its own no console window appears among the windows under test.
+        // Without a console of its own, the child adds no console window to the desktop under test.
         if (CreateProcessW(executable.c_str(), commandLine.data(), nullptr, nullptr,
                            redirected ? TRUE : FALSE, flags, environment.data(), nullptr, &start,
                            &started) != FALSE) {

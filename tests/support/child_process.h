@@ -10,10 +10,10 @@
 
 namespace morvane::test {
 
-// A variable without a value is taken out of the child's environment.
+// A variable without a value is removed from the child's environment.
 using Environment = std::vector<std::pair<std::wstring, std::optional<std::wstring>>>;
 
-// The handles a child inherits as its standard input and output; both or neither.
+// The handles a child inherits as standard input and output; both or neither.
 struct ChildPipes {
     HANDLE input = nullptr;
     HANDLE output = nullptr;
@@ -27,17 +27,17 @@ struct ChildProcess {
 
 enum class Begin { AtOnce, WhenResumed };
 
-// Starts an executable with the arguments as typed. The handle is empty on failure.
+// Starts an executable with a command line as typed. The handle is empty on failure.
 [[nodiscard]] ChildProcess StartProcess(const std::wstring& executable,
                                         const std::wstring& arguments,
                                         const Environment& changes = {},
                                         const ChildPipes& pipes = {}, Begin begin = Begin::AtOnce);
 
-// The value of a variable of this process, or nothing.
+// A variable of this process, if it is set.
 [[nodiscard]] std::optional<std::wstring> EnvironmentVariable(const std::wstring& name);
 
-// The path held by a variable that the test harness must set; throws std::runtime_error naming
-// the variable otherwise.
+// The path in a variable that the test harness must set; if it is missing, throws
+// std::runtime_error naming the variable.
 [[nodiscard]] std::wstring RequiredPath(const std::wstring& variable);
 
 }  // namespace morvane::test

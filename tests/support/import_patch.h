@@ -8,14 +8,13 @@
 
 namespace morvane::test {
 
-// Puts a function of ours into the place of a platform function, for the calls that the code of
-// this executable makes (see ExchangeImport), so that the code under test is the very code that is
-// shipped. The entry is restored when the patch ends; patches of the same function end in reverse
-// order.
+// Replaces a platform function with one of ours for all calls from this executable (see
+// ExchangeImport), so that the code under test needs no seams. The entry is restored when the patch
+// ends; patches of the same function must end in reverse order.
 template <typename Function>
 class ImportPatch;
 
-// Throws std::runtime_error: a fault that is not in the import table would never happen.
+// Throws std::runtime_error: patching a function that is not imported would have no effect.
 [[noreturn]] void FailForMissingImport(const std::string& name);
 
 template <typename Result, typename... Arguments>
@@ -35,7 +34,7 @@ public:
     ImportPatch& operator=(ImportPatch&&) = delete;
     ~ImportPatch() { ExchangeImport(entry_, original_); }
 
-    // The platform's own, for replacements that only watch or fail now and then.
+    // For replacements that only watch, or fail only sometimes.
     [[nodiscard]] Function Original() const { return reinterpret_cast<Function>(original_); }
 
 private:
@@ -43,7 +42,7 @@ private:
     void* original_ = nullptr;
 };
 
-// Makes every call of the function fail, for as long as the result lives.
+// Makes every call of the function fail while the result lives.
 template <typename Function, auto Failure, DWORD Error = ERROR_GEN_FAILURE>
 [[nodiscard]] ImportPatch<Function> Refuse(const std::string& name) {
     return ImportPatch<Function>(name, Refusal<Function, Failure, Error>::Call);

@@ -19,7 +19,7 @@ std::byte* ImageBase() {
     return reinterpret_cast<std::byte*>(GetModuleHandleW(nullptr));
 }
 
-// The terminated list of the libraries that the executable imports from.
+// The null-terminated list of libraries that the executable imports from.
 IMAGE_IMPORT_DESCRIPTOR* ImportDescriptors(std::byte* base) {
     const auto* const dos = At<IMAGE_DOS_HEADER>(base, 0);
     const auto* const headers = At<IMAGE_NT_HEADERS>(base, static_cast<std::size_t>(dos->e_lfanew));
@@ -53,7 +53,7 @@ void ForEachLibrary(Visit visit) {
     }
 }
 
-// Names of libraries are ASCII.
+// Library names are ASCII.
 bool SameName(std::string_view a, std::string_view b) {
     const auto same = [](char x, char y) {
         return FoldCase(static_cast<unsigned char>(x)) == FoldCase(static_cast<unsigned char>(y));

@@ -5,8 +5,8 @@
 
 namespace morvane::test {
 
-// The entry of this executable's import table that holds the address of a platform function; null
-// when the executable does not import the name.
+// The entry of this executable's import table that holds the function's address; null if the
+// executable does not import it.
 [[nodiscard]] void** FindImport(std::string_view name);
 
 struct ImportedFunction {
@@ -14,14 +14,13 @@ struct ImportedFunction {
     void** entry;
 };
 
-// All functions that this executable imports from a library by name; the library's name in any case
-// ("user32.dll").
+// All functions that this executable imports by name from a library such as "user32.dll". The case
+// of the library's name does not matter.
 [[nodiscard]] std::vector<ImportedFunction> ImportsFrom(std::string_view library);
 
-// Puts another function there and returns the one before. The code of this executable calls the new
-// one from now on; calls from inside the platform's libraries go on as before, and so may further
-// calls in the very function that makes the exchange, where the compiler has read the entry
-// already.
+// Replaces the function in an entry and returns the old one. From now on this executable's code
+// calls the new one. Calls from inside system libraries are not affected; nor, perhaps, are later
+// calls in the function that makes the exchange, if the compiler has already loaded the entry.
 void* ExchangeImport(void** entry, void* function);
 
 }  // namespace morvane::test

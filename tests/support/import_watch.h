@@ -8,8 +8,8 @@
 
 namespace morvane::test {
 
-// Tells a watcher the arguments of every call of a platform function, just before the platform gets
-// the call. One at a time for functions of one type.
+// Passes the arguments of every call of a platform function to a watcher, just before the call goes
+// to the platform. Only one watch at a time per function type.
 template <typename Function>
 class ImportWatch;
 

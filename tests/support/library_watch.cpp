@@ -30,8 +30,8 @@ std::wstring FileOf(HANDLE file) {
     return path;
 }
 
-// How the process is to go on: its own exceptions are its own affair, except for the breakpoint
-// that attaching puts into it.
+// How to continue the process: its exceptions are left to it, except for the breakpoint that
+// attaching causes.
 DWORD Handle(LibraryWatch::Shared& shared, const DEBUG_EVENT& event) {
     switch (event.dwDebugEventCode) {
         case CREATE_PROCESS_DEBUG_EVENT: {
@@ -46,7 +46,7 @@ DWORD Handle(LibraryWatch::Shared& shared, const DEBUG_EVENT& event) {
         }
         case EXCEPTION_DEBUG_EVENT:
             if (event.u.Exception.ExceptionRecord.ExceptionCode == EXCEPTION_BREAKPOINT) {
-                // Comes when everything loaded so far has been told.
+                // Comes once everything loaded so far has been reported.
                 shared.watching = true;
                 return DBG_CONTINUE;
             }
@@ -56,7 +56,7 @@ DWORD Handle(LibraryWatch::Shared& shared, const DEBUG_EVENT& event) {
     }
 }
 
-// Only the thread that attached receives what happens.
+// Only the thread that attached receives debug events.
 void Watch(LibraryWatch::Shared& shared, DWORD processId) {
     if (DebugActiveProcess(processId) == FALSE) {
         shared.failed = true;

@@ -8,10 +8,10 @@
 
 namespace morvane::test {
 
-// Watches a running process as a debugger does and notes the file of every library that it has
-// loaded already or loads while the watch lives, also of one that it lets go again at once: the
-// list of modules shows only what is loaded at the moment. The process runs on afterwards. Throws
-// std::runtime_error when the process cannot be watched.
+// Attaches to a running process as a debugger and records the file of every library that is
+// already loaded or gets loaded while the watch lives. The module list would miss a library that is
+// unloaded again at once. The process keeps running afterwards. Throws std::runtime_error if the
+// process cannot be watched.
 class LibraryWatch {
 public:
     explicit LibraryWatch(DWORD processId);
@@ -21,7 +21,7 @@ public:
     LibraryWatch& operator=(LibraryWatch&&) = delete;
     ~LibraryWatch();
 
-    // Full paths as GetFinalPathNameByHandleW gives them, in the order of loading.
+    // Full paths as GetFinalPathNameByHandleW returns them, in load order.
     [[nodiscard]] std::vector<std::wstring> Files() const;
 
     struct Shared;

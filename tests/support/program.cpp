@@ -30,7 +30,7 @@ void PrepareSession() {
     if (!DisposableProfile()) {
         throw std::logic_error("refused: this profile is not disposable");
     }
-    // The shell stays for as long as this process does; a session without one is asked only once.
+    // The shell lives at least as long as this process, so one look is enough, even without one.
     static const bool taskbarReady = WaitForTaskbar(TaskbarTimeout);
     static_cast<void>(taskbarReady);
 }
@@ -89,12 +89,12 @@ std::vector<Program> Program::SeveralAtOnce(std::size_t count) {
 Program Program::UnderLocale(const std::string& locale) {
     PrepareSession();
     if (FindWindowExW(HWND_MESSAGE, nullptr, ControlWindowClass, nullptr) != nullptr) {
-        throw std::runtime_error("the program runs already");
+        throw std::runtime_error("the program is already running");
     }
     const std::string executable = UnixPath(RequiredPath(L"MORVANE_TEST_PROGRAM"));
     static_cast<void>(RunUnix("LC_ALL=" + QuotedForShell(locale) + " wine " +
                               QuotedForShell(executable) + " </dev/null >/dev/null 2>&1 &"));
-    // The host hands out no handle; the window leads to the process.
+    // The host returns no process handle; the window leads to the process.
     HWND control = nullptr;
     static_cast<void>(WaitUntil([&control] {
         control = FindWindowExW(HWND_MESSAGE, nullptr, ControlWindowClass, nullptr);
@@ -108,7 +108,7 @@ Program Program::UnderLocale(const std::string& locale) {
     }
     Program program(ChildProcess{std::move(process), processId, {}});
     if (program.WaitForControlWindow() == nullptr) {
-        throw std::runtime_error("the program does not get ready under " + locale);
+        throw std::runtime_error("the program does not become ready under " + locale);
     }
     return program;
 }
@@ -143,8 +143,8 @@ HWND Program::ControlWindow() const {
 
 HWND Program::WaitForControlWindow(std::chrono::milliseconds timeout) const {
     HWND control = nullptr;
-    // A message sent meanwhile would be answered from inside the creation, whenever that waits for
-    // another program; the process counts as idle only once its message loop has nothing to do.
+    // A message sent too early would be answered during creation, whenever that waits for another
+    // program. The process counts as idle only once its message loop has nothing to do.
     static_cast<void>(WaitUntil(
         [&] {
             control = ControlWindow();

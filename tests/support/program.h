@@ -13,28 +13,28 @@
 
 namespace morvane::test {
 
-// Owns one started Morvane.exe (MORVANE_TEST_PROGRAM). The destructor ends it: politely, then by
-// force after a few seconds. The program works on the profile of this session, so callers start
-// with MORVANE_REQUIRE_DISPOSABLE_PROFILE; starting it elsewhere throws std::logic_error.
+// Owns a running Morvane.exe (MORVANE_TEST_PROGRAM). The destructor asks it to exit, and kills it
+// after a few seconds. The program uses the profile of this session, so callers start with
+// MORVANE_REQUIRE_DISPOSABLE_PROFILE; starting it in any other profile throws std::logic_error.
 class Program {
 public:
-    // Arguments as typed behind the program's name. Throws std::runtime_error when the process
-    // cannot be started. Returns as soon as it runs, before it has done anything. The first start
-    // waits for the session's taskbar, for a few seconds at most: not every session has one.
+    // Arguments as typed after the program's name. Throws std::runtime_error if the process cannot
+    // be started. Returns as soon as it runs, before it has done anything. The first start waits a
+    // few seconds at most for the session's taskbar: not every session has one.
     explicit Program(const std::wstring& arguments = L"", const Environment& changes = {});
 
-    // The same for a copy of the program that lies elsewhere.
+    // Starts a copy of the program from another place.
     [[nodiscard]] static Program FromFile(const std::wstring& executable,
                                           const std::wstring& arguments = L"",
                                           const Environment& changes = {});
 
-    // So many copies that begin together: all are there before the first of them runs.
+    // Starts several copies together: all processes exist before the first one runs.
     [[nodiscard]] static std::vector<Program> SeveralAtOnce(std::size_t count);
 
-    // Starts the program with the session's user interface in another language, by the name of a
-    // host locale ("ja_JP.UTF-8", which need not be installed). Under Wine only the host's
-    // environment decides about that language: LC_ALL among the changes above has no effect.
-    // Returns once the control window is complete; std::runtime_error when it does not come.
+    // Starts the program with another display language, given as a host locale ("ja_JP.UTF-8",
+    // which need not be installed). Under Wine only the host's environment decides that language:
+    // LC_ALL among the changes above has no effect. Returns once the control window is complete;
+    // throws std::runtime_error if it does not appear.
     [[nodiscard]] static Program UnderLocale(const std::string& locale);
 
     Program(Program&&) noexcept = default;
@@ -43,32 +43,32 @@ public:
     Program& operator=(const Program&) = delete;
     ~Program();
 
-    // Nothing when the process is still running after the timeout.
+    // Nothing if the process is still running after the timeout.
     [[nodiscard]] std::optional<DWORD> WaitForExit(
         std::chrono::milliseconds timeout = DefaultTimeout) const;
     [[nodiscard]] bool IsRunning() const;
     [[nodiscard]] DWORD ProcessId() const { return processId_; }
 
-    // The message-only control window of this very process, once it exists and its creation is
-    // complete (settings loaded, icon added, first pass done); null when it does not come.
+    // This process's message-only control window, once its creation is complete (settings loaded,
+    // icon added, first pass done); null if it does not appear.
     [[nodiscard]] HWND WaitForControlWindow(
         std::chrono::milliseconds timeout = DefaultTimeout) const;
 
-    // The same without waiting; it may still be inside its creation.
+    // The same without waiting; its creation may still be in progress.
     [[nodiscard]] HWND ControlWindow() const;
 
     // Menu commands as the tray menu delivers them, by identifier. Post returns at once; Send
-    // returns when the command has been carried out, false when that takes longer.
+    // returns once the command has been carried out, or false if that takes too long.
     [[nodiscard]] bool PostCommand(WORD command) const;
     [[nodiscard]] bool SendCommand(WORD command,
                                    std::chrono::milliseconds timeout = DefaultTimeout) const;
 
-    // Exit by the menu command, or by WM_CLOSE; the exit code, or nothing when it does not end.
+    // Exit by the menu command, or by WM_CLOSE; the exit code, or nothing if it does not end.
     [[nodiscard]] std::optional<DWORD> ExitByCommand() const;
     [[nodiscard]] std::optional<DWORD> ExitByClose() const;
 
-    // Ends the process as a crash would: it gets no chance to release or to remove anything. Its
-    // tray icon, which Wine's taskbar would keep for good, is then removed on its behalf.
+    // Ends the process as a crash would, with no chance to clean up. Wine's taskbar would keep its
+    // tray icon forever, so the icon is then removed on its behalf.
     void Kill() const;
 
 private:
@@ -78,7 +78,7 @@ private:
     DWORD processId_ = 0;
 };
 
-// Starts the program with a switch and waits for its end; nothing when it does not end.
+// Starts the program with a switch and waits for it to end; nothing if it does not.
 [[nodiscard]] std::optional<DWORD> RunProgram(const std::wstring& arguments,
                                               const Environment& changes = {});
 

@@ -15,8 +15,8 @@ Result FailureResult(Value value) {
     }
 }
 
-// A function of that type which does nothing, sets the last error and returns the failure: what a
-// platform function looks like that fails.
+// A function of the given type that imitates a failing platform function: it does nothing, sets the
+// last error and returns the failure value.
 template <typename Function, auto Failure, DWORD Error>
 struct Refusal;
 

@@ -29,7 +29,7 @@ struct BitmapTraits {
 };
 using Bitmap = Owner<BitmapTraits>;
 
-// A DIB stores blue, green, red, unused; a COLORREF has red in its lowest byte.
+// A DIB stores blue, green, red, unused; a COLORREF has red in the lowest byte.
 COLORREF ColourFromDib(DWORD pixel) {
     return RGB((pixel >> 16) & 0xFFU, (pixel >> 8) & 0xFFU, pixel & 0xFFU);
 }

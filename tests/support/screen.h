@@ -6,16 +6,16 @@
 
 #include "base/win.h"
 
-// What the screen shows, windows of other programs included.
+// What the screen shows, including other programs' windows.
 namespace morvane::test {
 
-// Nothing when the point lies outside the screen.
+// Nothing if the point is outside the screen.
 [[nodiscard]] std::optional<COLORREF> PixelAt(POINT at);
 
 struct Picture {
     int width = 0;
     int height = 0;
-    std::vector<COLORREF> pixels;  // row by row from the top
+    std::vector<COLORREF> pixels;  // row by row, top row first
 
     [[nodiscard]] COLORREF At(int x, int y) const {
         return pixels.at(static_cast<std::size_t>(y) * static_cast<std::size_t>(width) +
@@ -24,10 +24,10 @@ struct Picture {
     [[nodiscard]] std::size_t Count(COLORREF colour) const;
 };
 
-// A copy of part of the screen; empty when the copy fails.
+// A copy of part of the screen; empty on failure.
 [[nodiscard]] Picture CaptureScreen(const RECT& part);
 
-// Writes the whole screen to a PNG file; the path is a Windows path.
+// Writes the whole screen to a PNG file, given by its Windows path.
 [[nodiscard]] bool SaveScreenshot(const std::wstring& path);
 
 }  // namespace morvane::test

@@ -4,8 +4,8 @@
 
 namespace morvane::test {
 
-// The comment lines that head every settings file the program writes, up to the first line that
-// varies. Written down here a second time: users see them.
+// The comment lines at the top of every settings file the program writes, up to the first line that
+// varies. Repeated here so that a change to this user-visible text fails a test.
 inline constexpr std::string_view SettingsHeader =
     "# Morvane config (UTF-8)\n"
     "# One entry per line: pattern [min_width min_height]\n"

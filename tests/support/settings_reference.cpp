@@ -27,7 +27,7 @@ std::vector<std::string> SplitLines(const std::string& bytes) {
     return lines;
 }
 
-// Asked for the length first: how long a result may be at most is the program's business.
+// Asks for the length first, so as not to depend on the program's limits.
 std::wstring FromUtf8(const std::string& bytes) {
     const int size = static_cast<int>(bytes.size());
     const int length = MultiByteToWideChar(CP_UTF8, 0, bytes.data(), size, nullptr, 0);
@@ -63,7 +63,7 @@ bool IsDigits(const std::wstring& text) {
 }
 
 int SizeOf(const std::wstring& digits) {
-    // More digits than a 64-bit number holds have only one outcome.
+    // Digits beyond the range of a 64-bit number cannot change the outcome.
     const std::size_t first = std::min(digits.find_first_not_of(L'0'), digits.size());
     const std::wstring significant = digits.substr(first);
     if (significant.empty()) {
@@ -75,7 +75,7 @@ int SizeOf(const std::wstring& digits) {
     return static_cast<int>(std::min<long long>(std::stoll(significant), LargestSize));
 }
 
-// "pattern TAB width TAB height", the height being all that follows the second TAB.
+// "pattern TAB width TAB height"; the height is everything after the second TAB.
 std::optional<PinEntry> TabForm(const std::wstring& text) {
     std::vector<std::wstring> fields(1);
     for (const wchar_t unit : text) {
@@ -114,7 +114,7 @@ std::wstring Between(const std::wstring& text, int begin, int end) {
     return ReferenceTrim(part);
 }
 
-// "pattern width height", parted by runs of blanks.
+// "pattern width height", separated by runs of blanks.
 std::optional<PinEntry> BlankForm(const std::wstring& text) {
     int last = static_cast<int>(text.size()) - 1;
     while (last >= 0 && IsBlank(text[static_cast<std::size_t>(last)])) {

@@ -1,8 +1,8 @@
 #pragma once
 
-// A second implementation of the settings file's format and of window identity, for tests that
-// compare the program with it. It shares no code with the program but the two records, and it is
-// written for plainness: one small step after the other, however slow.
+// A second implementation of the settings format and of window identity, to compare the program
+// with. It shares only two structs with the program, and is written to be obviously correct rather
+// than fast.
 
 #include <optional>
 #include <string>
@@ -15,16 +15,16 @@ namespace morvane::test {
 [[nodiscard]] bool IsReferenceSpace(wchar_t unit);
 [[nodiscard]] std::wstring ReferenceTrim(const std::wstring& text);
 
-// Only "A" to "Z" change.
+// Converts only "A" to "Z".
 [[nodiscard]] std::wstring ReferenceLower(std::wstring text);
 
-// True when the title holds the pattern, without regard to the case of "A" to "Z".
+// True if the title contains the pattern, ignoring the case of "A" to "Z".
 [[nodiscard]] bool ReferenceMatches(const std::wstring& title, const std::wstring& pattern);
 
-// The index of the entry that a title belongs to, or -1.
+// The index of the entry that the title belongs to, or -1.
 [[nodiscard]] int ReferenceBestEntry(const PinList& list, const std::wstring& title);
 
-// None for a line that is no master switch, else what it sets.
+// What a master-switch line sets; none for any other line.
 [[nodiscard]] std::optional<bool> ReferenceSwitchLine(const std::wstring& line);
 
 // None for a line without a pattern.

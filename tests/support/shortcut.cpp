@@ -8,7 +8,7 @@
 namespace morvane::test {
 namespace {
 
-// The text that a getter writes into a buffer of the given size; nothing when it fails.
+// The text that a getter writes into a buffer of the given size; nothing if it fails.
 template <typename Read>
 std::optional<std::wstring> TextFrom(Read read) {
     std::array<wchar_t, 1024> buffer{};

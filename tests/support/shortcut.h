@@ -7,7 +7,7 @@
 
 namespace morvane::test {
 
-// A shell link, read with the shell's own object.
+// A shell link, read through the shell.
 struct Shortcut {
     std::wstring target;
     std::wstring description;
@@ -19,7 +19,7 @@ struct Shortcut {
     WORD hotKey = 0xFFFF;
 };
 
-// Nothing when there is no readable shortcut at the path.
+// Nothing if the path is not a readable shortcut.
 [[nodiscard]] std::optional<Shortcut> ReadShortcut(const std::wstring& path);
 
 }  // namespace morvane::test

@@ -29,7 +29,7 @@ void RequireDisposable() {
     }
 }
 
-// The host's own commands: Wine follows links where it should delete them.
+// Uses the host's own commands: Wine follows links where it should delete them.
 void RunOnPath(const std::string& before, const std::wstring& path, const std::string& after) {
     RequireDisposable();
     if (path.empty() || !PathExists(path)) {
@@ -46,7 +46,7 @@ std::wstring Inside(const std::wstring& folder, const std::wstring& name) {
     return folder.empty() ? std::wstring() : folder + L"\\" + name;
 }
 
-// Nothing when the user has no value of that name.
+// Nothing if the user has no such value.
 std::optional<std::wstring> ShellFolderValue(const std::wstring& name) {
     std::wstring value(1024, L'\0');
     auto bytes = static_cast<DWORD>(value.size() * sizeof(wchar_t));

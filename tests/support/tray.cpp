@@ -13,7 +13,7 @@ namespace {
 constexpr std::size_t MaxTipUnits = 256;
 constexpr UINT AnswerMilliseconds = 2'000;
 
-// What TTM_ENUMTOOLSW reads and fills, laid out in the other process.
+// The buffer for TTM_ENUMTOOLSW, laid out in the other process.
 struct RemoteTool {
     TOOLINFOW info;
     std::array<wchar_t, MaxTipUnits> text;
@@ -25,7 +25,7 @@ struct ToolOfWindow {
     std::wstring text;
 };
 
-// A block of memory inside another process, big enough for one RemoteTool.
+// Memory in another process, large enough for one RemoteTool.
 class RemoteBlock {
 public:
     explicit RemoteBlock(DWORD processId)
@@ -103,7 +103,7 @@ std::vector<HWND> ShellTooltips(HWND taskbar) {
     return tooltips;
 }
 
-// Not to be told by its visibility: Wine shows the taskbar only while there are icons on it.
+// Visibility proves nothing: Wine shows the taskbar only while it holds icons.
 HWND ShellTaskbar() {
     HWND taskbar = nullptr;
     do {
@@ -120,7 +120,7 @@ bool IsBalloonWindow(HWND tooltip) {
 }  // namespace
 
 bool WaitForTaskbar(std::chrono::milliseconds timeout) {
-    // Asking for the desktop is what makes Wine start the shell; searching for windows is not.
+    // Makes Wine start the shell, which searching for windows does not.
     GetDesktopWindow();
     return WaitUntil([] { return ShellTaskbar() != nullptr; }, timeout);
 }

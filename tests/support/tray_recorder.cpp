@@ -28,7 +28,7 @@ namespace {
 
 constexpr const wchar_t* TaskbarClass = L"Shell_TrayWnd";
 
-// The record Wine's shell32 sends: window handles travel as 32-bit numbers.
+// The struct that Wine's shell32 sends: window handles travel as 32-bit numbers.
 struct TrayMessage {
     std::uint32_t window;
     std::uint32_t id;
@@ -56,7 +56,7 @@ std::wstring TextOf(const std::array<wchar_t, Size>& buffer) {
     return std::wstring(all.substr(0, all.find(L'\0')));
 }
 
-// FNV-1a: the same picture gives the same number, in every process and at every run.
+// FNV-1a: the same picture gives the same number in every process and on every run.
 std::uint64_t HashOf(const unsigned char* bytes, std::size_t count) {
     std::uint64_t hash = 0xCBF29CE484222325U;
     for (std::size_t i = 0; i < count; ++i) {
@@ -83,7 +83,7 @@ TrayCall CallFrom(const COPYDATASTRUCT& data) {
     call.infoFlags = message.infoFlags;
     call.iconWidth = static_cast<int>(message.iconWidth);
     call.iconHeight = static_cast<int>(message.iconHeight);
-    // Mask and colours follow the record.
+    // Mask and colours follow the struct.
     if (data.cbData > sizeof(message)) {
         call.pictureHash = HashOf(static_cast<const unsigned char*>(data.lpData) + sizeof(message),
                                   data.cbData - sizeof(message));
@@ -133,10 +133,10 @@ void RunTaskbar(TrayRecorder::Shared& shared) {
     taskbarClass.lpfnWndProc = TaskbarProc;
     taskbarClass.hInstance = self;
     taskbarClass.lpszClassName = TaskbarClass;
-    // Fails harmlessly when an earlier recorder has registered it.
+    // Fails harmlessly if an earlier recorder has registered it.
     RegisterClassW(&taskbarClass);
-    // Topmost, hence before the shell's own taskbar in the order in which windows are searched.
-    // Never shown and without a title, hence no candidate for anything.
+    // Topmost, so that it is found before the shell's own taskbar. Never shown and untitled, so
+    // that the program under test ignores it.
     const HWND window = CreateWindowExW(WS_EX_TOPMOST | WS_EX_TOOLWINDOW, TaskbarClass, L"",
                                         WS_POPUP, 0, 0, 0, 0, nullptr, nullptr, self, nullptr);
     if (window == nullptr) {
@@ -163,7 +163,7 @@ TrayRecorder::TrayRecorder() : shared_(std::make_unique<Shared>()) {
     if (shared.failed || !found) {
         PostMessageW(shared.window, WM_CLOSE, 0, 0);
         shared.thread.join();
-        throw std::runtime_error("the taskbar's place cannot be taken");
+        throw std::runtime_error("the taskbar cannot be replaced");
     }
 }
 

@@ -25,19 +25,17 @@ struct TrayCall {
     DWORD infoFlags = 0;  // NIIF_...
     int iconWidth = 0;    // 0 without an icon; pixels
     int iconHeight = 0;
-    std::uint64_t pictureHash = 0;  // of the icon's bits; 0 without an icon
+    std::uint64_t pictureHash = 0;  // hash of the icon's bits; 0 without an icon
     std::int64_t arrival = 0;       // QueryPerformanceCounter
-    // What was found of the things that TrayRecorder::Watch names, at the arrival of the call and
-    // before its answer.
+    // State of what TrayRecorder::Watch names, when the call arrived and before it was answered.
     bool watchedWindowTopmost = false;
     bool watchedPathExists = false;
 };
 
-// Stands in for the taskbar of the session while it lives: programs that add, change or remove
-// tray icons talk to it instead of the shell, which sees none of it. Works from a thread of its
-// own, so that the test may block. Made for the form in which Wine 8 hands the calls on; cbSize
-// and the GUID are not kept, and of the picture's bits only a hash. One at a time; throws
-// std::runtime_error when the stand-in cannot be made.
+// Stands in for the session's taskbar while it lives: tray icon calls reach it instead of the
+// shell. Runs on its own thread, so that the test may block. Relies on the form in which Wine 8
+// passes the calls on; does not record cbSize and the GUID, and only a hash of the picture's bits.
+// Only one at a time; throws std::runtime_error if the stand-in cannot be created.
 class TrayRecorder {
 public:
     TrayRecorder();
@@ -51,10 +49,10 @@ public:
     [[nodiscard]] std::vector<TrayCall> Calls() const;
     void Forget();
 
-    // The next calls fail: Shell_NotifyIconW returns FALSE. They are recorded all the same.
+    // Makes the next calls fail: Shell_NotifyIconW returns FALSE. They are still recorded.
     void RefuseNext(int count);
 
-    // From now on every call notes how this window and this path are when it comes.
+    // From now on every call records the state of this window and this path on arrival.
     void Watch(HWND window, const std::wstring& path);
 
     struct Shared;

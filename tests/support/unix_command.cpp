@@ -32,7 +32,7 @@ struct TemporaryPath {
     const std::wstring windows;
 };
 
-// Wine starts Unix programs by their path but hands out no handle to wait for.
+// Wine starts Unix programs by their path but returns no handle to wait for.
 bool StartShell(const std::string& scriptPath) {
     const int units = MultiByteToWideChar(CP_UTF8, 0, scriptPath.data(),
                                           static_cast<int>(scriptPath.size()), nullptr, 0);
@@ -56,7 +56,7 @@ UnixResult RunUnix(const std::string& shellLine, std::chrono::milliseconds timeo
     if (UnixPath(script.windows).empty()) {
         return {};
     }
-    // The code appears under its name only when it is complete: it is what is waited for.
+    // The exit code is renamed into place last: its appearance signals the end.
     const std::string lines = "( " + shellLine + "\n) > " + output.Shell() + " 2>&1\necho $? > " +
                               code.Shell() + ".part\nmv " + code.Shell() + ".part " + code.Shell() +
                               "\n";

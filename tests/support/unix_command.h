@@ -5,8 +5,8 @@
 
 #include "support/wait.h"
 
-// The test bench is Wine on a Unix host: the real mouse, the screenshots and links in the file
-// system are the host's. None of this works on Windows itself.
+// The tests run under Wine on a Unix host, which provides the real mouse, screenshots and
+// file-system links. None of this works on Windows itself.
 namespace morvane::test {
 
 struct UnixResult {
@@ -14,16 +14,16 @@ struct UnixResult {
     std::string output;  // standard output and standard error together
 };
 
-// Runs a line of Unix shell and waits for its end, in about 10 milliseconds plus its own time.
-// The line sees DISPLAY and PATH as this process was started with.
+// Runs a shell command line and waits for it to end, which adds about 10 milliseconds. The command
+// sees the DISPLAY and PATH that this process was started with.
 [[nodiscard]] UnixResult RunUnix(const std::string& shellLine,
                                  std::chrono::milliseconds timeout = DefaultTimeout);
 
-// The host's name of a Windows path, in UTF-8; the last part need not exist. Empty on failure and
+// The host's path for a Windows path, in UTF-8; the last part need not exist. Empty on failure and
 // outside Wine.
 [[nodiscard]] std::string UnixPath(const std::wstring& windowsPath);
 
-// The text as one word of Unix shell, whatever it holds.
+// The text quoted as a single shell word.
 [[nodiscard]] std::string QuotedForShell(const std::string& text);
 
 }  // namespace morvane::test

@@ -2,9 +2,9 @@
 
 #include "base/win.h"
 
-// The real pointer and keyboard of the session's screen, as a user moves them: what they do goes
-// through the display server to whatever window is there. Coordinates are screen pixels. Calls
-// that cannot be carried out throw std::runtime_error.
+// The real pointer and keyboard of the session: input goes through the display server to whatever
+// window is there, as it does for a user. Coordinates are screen pixels. Calls that cannot be
+// carried out throw std::runtime_error.
 namespace morvane::test {
 
 enum class MouseButton { Left, Right };
@@ -14,12 +14,12 @@ void MovePointer(POINT to);
 void PressButton(MouseButton button);
 void ReleaseButton(MouseButton button);
 
-// Comes from a little aside, so that the target notices the pointer before the button; then
-// presses and releases. The messages arrive a little later: wait for their effect.
+// Approaches from the side, so that the target notices the pointer before the button; then presses
+// and releases. The messages arrive a little later: wait for their effect.
 void Click(POINT at, MouseButton button);
 
-// Presses and releases a key; it goes to the window that has the keyboard. An open menu takes
-// keys only once it is on the screen: wait for it, and for the effect of each key.
+// Presses and releases a key, which goes to the window with the focus. An open menu takes keys only
+// once it is on the screen: wait for it, and for the effect of each key.
 void TapKey(WORD virtualKey);
 
 }  // namespace morvane::test

@@ -25,7 +25,7 @@ bool HandleMessages(Messages messages) {
     return true;
 }
 
-// Sleeps until a message arrives or the next look is due.
+// Sleeps until a message arrives or the next poll is due.
 void Rest(Messages messages) {
     const DWORD wakeUp = messages == Messages::PumpAll ? QS_ALLINPUT : QS_SENDMESSAGE;
     MsgWaitForMultipleObjects(0, nullptr, FALSE, PollMilliseconds, wakeUp);

@@ -9,15 +9,15 @@ namespace morvane::test {
 
 inline constexpr std::chrono::milliseconds DefaultTimeout{10'000};
 
-// What the waiting thread does with its own messages meanwhile. A thread that owns windows and
-// does neither blocks every program that sends one of them a message.
+// What the waiting thread does with its own messages. A thread that owns windows and does neither
+// blocks every program that sends one of them a message.
 enum class Messages {
-    ServeSent,  // answers messages sent by other threads, leaves its queue alone
+    ServeSent,  // answers messages sent by other threads, leaves the queue alone
     PumpAll,    // dispatches the queue too; a WM_QUIT ends the wait and stays posted
 };
 
-// Asks again and again, a few milliseconds apart, until the condition holds: true. After the
-// timeout it asks one last time and returns that answer.
+// Polls every few milliseconds until the condition holds, then returns true. After the timeout it
+// checks one last time and returns the result.
 [[nodiscard]] bool WaitUntil(const std::function<bool()>& condition,
                              std::chrono::milliseconds timeout = DefaultTimeout,
                              Messages messages = Messages::ServeSent);
@@ -25,7 +25,7 @@ enum class Messages {
 // Waits for a process, event or other kernel object while serving sent messages.
 [[nodiscard]] bool WaitForObject(HANDLE object, std::chrono::milliseconds timeout = DefaultTimeout);
 
-// True when the condition holds at every look during the whole duration: for "it stays so".
+// True if the condition holds every time it is polled for the whole duration.
 [[nodiscard]] bool StaysTrue(const std::function<bool()>& condition,
                              std::chrono::milliseconds duration,
                              Messages messages = Messages::ServeSent);

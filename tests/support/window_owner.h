@@ -5,7 +5,7 @@
 
 namespace morvane::test {
 
-// Owns a window of the calling thread, which has to destroy it too.
+// Owns a window of the calling thread; only that thread can destroy it.
 struct WindowTraits {
     using Handle = HWND;
     static Handle Empty() noexcept { return nullptr; }
@@ -13,7 +13,7 @@ struct WindowTraits {
 };
 using WindowOwner = Owner<WindowTraits>;
 
-// A window that nobody sees, of the class, for what needs one to belong to; empty on failure.
+// An invisible window, for code that needs an owner window; empty on failure.
 [[nodiscard]] inline WindowOwner MessageOnlyWindow(const wchar_t* className = L"STATIC") {
     return WindowOwner(CreateWindowExW(0, className, L"", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr,
                                        GetModuleHandleW(nullptr), nullptr));

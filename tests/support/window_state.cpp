@@ -49,7 +49,7 @@ std::wstring WindowTitle(HWND window) {
     for (;;) {
         const int length = GetWindowTextW(window, title.data(), static_cast<int>(title.size()));
         const auto units = static_cast<std::size_t>(std::max(length, 0));
-        // A full buffer may have cut the title.
+        // A full buffer may mean a truncated title.
         if (units + 1 < title.size()) {
             title.resize(units);
             return title;
