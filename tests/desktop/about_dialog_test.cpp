@@ -31,7 +31,7 @@ bool IsClosed() {
     return AboutDialog() == nullptr;
 }
 
-TEST_F(AboutDialogTest, DialogIsACaptionedTopmostWindowOfTheControlWindow) {
+TEST_F(AboutDialogTest, DialogIsACaptionedTopmostWindowOwnedByTheControlWindow) {
     OpenAndLook([this](HWND dialog) {
         // The system adds WS_CLIPSIBLINGS and WS_EX_WINDOWEDGE by itself.
         EXPECT_EQ(StyleOf(dialog) & ~DWORD{WS_CLIPSIBLINGS}, 0x10C80000U);
@@ -111,7 +111,7 @@ TEST_F(AboutDialogTest, ControlsAreToldToRedrawInTheirFont) {
     });
 }
 
-TEST_F(AboutDialogTest, TextsAreThoseOfTheLanguage) {
+TEST_F(AboutDialogTest, TextsAreInTheChosenLanguage) {
     EXPECT_EQ(GetProductVersion(), L"?") << "the tests have no version of their own";
     for (const InterfaceTexts& texts : TextsOfAllLanguages()) {
         ChooseLanguage(texts.code);
@@ -125,14 +125,14 @@ TEST_F(AboutDialogTest, TextsAreThoseOfTheLanguage) {
     }
 }
 
-TEST_F(AboutDialogTest, OwnerIsDisabledWhileTheDialogIsOpenAndThenInTheForeground) {
+TEST_F(AboutDialogTest, OwnerIsDisabledWhileTheDialogIsOpenAndInTheForegroundAfterwards) {
     ASSERT_NE(IsWindowEnabled(Control().Get()), FALSE);
     OpenAndLook([this](HWND) { EXPECT_EQ(IsWindowEnabled(Control().Get()), FALSE); });
     EXPECT_NE(IsWindowEnabled(Control().Get()), FALSE);
     EXPECT_EQ(GetForegroundWindow(), Control().Get());
 }
 
-TEST_F(AboutDialogTest, EveryWayOfClosingCloses) {
+TEST_F(AboutDialogTest, EveryWayOfClosingWorks) {
     struct Case {
         const char* name;
         void (*act)(HWND dialog);
@@ -181,7 +181,7 @@ TEST_F(AboutDialogTest, OtherCommandsLeaveTheDialogOpen) {
     });
 }
 
-TEST_F(AboutDialogTest, EachOpeningMakesItsBrushAnewAndNothingOutlivesIt) {
+TEST_F(AboutDialogTest, EachOpeningCreatesItsOwnBrushAndLeavesNothingBehind) {
     for (const DWORD light : {0U, 1U, 0U, 0U}) {
         HWND window = nullptr;
         HGDIOBJ font = nullptr;
@@ -205,7 +205,7 @@ TEST_F(AboutDialogTest, EachOpeningMakesItsBrushAnewAndNothingOutlivesIt) {
     }
 }
 
-TEST_F(AboutDialogTest, SecondCallWhileTheDialogIsOpenMakesNoSecondOne) {
+TEST_F(AboutDialogTest, SecondCallOpensNoSecondDialog) {
     const HWND other = Window(L"Other");
     HWND first = nullptr;
     Open({AboutHasFocus,
@@ -236,14 +236,14 @@ TEST_F(AboutDialogTest, DialogThatCannotBeCreatedLeavesTheOwnerAlone) {
     EXPECT_EQ(Control().Count(WM_ENABLE), 2U);
 }
 
-TEST_F(AboutDialogTest, ClassThatCouldNotBeRegisteredIsRegisteredAtTheNextOpening) {
+TEST_F(AboutDialogTest, FailedClassRegistrationIsRetriedAtTheNextOpening) {
     EXPECT_TRUE(ResultOfFirstOpening().foundClassTaken);
     EXPECT_TRUE(ResultOfFirstOpening().triedToCreate) << "by the class that took the name";
     EXPECT_FALSE(ResultOfFirstOpening().sawOwnerDisabled);
     OpenAndLook([](HWND dialog) { EXPECT_NE(BodyOf(dialog), nullptr); });
 }
 
-TEST_F(AboutDialogTest, KeysOfOtherWindowsBecomeCharactersBeforeTheyAreDispatched) {
+TEST_F(AboutDialogTest, KeysOfOtherWindowsAreTranslatedBeforeTheyAreDispatched) {
     bool isWaiting = false;
     Control().On(WM_KEYDOWN, [this, &isWaiting] {
         MSG message{};
@@ -271,7 +271,7 @@ TEST_F(AboutDialogTest, QuitMessageEndsTheDialogAndIsNotPostedAgain) {
     OpenAndLook([](HWND dialog) { EXPECT_NE(dialog, nullptr) << "and it opens again"; });
 }
 
-TEST_F(AboutDialogTest, RaisedDialogIsAboveWhatAPassHasRaised) {
+TEST_F(AboutDialogTest, RaisedDialogIsAboveWindowsRaisedByAPass) {
     ASSERT_TRUE(WriteSettings("cover\n"));
     const HWND cover = Other().Create(
         {.title = L"Cover", .style = WS_POPUP, .x = 0, .y = 0, .width = 1280, .height = 800});

@@ -102,7 +102,7 @@ protected:
     }
 };
 
-TEST_F(AboutLayoutTest, EverythingIsWhereItsTextPutsItInAllLanguages) {
+TEST_F(AboutLayoutTest, LayoutFollowsTheTextInAllLanguages) {
     for (const InterfaceTexts& texts : TextsOfAllLanguages()) {
         ChooseLanguage(texts.code);
         OpenAndLook([](HWND dialog) { ExpectLayout(dialog); });
@@ -137,7 +137,7 @@ TEST_F(AboutLayoutTest, LongTextWrapsAndTheDialogGrowsInHeightOnly) {
     });
 }
 
-TEST_F(AboutLayoutTest, WithoutBothControlsTheDialogKeepsTheSizeOfItsCreation) {
+TEST_F(AboutLayoutTest, DialogWithAMissingControlKeepsItsInitialSize) {
     for (const wchar_t* const missing : {L"Static", L"Button"}) {
         const ClassRefusal refusal(missing);
         SIZE size{};
@@ -154,11 +154,11 @@ TEST_F(AboutLayoutTest, WithoutBothControlsTheDialogKeepsTheSizeOfItsCreation) {
         [](HWND dialog) { EXPECT_NE(WindowSize(dialog).cy, 180) << "or it shows nothing"; });
 }
 
-TEST_F(AboutLayoutTest, AmpersandsAreMeasuredAndShownAsTheyAre) {
+TEST_F(AboutLayoutTest, AmpersandsAreMeasuredAndShownLiterally) {
     WithBody(L"A & B && C\n\n&D", [](HWND dialog) { ExpectLayout(dialog); });
 }
 
-TEST_F(AboutLayoutTest, DialogStaysInTheCornerWhenTheTaskBarIsAtTheTop) {
+TEST_F(AboutLayoutTest, DialogStaysInTheCornerWhenTheTaskbarIsAtTheTop) {
     RECT previous{};
     SystemParametersInfoW(SPI_GETWORKAREA, 0, &previous, 0);
     RECT below = {100, 60, 1100, 700};
@@ -177,7 +177,7 @@ TEST_F(AboutLayoutTest, DialogStaysInTheCornerWhenTheTaskBarIsAtTheTop) {
     EXPECT_TRUE(taken) << "the work area cannot be changed here";
 }
 
-TEST_F(AboutLayoutTest, WindowIsMovedToTheCornerWithoutAnythingElse) {
+TEST_F(AboutLayoutTest, MovingToTheCornerChangesNothingElse) {
     const WindowOwner lower(CreateWindowExW(0, L"STATIC", L"", WS_POPUP | WS_VISIBLE, 10, 10, 200,
                                             100, nullptr, nullptr, GetModuleHandleW(nullptr),
                                             nullptr));
@@ -210,7 +210,7 @@ BOOL WINAPI RecordPosition(HWND window, HWND insertAfter, int x, int y, int widt
     return originalSetWindowPos(window, insertAfter, x, y, width, height, flags);
 }
 
-TEST_F(AboutLayoutTest, DialogIsSizedThenMovedAndActivatedByNeither) {
+TEST_F(AboutLayoutTest, DialogIsSizedThenMovedWithoutActivation) {
     const ImportPatch<decltype(&SetWindowPos)> patch("SetWindowPos", RecordPosition);
     originalSetWindowPos = patch.Original();
     positionRequests.clear();
@@ -223,7 +223,7 @@ TEST_F(AboutLayoutTest, DialogIsSizedThenMovedAndActivatedByNeither) {
     });
 }
 
-TEST_F(AboutLayoutTest, ColoursAreThoseOfTheTheme) {
+TEST_F(AboutLayoutTest, ColoursFollowTheTheme) {
     struct Case {
         const char* name;
         DWORD light;
@@ -272,7 +272,7 @@ TEST_F(AboutLayoutTest, BackgroundIsErasedByTheDialogItself) {
     });
 }
 
-TEST_F(AboutLayoutTest, ControlColoursGoToTextAndButtonAlike) {
+TEST_F(AboutLayoutTest, TextAndButtonGetTheSameColours) {
     AppThemeSetting::Set(0);
     OpenAndLook([](HWND dialog) {
         for (const UINT message : {UINT{WM_CTLCOLORSTATIC}, UINT{WM_CTLCOLORBTN}}) {

@@ -33,7 +33,7 @@ bool IsToolWindow(HWND window) {
     return (GetWindowLongPtrW(window, GWL_EXSTYLE) & WS_EX_TOOLWINDOW) != 0;
 }
 
-TEST(ActorTest, WindowBelongsToAnotherProcessAndIsAsAskedFor) {
+TEST(ActorTest, WindowBelongsToAnotherProcessAndIsAsRequested) {
     Actor actor;
     const HWND window =
         actor.Create({.title = L"Foreign one", .x = 120, .y = 90, .width = 333, .height = 222});
@@ -50,7 +50,7 @@ TEST(ActorTest, WindowBelongsToAnotherProcessAndIsAsAskedFor) {
     EXPECT_TRUE(actor.Requests(window).empty());
 }
 
-TEST(ActorTest, HiddenOwnedAndToolWindowsAreAsAskedFor) {
+TEST(ActorTest, HiddenOwnedAndToolWindowsAreAsRequested) {
     Actor actor;
     const HWND owner = actor.Create({.title = L"Owner"});
     const HWND owned = actor.Create({.title = L"Owned", .style = WS_CAPTION, .owner = owner});
@@ -64,7 +64,7 @@ TEST(ActorTest, HiddenOwnedAndToolWindowsAreAsAskedFor) {
     EXPECT_TRUE(IsToolWindow(tool));
 }
 
-TEST(ActorTest, AnyWindowClassCanBeHadTheStandardDialogIncluded) {
+TEST(ActorTest, AnyWindowClassCanBeUsedIncludingTheStandardDialog) {
     Actor actor;
     for (const wchar_t* name : {L"#32770", L"Edit", L"My own class", L"MorvaneHiddenWindow"}) {
         const HWND window = actor.Create({.className = name, .title = L"Class test"});
@@ -134,7 +134,7 @@ TEST(ActorTest, RequestsAreRecordedExactly) {
     EXPECT_EQ(WindowSize(window).cy, 600);
 }
 
-TEST(ActorTest, OrderOfTopmostWindowsIsSeen) {
+TEST(ActorTest, OrderOfTopmostWindowsIsObserved) {
     Actor actor;
     const HWND first = actor.Create({.title = L"First"});
     const HWND second = actor.Create({.title = L"Second"});
@@ -186,7 +186,7 @@ TEST(ActorTest, WindowDiesInsideTheChosenRequest) {
               3);
 }
 
-TEST(ActorTest, HungActorDelaysRequestsButStillReadsItsRecords) {
+TEST(ActorTest, HungActorDelaysRequestsButStillReportsItsRecords) {
     Actor actor;
     const HWND window = actor.Create({.title = L"Hanging"});
     constexpr auto HangTime = 1500ms;
@@ -226,7 +226,7 @@ TEST(ActorTest, WindowIsMinimisedRestoredHiddenShownMovedAndDestroyed) {
     EXPECT_THROW(actor.Destroy(window), std::runtime_error);
 }
 
-TEST(ActorTest, ForegroundWindowIsChosen) {
+TEST(ActorTest, ForegroundWindowCanBeChosen) {
     Actor actor;
     const HWND first = actor.Create({.title = L"First"});
     const HWND second = actor.Create({.title = L"Second", .x = 600});
@@ -236,7 +236,7 @@ TEST(ActorTest, ForegroundWindowIsChosen) {
     EXPECT_EQ(GetForegroundWindow(), second);
 }
 
-TEST(ActorTest, ManyWindowsAreMadeAtOnce) {
+TEST(ActorTest, ManyWindowsAreCreatedAtOnce) {
     Actor actor;
     const std::vector<HWND> windows =
         actor.CreateMany(520, {.title = L"Row ", .width = 150, .height = 80, .visible = false});

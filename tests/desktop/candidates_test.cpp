@@ -39,7 +39,7 @@ protected:
 
 using Titles = std::vector<std::wstring>;
 
-TEST_F(CandidatesTest, TitlesAreSortedByTheNumbersOfTheirUnits) {
+TEST_F(CandidatesTest, TitlesAreSortedByCodeUnit) {
     const Titles sorted = {
         L" blank first", L"10",       L"9",          L"Beta",
         L"Zebra",        L"Zebra 2",  L"_",          L"alpha",
@@ -100,7 +100,7 @@ TEST_F(CandidatesTest, MinimisedWindowsAreOffered) {
     EXPECT_EQ(OfferedTitles(), Titles({L"Alpha"}));
 }
 
-TEST_F(CandidatesTest, OnlyTheClassKeepsOwnWindowsOut) {
+TEST_F(CandidatesTest, OwnWindowsAreExcludedByClassOnly) {
     const HWND window = Window(L"Alpha");
     Engine().ownWindow = window;
     Process().controlWindow = window;
@@ -110,7 +110,7 @@ TEST_F(CandidatesTest, OnlyTheClassKeepsOwnWindowsOut) {
     EXPECT_TRUE(IsOffered(window));
 }
 
-TEST_F(CandidatesTest, TitlesAreKeptAsReadUpToFiveHundredAndElevenUnits) {
+TEST_F(CandidatesTest, TitlesAreKeptUnchangedUpTo511Units) {
     const std::wstring strange = L"a\xD83D\t\xFFFE\x200F & b\xDE00";
     const std::wstring longTitle = std::wstring(300, L'x') + std::wstring(300, L'y');
     static_cast<void>(Window(longTitle));
@@ -121,7 +121,7 @@ TEST_F(CandidatesTest, TitlesAreKeptAsReadUpToFiveHundredAndElevenUnits) {
               Titles({strange, longTitle.substr(0, 511), std::wstring(511, L'z')}));
 }
 
-TEST_F(CandidatesTest, WindowsOfOneTitleAreAllOffered) {
+TEST_F(CandidatesTest, WindowsWithTheSameTitleAreAllOffered) {
     std::vector<HWND> windows{Window(L"Same"), Window(L"Same"), Window(L"Same")};
     RebuildCandidates();
     EXPECT_EQ(OfferedTitles(), Titles(3, L"Same"));
@@ -191,7 +191,7 @@ TEST_F(CandidatesTest, ActiveWindowIsTheForegroundWindowIfUsable) {
     EXPECT_EQ(ActiveWindow(), second);
 }
 
-TEST_F(CandidatesTest, UnusableForegroundWindowLeavesTheLastUsableOne) {
+TEST_F(CandidatesTest, UnusableForegroundWindowDoesNotReplaceTheLastUsableOne) {
     const HWND noted = Window(L"Noted");
     const HWND unusable = Other().Create({.className = L"MorvaneHiddenWindow", .title = L"Own"});
     ASSERT_TRUE(Other().BringToForeground(noted));

@@ -175,7 +175,7 @@ private:
     WindowOwner window_;
 };
 
-TEST_F(ControlWindowTest, CreationStartsTheTimerOfPassesAndNoOther) {
+TEST_F(ControlWindowTest, CreationStartsOnlyThePassTimer) {
     ASSERT_EQ(timerRequests.size(), 1U);
     EXPECT_EQ(timerRequests[0].window, Control());
     EXPECT_EQ(timerRequests[0].id, PassTimer);
@@ -185,7 +185,7 @@ TEST_F(ControlWindowTest, CreationStartsTheTimerOfPassesAndNoOther) {
 
 using Requests = std::vector<std::string>;
 
-TEST_F(ControlWindowTest, TimerRunsBeforeTheIconComesAndEndsBeforeTheWindowsAreReleased) {
+TEST_F(ControlWindowTest, TimerStartsBeforeTheIconIsAddedAndStopsBeforeTheWindowsAreReleased) {
     static_cast<void>(Window(L"Target"));
     DestroyControl();
     ASSERT_TRUE(WriteSettings("target\n"));
@@ -195,7 +195,7 @@ TEST_F(ControlWindowTest, TimerRunsBeforeTheIconComesAndEndsBeforeTheWindowsAreR
     EXPECT_EQ(requests, Requests({"stop timer 1", "stop timer 2", "place -2", "icon 2", "quit 0"}));
 }
 
-TEST_F(ControlWindowTest, ForegroundWindowIsNotedAtCreationAndAtEachTickOfThePasses) {
+TEST_F(ControlWindowTest, ForegroundWindowIsNotedAtCreationAndOnEachPassTick) {
     const HWND unusable = Other().Create({.className = ControlWindowClass});
     const auto noted = [&] {
         EXPECT_TRUE(Other().BringToForeground(unusable));
@@ -216,7 +216,7 @@ TEST_F(ControlWindowTest, ForegroundWindowIsNotedAtCreationAndAtEachTickOfThePas
     }
 }
 
-TEST_F(ControlWindowTest, TickRaisesTheDialogAndTheMenuOnceIfItHasRaisedAWindow) {
+TEST_F(ControlWindowTest, TickThatRaisesAWindowRaisesTheDialogAndTheMenuOnce) {
     const HWND cover = Window(L"Cover");
     const auto askedByATick = [this](const char* settings) {
         std::vector<HWND> asked;
@@ -342,7 +342,7 @@ TEST_F(ControlWindowTest, MenuIsAboveTheDialogAndBothAboveAPinnedWindowAfterEver
     EXPECT_GE(Asked(cover).size(), 2U) << "each pass has raised it";
 }
 
-TEST_F(ControlWindowTest, MessagesAboutRowsOfOursAreHandled) {
+TEST_F(ControlWindowTest, MessagesAboutOurOwnRowsAreHandled) {
     const Menu menu(CreatePopupMenu());
     ClearMenuRows();
     AppendPinItem(menu.get(), 2500, L"Alpha", PinState::Pinned);

@@ -28,7 +28,7 @@ protected:
     void TearDown() override { Engine() = PinEngine{}; }
 };
 
-TEST_F(DataFolderPathTest, FolderIsMadeByEveryQuestionForIt) {
+TEST_F(DataFolderPathTest, FolderIsCreatedByEveryQueryForItsPath) {
     ASSERT_FALSE(PathExists(DataFolder()));
     EXPECT_EQ(GetDataFolder(), DataFolder());
     EXPECT_NE(GetFileAttributesW(DataFolder().c_str()) & FILE_ATTRIBUTE_DIRECTORY, 0U);
@@ -62,7 +62,7 @@ TEST_F(DataFolderPathTest, WithoutApplicationDataEverythingIsEmpty) {
     EXPECT_FALSE(IsOwnDataFolder(GetDataFolder()));
 }
 
-TEST_F(DataFolderPathTest, FileInPlaceOfTheFolderIsNoLink) {
+TEST_F(DataFolderPathTest, FileInPlaceOfTheFolderIsNotALink) {
     ASSERT_TRUE(WriteFileBytes(DataFolder(), "in the way"));
     EXPECT_EQ(GetDataFolder(), DataFolder());
     EXPECT_FALSE(EnsureSettingsFile());
@@ -106,7 +106,7 @@ private:
     std::wstring target_;
 };
 
-TEST_F(LinkedDataFolderTest, LinkMeansThatThereIsNoFolder) {
+TEST_F(LinkedDataFolderTest, LinkCountsAsNoFolder) {
     EXPECT_EQ(GetDataFolder(), L"");
     EXPECT_EQ(GetSettingsPath(), L"");
     EXPECT_FALSE(IsOwnDataFolder(DataFolder()));
@@ -129,7 +129,7 @@ TEST_F(LinkedDataFolderTest, NothingIsReadOrWrittenThroughTheLink) {
 }
 
 // By which other names no folder is: a matter of the path alone, tested without folders.
-TEST_F(DataFolderPathTest, FolderOfTheProgramIsItsOwn) {
+TEST_F(DataFolderPathTest, DataFolderIsRecognisedAsOwn) {
     EXPECT_TRUE(IsOwnDataFolder(GetDataFolder()));
 }
 

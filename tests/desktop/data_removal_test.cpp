@@ -83,7 +83,7 @@ TEST_F(DataRemovalTest, NestedFoldersAndManyFilesGo) {
     ExpectRemoval();
 }
 
-TEST_F(DataRemovalTest, ReadOnlyAndHiddenThingsGo) {
+TEST_F(DataRemovalTest, ReadOnlyAndHiddenItemsGo) {
     MakeFolder(DataFolder());
     MakeFolder(DataFolder() + L"\\read-only");
     for (const wchar_t* file : {L"\\a.txt", L"\\b.txt", L"\\c.txt", L"\\read-only\\d.txt"}) {
@@ -120,7 +120,7 @@ TEST_F(DataRemovalTest, NamesThatEndInDotsAndBlanksGo) {
     ExpectRemoval();
 }
 
-TEST_F(DataRemovalTest, FolderGoesInWhateverFormItsPathIsNamed) {
+TEST_F(DataRemovalTest, FolderGoesWhateverTheFormOfItsPath) {
     const std::wstring roaming = RoamingFolder();
     const std::wstring folder = roaming + L"\\Morvane";
     const std::wstring neighbour = roaming + L"\\Morvane2";
@@ -172,7 +172,7 @@ TEST_F(DataRemovalTest, OpenFileStopsTheRemovalButTheShortcutIsGone) {
     ExpectRemoval();
 }
 
-TEST_F(DataRemovalTest, ShortcutThatCannotBeDeletedIsNoFailure) {
+TEST_F(DataRemovalTest, ShortcutThatCannotBeDeletedIsNotAFailure) {
     MakeFolder(StartupShortcut());
     ASSERT_TRUE(WriteSettings("alpha\n"));
     ExpectRemoval();
@@ -282,7 +282,7 @@ BOOL WINAPI DeleteFileAsWindowsDoes(LPCWSTR path) {
     return TRUE;
 }
 
-TEST_F(LinkedDataRemovalTest, LinksInsideTheFolderGoAndWhatTheyLeadToStays) {
+TEST_F(LinkedDataRemovalTest, LinksInsideTheFolderGoAndTheirTargetsStay) {
     const std::wstring shallow = DataFolder() + L"\\link";
     const std::wstring deep = DataFolder() + L"\\a\\link";
     const std::wstring file = DataFolder() + L"\\a\\link.txt";
@@ -319,7 +319,7 @@ TEST_F(LinkedDataRemovalTest, LinkInPlaceOfTheFolderIsLeftAlone) {
     RemoveLink(DataFolder());
 }
 
-TEST_F(DataRemovalTest, WithoutApplicationDataTheRemovalFailsAfterTheShortcut) {
+TEST_F(DataRemovalTest, WithoutApplicationDataTheShortcutGoesAndTheRemovalFails) {
     ASSERT_TRUE(WriteSettings("alpha\n"));
     MakeFile(StartupShortcut());
     const std::wstring shortcut = StartupShortcut();

@@ -110,7 +110,7 @@ TEST_F(DiscoveryTest, ProtectedDialogsAreNeverPinned) {
     }
 }
 
-TEST_F(DiscoveryTest, PassPinsTheNamesakeOfAProtectedDialogOnly) {
+TEST_F(DiscoveryTest, PassPinsOnlyTheNamesakeOfAProtectedDialog) {
     const HWND dialog = Other().Create({.className = L"#32770", .title = L"User Account Control"});
     const HWND notes = Window(L"User Account Control notes");
     ApplySettings("account\n");
@@ -119,7 +119,7 @@ TEST_F(DiscoveryTest, PassPinsTheNamesakeOfAProtectedDialogOnly) {
     EXPECT_TRUE(IsTopmost(notes));
 }
 
-TEST_F(DiscoveryTest, OwnWindowsAreKnownByClassAndByHandle) {
+TEST_F(DiscoveryTest, OwnWindowsAreRecognisedByClassAndByHandle) {
     constexpr const wchar_t* Own = L"MorvaneHiddenWindow";
     const HWND foreign = Window(L"Control");
     EXPECT_TRUE(IsOwnWindow(foreign, Own));
@@ -155,7 +155,7 @@ TEST_F(DiscoveryTest, EmptyPatternFindsNothing) {
     EXPECT_TRUE(IsFound(L"Alpha", L"a"));
 }
 
-TEST_F(DiscoveryTest, ChildWindowsAreNotLookedAt) {
+TEST_F(DiscoveryTest, ChildWindowsAreIgnored) {
     const HWND parent = Window(L"Parent");
     const HWND child =
         Other().Create({.title = L"Alpha child", .style = WS_CHILD | WS_CAPTION, .owner = parent});
@@ -164,7 +164,7 @@ TEST_F(DiscoveryTest, ChildWindowsAreNotLookedAt) {
     EXPECT_TRUE(Asked(child).empty());
 }
 
-TEST_F(DiscoveryTest, FirstFiveHundredAndElevenUnitsOfATitleAreSeen) {
+TEST_F(DiscoveryTest, OnlyTheFirst511UnitsOfATitleAreSeen) {
     const std::wstring needle = L"needle";
     const auto titleOf = [&needle](std::size_t length) {
         return std::wstring(length - needle.size(), L'x') + needle;
@@ -178,7 +178,7 @@ TEST_F(DiscoveryTest, FirstFiveHundredAndElevenUnitsOfATitleAreSeen) {
     EXPECT_FALSE(IsFound(std::wstring(600, L'x'), std::wstring(512, L'X')));
 }
 
-TEST_F(DiscoveryTest, EveryUnitOfATitleIsTakenAsItIs) {
+TEST_F(DiscoveryTest, EveryUnitOfATitleIsMatchedLiterally) {
     struct Case {
         const char* name;
         std::wstring title;

@@ -34,7 +34,7 @@ TEST_F(EnforcementTest, EveryPassAsksAMatchedWindowOnceToBeTopmost) {
     EXPECT_EQ(Engine().pinnedWindows.size(), 1U);
 }
 
-TEST_F(EnforcementTest, PassTellsWhetherItHasAskedForATopmostPlace) {
+TEST_F(EnforcementTest, PassReportsWhetherItAskedAnyWindowToBeTopmost) {
     const struct {
         const char* name;
         const char* lines;
@@ -57,7 +57,7 @@ TEST_F(EnforcementTest, PassTellsWhetherItHasAskedForATopmostPlace) {
     }
 }
 
-TEST_F(EnforcementTest, OtherWindowsAreAskedNothing) {
+TEST_F(EnforcementTest, UnmatchedWindowsAreLeftAlone) {
     const HWND matched = Window(L"Editor");
     const HWND other = Window(L"Calculator");
     const HWND topmost = Other().Create({.title = L"Clock", .exStyle = WS_EX_TOPMOST});
@@ -127,7 +127,7 @@ TEST_F(EnforcementTest, RaisedLowerPriorityWindowIsPutBackAndKeepsTheFocus) {
     EXPECT_EQ(GetForegroundWindow(), third);
 }
 
-TEST_F(EnforcementTest, PassTakesNoFocusFromAnOrdinaryWindow) {
+TEST_F(EnforcementTest, PassDoesNotTakeTheFocusFromAnOrdinaryWindow) {
     const HWND pinned = Window(L"Alpha");
     const HWND working = Window(L"Document");
     ASSERT_TRUE(Other().BringToForeground(working));
@@ -149,7 +149,7 @@ TEST_F(EnforcementTest, PinnedWindowsReturnAboveForeignTopmostWindows) {
     EXPECT_TRUE(IsTopmost(intruder));
 }
 
-TEST_F(EnforcementTest, TopmostStateTakenByTheWindowItselfIsRestored) {
+TEST_F(EnforcementTest, TopmostStateThatTheWindowGaveUpIsRestored) {
     const HWND window = Window(L"Alpha");
     ApplySettings("alpha\n");
     Other().SetTopmost(window, false);
@@ -239,7 +239,7 @@ TEST_F(EnforcementTest, RestoredWindowThatIsLargeEnoughIsNotResized) {
     EXPECT_EQ(WindowSize(window).cx, 400);
 }
 
-TEST_F(EnforcementTest, DyingWindowsDisturbNoPass) {
+TEST_F(EnforcementTest, DyingWindowsDoNotDisturbThePass) {
     const HWND dying = Window(L"Alpha dying");
     const HWND other = Window(L"Alpha living");
     const HWND grown = Window(L"Beta dying");
@@ -290,7 +290,7 @@ TEST_F(EnforcementTest, PassWaitsForAHungWindowAndThenFinishes) {
     EXPECT_TRUE(PassesOrder({last, hung}));
 }
 
-TEST_F(EnforcementTest, EveryPassReadsTheSettingsFileAnew) {
+TEST_F(EnforcementTest, EveryPassRereadsTheSettingsFile) {
     const HWND alpha = Window(L"Alpha");
     const HWND beta = Window(L"Beta");
     ApplySettings("alpha\n");
@@ -320,7 +320,7 @@ TEST_F(EnforcementTest, WithoutASettingsPathEveryPassStartsFromTheDefaultList) {
     EXPECT_TRUE(Engine().pinnedWindows.empty());
 }
 
-TEST_F(EnforcementTest, UnforcedRequestIsLeftOutForARememberedTopmostWindow) {
+TEST_F(EnforcementTest, UnforcedRequestIsSkippedForARememberedTopmostWindow) {
     const HWND window = Window(L"Alpha");
     EXPECT_TRUE(ApplyToWindow(window, false));
     EXPECT_EQ(Asked(window), Requests({TopmostRequest})) << "not remembered yet";
@@ -337,7 +337,7 @@ TEST_F(EnforcementTest, UnforcedRequestIsLeftOutForARememberedTopmostWindow) {
     EXPECT_EQ(Asked(window).size(), 2U) << "topmost, not remembered";
 }
 
-TEST_F(EnforcementTest, WindowIsPinnedAlsoWhenNoEntryIdentifiesItAnyMore) {
+TEST_F(EnforcementTest, WindowIsPinnedEvenIfNoEntryIdentifiesItAnyMore) {
     const HWND window = Window(L"Alpha");
     const HWND untitled = Window(L"");
     Engine().pinList.entries = {{.pattern = L"beta", .minWidth = 900, .minHeight = 700}};

@@ -82,7 +82,7 @@ TEST(HarnessTest, KeysReachTheForegroundWindow) {
     EXPECT_EQ(actor.Input(window).front().x, VK_F5);
 }
 
-TEST(HarnessTest, ScreenShowsForeignWindowsAndWhichIsOnTop) {
+TEST(HarnessTest, ScreenShowsTheTopmostOfForeignWindows) {
     Actor actor;
     const HWND red = actor.Create({.title = L"Red", .colour = Red});
     const HWND blue = actor.Create({.title = L"Blue", .colour = Blue});
@@ -98,7 +98,7 @@ TEST(HarnessTest, ScreenShowsForeignWindowsAndWhichIsOnTop) {
     EXPECT_FALSE(PixelAt({-5, -5}).has_value());
 }
 
-TEST(HarnessTest, ScreenshotIsAPictureFile) {
+TEST(HarnessTest, ScreenshotIsAPngFile) {
     MORVANE_REQUIRE_DISPOSABLE_PROFILE();
     const std::wstring path = RoamingFolder() + L"\\shot of the screen.png";
     ASSERT_TRUE(SaveScreenshot(path));
@@ -173,7 +173,7 @@ private:
     WindowOwner window_;
 };
 
-TEST(HarnessTest, TrayIconIsSeenClickedAndSeenToGo) {
+TEST(HarnessTest, TrayIconCanBeFoundClickedAndSeenToDisappear) {
     ASSERT_TRUE(WaitForTaskbar());
     OwnTrayIcon icon(L"Harness tip \x00E4\x65E5");
     EXPECT_FALSE(TrayIconPresent());
@@ -201,7 +201,7 @@ TEST(HarnessTest, BalloonTextIsReadFromTheScreen) {
     EXPECT_TRUE(WaitUntil([] { return !ShownBalloon(); }));
 }
 
-TEST(HarnessTest, RecorderSeesEveryTrayCallInFull) {
+TEST(HarnessTest, RecorderRecordsEveryTrayCall) {
     TrayRecorder recorder;
     OwnTrayIcon icon(L"Recorded tip");
     recorder.RefuseNext(1);
@@ -245,7 +245,7 @@ TEST(HarnessTest, ProfileFoldersAreResetAndRedirected) {
     EXPECT_EQ(RoamingFolder(), usual);
 }
 
-TEST(HarnessTest, LinkInPlaceOfTheDataFolderIsAReparsePointAndIsRemovedAlone) {
+TEST(HarnessTest, LinkInPlaceOfTheDataFolderIsAReparsePointAndIsRemovedWithoutItsTarget) {
     MORVANE_REQUIRE_DISPOSABLE_PROFILE();
     ResetProfile();
     const std::wstring target = RoamingFolder() + L"\\Link target";

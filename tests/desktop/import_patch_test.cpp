@@ -19,7 +19,7 @@ HWND WINAPI NoOwner(HWND /*window*/, UINT /*relation*/) {
     return nullptr;
 }
 
-TEST(ImportPatchTest, ReplacesAPlatformFunctionForTheCodeUnderTestAndGivesItBack) {
+TEST(ImportPatchTest, ReplacesAPlatformFunctionForTheCodeUnderTestAndRestoresIt) {
     const HWND desktop = GetDesktopWindow();
     ASSERT_FALSE(HasOwner(desktop));
     {
@@ -35,7 +35,7 @@ TEST(ImportPatchTest, ReplacesAPlatformFunctionForTheCodeUnderTestAndGivesItBack
     EXPECT_FALSE(HasOwner(desktop));
 }
 
-TEST(ImportPatchTest, RefusesAFunctionThatIsNotImported) {
+TEST(ImportPatchTest, RejectsAFunctionThatIsNotImported) {
     EXPECT_THROW(ImportPatch<GetWindowFunction>("NoSuchFunction", AnOwner), std::runtime_error);
 }
 

@@ -30,7 +30,7 @@ std::vector<Menu> AllMenus() {
     return menus;
 }
 
-TEST_F(MenuTest, WhatCannotBeCreatedIsLeftOut) {
+TEST_F(MenuTest, MenusThatCannotBeCreatedAreLeftOut) {
     std::vector<Menu> room = AllMenus();
     ASSERT_FALSE(room.empty());
     // The failures are looked at when there is room again for what a report may need.
@@ -67,7 +67,7 @@ TEST_F(MenuTest, WhatCannotBeCreatedIsLeftOut) {
     Open({[] { return MenusOpen(1); }});
 }
 
-TEST_F(MenuTest, MenuThatCannotBeCreatedHasForgottenRowsAndReadTheSettings) {
+TEST_F(MenuTest, MenuThatCannotBeCreatedStillForgetsRowsAndReadsTheSettings) {
     const auto isFirstRowKnown = [this] {
         MEASUREITEMSTRUCT measure{};
         measure.CtlType = ODT_MENU;

@@ -70,7 +70,7 @@ TEST_F(MenuItemsTest, MainLevelHasTwelveItemsInOrder) {
                                          }));
 }
 
-TEST_F(MenuItemsTest, EveryTextStandsInItsPlaceInAllLanguages) {
+TEST_F(MenuItemsTest, EveryTextIsInItsPlaceInAllLanguages) {
     const HWND gone = Window(L"Gone");
     ASSERT_TRUE(Other().BringToForeground(gone));
     PrepareMenuState();
@@ -101,7 +101,7 @@ TEST_F(MenuItemsTest, ActiveWindowIsNamedInAllLanguages) {
     }
 }
 
-TEST_F(MenuItemsTest, CheckMarkOfAlwaysOnTopIsTheMasterSwitch) {
+TEST_F(MenuItemsTest, CheckMarkOfAlwaysOnTopShowsTheMasterSwitch) {
     for (const bool pinning : {false, true}) {
         Engine().pinList.pinning = pinning;
         const Menu menu = BuildTrayMenu();
@@ -110,7 +110,7 @@ TEST_F(MenuItemsTest, CheckMarkOfAlwaysOnTopIsTheMasterSwitch) {
     }
 }
 
-TEST_F(MenuItemsTest, CheckMarkOfStartWithWindowsFollowsTheFileFromOutside) {
+TEST_F(MenuItemsTest, CheckMarkOfStartWithWindowsFollowsOutsideChangesToTheFile) {
     EXPECT_EQ(StartItem(), L"1010: Start with Windows");
     // Whatever it is: only its presence counts.
     ASSERT_TRUE(WriteFileBytes(StartupShortcut(), "no shortcut at all"));
@@ -156,7 +156,7 @@ TEST_F(MenuItemsTest, NothingInTheMainLevelIsEverGrayed) {
     }
 }
 
-TEST_F(MenuItemsTest, SubmenusAreThoseOfTheirBuilders) {
+TEST_F(MenuItemsTest, SubmenusListTheWindows) {
     const HWND window = Sized(L"Alpha", 300, 200);
     ASSERT_TRUE(Other().BringToForeground(window));
     PrepareMenuState();
@@ -167,7 +167,7 @@ TEST_F(MenuItemsTest, SubmenusAreThoseOfTheirBuilders) {
                      L"3000 row 3 free: Alpha (300 x 200)"}));
 }
 
-TEST_F(MenuItemsTest, MenuTakesItsSubmenusWithIt) {
+TEST_F(MenuItemsTest, DestroyingTheMenuDestroysItsSubmenus) {
     Menu menu = BuildTrayMenu();
     const HMENU bare = menu.get();
     const HMENU addRemove = GetSubMenu(bare, 2);

@@ -67,7 +67,7 @@ protected:
     }
 };
 
-TEST_F(OpenMenuTest, MenuStandsOnTheCursorWithItsLowerLeftCorner) {
+TEST_F(OpenMenuTest, LowerLeftCornerOfTheMenuIsAtTheCursor) {
     RECT frame{};
     Open({[] { return MenusOpen(1); },
           [&frame] {
@@ -159,7 +159,7 @@ TEST_F(OpenMenuTest, RowsOfTheOpenMenuCarryTheirTexts) {
     }
 }
 
-TEST_F(OpenMenuTest, OpeningReadsTheSettingsAndTheWindowsAnew) {
+TEST_F(OpenMenuTest, OpeningRereadsTheSettingsAndTheWindows) {
     static_cast<void>(Window(L"Alpha"));
     Lines rows;
     const auto read = [&rows] {

@@ -33,7 +33,7 @@ protected:
     }
 };
 
-TEST_F(RaiseMenuTest, MenuAndSubmenuComeAboveAPinnedWindowInTheirOrder) {
+TEST_F(RaiseMenuTest, MenuAndSubmenuKeepTheirOrderAboveAPinnedWindow) {
     const HWND cover = Cover();
     const HWND plain = Window(L"Plain");
     const HWND higher =

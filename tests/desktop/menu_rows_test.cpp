@@ -90,7 +90,7 @@ private:
     UINT rows_ = 0;
 };
 
-TEST_F(RowsTest, SizeIsThatOfTheTextWithTheMarkColumnAndPadding) {
+TEST_F(RowsTest, SizeIsTheTextPlusMarkColumnAndPadding) {
     const std::wstring texts[] = {L"",
                                   L"W",
                                   L"Alpha - Beta (300 x 200)",
@@ -116,7 +116,7 @@ TEST_F(RowsTest, BothPinnedStatesAreMeasuredInBold) {
     EXPECT_EQ(pinned, sized);
 }
 
-TEST_F(RowsTest, TextIsMeasuredAsItWasCut) {
+TEST_F(RowsTest, TextIsMeasuredAfterItIsCut) {
     const std::wstring cut = std::wstring(77, L'm') + L"...";
     const MEASUREITEMSTRUCT measure =
         Measured(Row(std::wstring(200, L'm'), PinState::Pinned), ODT_MENU, true);
@@ -124,7 +124,7 @@ TEST_F(RowsTest, TextIsMeasuredAsItWasCut) {
               static_cast<UINT>(MarkColumn() + TextSize(cut, PinState::Pinned).cx + 8));
 }
 
-TEST_F(RowsTest, WhatIsNoRowOfOursIsNeitherMeasuredNorDrawn) {
+TEST_F(RowsTest, OtherItemsAreNeitherMeasuredNorDrawn) {
     struct Case {
         const char* name;
         ULONG_PTR itemData;
@@ -156,7 +156,7 @@ TEST_F(RowsTest, WhatIsNoRowOfOursIsNeitherMeasuredNorDrawn) {
     static_cast<void>(Measured(1, ODT_MENU, false));
 }
 
-TEST_F(RowsTest, SizeIsNotTakenFromAControlWindowThatIsGone) {
+TEST_F(RowsTest, NothingIsMeasuredForAControlWindowThatIsGone) {
     static_cast<void>(Row(L"one", PinState::Pinned));
     MEASUREITEMSTRUCT measure{};
     measure.CtlType = ODT_MENU;
@@ -283,7 +283,7 @@ TEST_F(RowsTest, PinnedRowsAreDrawnInBold) {
     EXPECT_EQ(inkOf(PinState::Pinned), inkOf(PinState::PinnedWithMinSize));
 }
 
-TEST_F(RowsTest, DrawingGivesTheContextBackItsFontAndPen) {
+TEST_F(RowsTest, DrawingRestoresTheFontAndPenOfTheContext) {
     for (const PinState state : AllStates) {
         const Canvas canvas(100, 30);
         const HDC dc = canvas.Context();
@@ -297,7 +297,7 @@ TEST_F(RowsTest, DrawingGivesTheContextBackItsFontAndPen) {
     }
 }
 
-TEST_F(RowsTest, DrawingUsesUpNoObjects) {
+TEST_F(RowsTest, DrawingLeaksNoObjects) {
     const Canvas canvas(60, 20);
     for (const PinState state : AllStates) {
         const ULONG_PTR row = Row(L"a", state);
@@ -313,7 +313,7 @@ TEST_F(RowsTest, DrawingUsesUpNoObjects) {
     }
 }
 
-TEST_F(RowsTest, MeasuringUsesUpNothing) {
+TEST_F(RowsTest, MeasuringLeaksNothing) {
     const ULONG_PTR rows[] = {Row(L"a", PinState::NotPinned), Row(L"b", PinState::Pinned),
                               Row(L"c", PinState::PinnedWithMinSize)};
     const auto measure = [&](std::size_t times) {

@@ -58,7 +58,7 @@ TEST_F(SubmenusTest, WithoutCandidatesBothListsSaySo) {
     EXPECT_EQ(MinSize(), Lines({NoActiveWindow, L"-", NoWindows}));
 }
 
-TEST_F(SubmenusTest, UntitledActiveWindowIsNamedByTwoBlanksBesideNoCandidates) {
+TEST_F(SubmenusTest, UntitledActiveWindowIsShownAsTwoBlanksWithoutCandidates) {
     LoadSettings("alpha\nactive\t100\t100\n \t200\t200\n");
     Activate(Sized(L"", 320, 240));
     ASSERT_GE(Engine().pinList.entries.size(), 2U);
@@ -91,7 +91,7 @@ TEST_F(SubmenusTest, RowsAreInTheOrderOfTheListWithTheirStates) {
                L"3002 row 4 sized: delta (300 x 200)", L"3003 row 5 sized: gamma (640 x 480)"}));
 }
 
-TEST_F(SubmenusTest, StatesAreThoseOfTheBestEntryAndStayWhilePinningIsOff) {
+TEST_F(SubmenusTest, StatesFollowTheBestEntryEvenWhilePinningIsOff) {
     LoadSettings("@pinning=0\nnote\nnotepad\t800\t600\n");
     LoseActiveWindow();
     static_cast<void>(Sized(L"a note", 300, 200));
@@ -123,7 +123,7 @@ TEST_F(SubmenusTest, SkippedWindowsLeaveGapsInTheIdentifiers) {
                                 L"3004 row 2 free: e (1 x 1)", L"3006 row 3 free: g (310 x 210)"}));
 }
 
-TEST_F(SubmenusTest, OnlyMinimisedCandidatesLeaveNoLineAboutMissingWindows) {
+TEST_F(SubmenusTest, ListWithOnlySkippedCandidatesHasNoLineAboutMissingWindows) {
     LoseActiveWindow();
     const HWND minimised = Sized(L"Alpha", 300, 200);
     Other().Minimise(minimised);
@@ -162,7 +162,7 @@ TEST_F(SubmenusTest, ActiveWindowMustStillBeUsableWhenTheListIsBuilt) {
 }
 
 // What leads to the icon is in front for a moment, when the timer ticks or when the menu opens.
-TEST_F(SubmenusTest, TaskBarsAndTheFlyoutOfTheTrayAreNeverTheActiveWindow) {
+TEST_F(SubmenusTest, TaskbarsAndTheTrayFlyoutAreNeverTheActiveWindow) {
     for (const wchar_t* const className :
          {L"Shell_TrayWnd", L"Shell_SecondaryTrayWnd", L"NotifyIconOverflowWindow",
           L"TopLevelWindowForOverflowXamlIsland"}) {
@@ -196,7 +196,7 @@ TEST_F(SubmenusTest, ActiveWindowIsMeasuredAndNamedWhenTheListIsBuilt) {
                                 L"3000 row 2 free: Before (500 x 400)"}));
 }
 
-TEST_F(SubmenusTest, LongTitlesAreCutAfterTheSizeWasAppended) {
+TEST_F(SubmenusTest, LongTitlesAreCutAfterTheSizeIsAppended) {
     struct Case {
         std::size_t length;
         std::wstring listed;
@@ -266,7 +266,7 @@ TEST_F(SubmenusTest, ListsEndAtTheFiveHundredthCandidate) {
     }
 }
 
-TEST_F(SubmenusTest, ItemDataCountsOnThroughBothLists) {
+TEST_F(SubmenusTest, ItemDataIsNumberedAcrossBothLists) {
     Activate(Sized(L"Alpha", 300, 200));
     ClearMenuRows();
     const Menu first = BuildAddRemoveMenu();

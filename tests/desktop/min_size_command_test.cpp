@@ -77,7 +77,7 @@ TEST_F(MinSizeCommandTest, ShortPatternGetsTheSizeAndNothingIsAdded) {
     EXPECT_EQ(ReadSettings(), WrittenSettings("notepad\t400\t300\n"));
 }
 
-TEST_F(MinSizeCommandTest, WiderWindowIsReportedTrulyAndStoredCut) {
+TEST_F(MinSizeCommandTest, SizeBeyondTheLimitIsReportedInFullAndStoredClamped) {
     const HWND window = Other().Create(
         {.title = L"Wide", .style = WS_POPUP, .x = 0, .y = 0, .width = 9000, .height = 600});
     ASSERT_EQ(WindowSize(window).cx, 9000);
@@ -135,13 +135,13 @@ TEST_F(MinSizeCommandTest, EngineIsBoundBeforeTheSizeIsSaved) {
     EXPECT_EQ(ReadSettings(), WrittenSettings("Alpha\t400\t300\n"));
 }
 
-TEST_F(MinSizeCommandTest, TitleIsReadUpToFiveHundredAndElevenUnits) {
+TEST_F(MinSizeCommandTest, TitleIsReadUpTo511Units) {
     PinWindowAtCurrentSize(Window(std::wstring(600, L'x')));
     ExpectBalloon(L"Minimum size set to 400 x 300.", NIIF_INFO);
     EXPECT_EQ(ReadSettings(), WrittenSettings(std::string(511, 'x') + "\t400\t300\n"));
 }
 
-TEST_F(MinSizeCommandTest, ListCommandsSayNothing) {
+TEST_F(MinSizeCommandTest, ListCommandsShowNoBalloons) {
     LoadSettings(FullSettings());
     ToggleWindow(L"One more");
     ToggleWindow(L"entry-3.");

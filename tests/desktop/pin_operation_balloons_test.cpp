@@ -49,7 +49,7 @@ private:
     FileHandle reader_;
 };
 
-TEST_F(FailedSaveTest, ToggledWindowIsAddedToNothingSilently) {
+TEST_F(FailedSaveTest, AddingAWindowIsSilent) {
     const HWND window = Window(L"Alpha");
     ToggleWindow(L"Alpha");
     EXPECT_EQ(ReadSettings(), "beta\n") << "could not be saved";
@@ -57,7 +57,7 @@ TEST_F(FailedSaveTest, ToggledWindowIsAddedToNothingSilently) {
     EXPECT_TRUE(Balloons().empty());
 }
 
-TEST_F(FailedSaveTest, ToggledWindowIsRemovedFromNothingSilently) {
+TEST_F(FailedSaveTest, RemovingAWindowIsSilent) {
     const HWND window = Window(L"Beta");
     ToggleWindow(L"Beta");
     EXPECT_EQ(ReadSettings(), "beta\n") << "could not be saved";

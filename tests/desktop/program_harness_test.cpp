@@ -28,7 +28,7 @@ protected:
     }
 };
 
-TEST_F(ProgramHarnessTest, ProgramIsStartedSteeredAndEnded) {
+TEST_F(ProgramHarnessTest, ProgramIsStartedControlledAndEnded) {
     const Program program;
     const HWND control = program.WaitForControlWindow();
     ASSERT_NE(control, nullptr);
@@ -43,7 +43,7 @@ TEST_F(ProgramHarnessTest, ProgramIsStartedSteeredAndEnded) {
     EXPECT_FALSE(TrayIconPresent());
 }
 
-TEST_F(ProgramHarnessTest, ControlWindowIsHandedOutOnlyWhenItsCreationIsComplete) {
+TEST_F(ProgramHarnessTest, ControlWindowIsReturnedOnlyOnceItsCreationIsComplete) {
     Actor actor;
     const HWND window = actor.Create({.title = L"Slow to pin"});
     ASSERT_TRUE(WriteSettings("slow to pin\n"));
@@ -72,7 +72,7 @@ TEST_F(ProgramHarnessTest, KilledProgramLeavesNoIconBehind) {
     EXPECT_FALSE(TrayIconPresent());
 }
 
-TEST_F(ProgramHarnessTest, SwitchesEndByThemselvesWithTheirExitCode) {
+TEST_F(ProgramHarnessTest, ProgramWithASwitchEndsWithItsExitCode) {
     EXPECT_EQ(RunProgram(L"--remove-data"), 0U);
     const ShellFolderOverride nowhere(L"AppData", L"Q:\\no such drive");
     EXPECT_EQ(RunProgram(L"--remove-data"), 2U);

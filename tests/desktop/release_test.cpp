@@ -60,7 +60,7 @@ TEST_F(ReleaseTest, PinningSwitchedOffInTheFileReleasesOnce) {
     EXPECT_TRUE(IsTopmost(window));
 }
 
-TEST_F(ReleaseTest, ReleaseTakesNoFocus) {
+TEST_F(ReleaseTest, ReleaseDoesNotTakeTheFocus) {
     const HWND pinned = Window(L"Alpha");
     const HWND working = Window(L"Document");
     ApplySettings("alpha\n");
@@ -122,7 +122,7 @@ struct Disqualification {
 
 class PruneTest : public EngineTest, public testing::WithParamInterface<Disqualification> {};
 
-TEST_P(PruneTest, WindowIsForgottenAsItIsAndNotReleasedLater) {
+TEST_P(PruneTest, WindowIsForgottenUnchangedAndNotReleasedLater) {
     const HWND window = Other().Create({.className = L"#32770", .title = L"Alpha"});
     const HWND kept = Window(L"Alpha too");
     ApplySettings("alpha\n");
@@ -161,7 +161,7 @@ INSTANTIATE_TEST_SUITE_P(
                          [](Actor& /*actor*/, HWND window) { Engine().ownWindow = window; }}),
     [](const testing::TestParamInfo<Disqualification>& item) { return item.param.name; });
 
-TEST_F(ReleaseTest, EntryTakenOutOfTheFileLeavesItsWindowsTopmost) {
+TEST_F(ReleaseTest, EntryRemovedFromTheFileLeavesItsWindowsTopmost) {
     const HWND window = Window(L"Alpha");
     ApplySettings("alpha\n");
     Other().ForgetRecords(window);

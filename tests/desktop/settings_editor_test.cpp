@@ -114,7 +114,7 @@ TEST_F(SettingsEditorTest, NotepadShowsTheFileAndItIsReadAgain) {
     EXPECT_EQ(Engine().pinList.entries[0].minWidth, 640);
 }
 
-TEST_F(SettingsEditorTest, DeletedFileIsWrittenAnewBeforeNotepadOpensIt) {
+TEST_F(SettingsEditorTest, DeletedFileIsRewrittenBeforeNotepadOpensIt) {
     Engine().pinList.entries = {{.pattern = L"alpha"}};
     OpenSettings();
     EXPECT_EQ(ReadSettings(), WrittenSettings("alpha\n"));
@@ -139,7 +139,7 @@ HINSTANCE WINAPI RecordStart(HWND owner, LPCWSTR verb, LPCWSTR file, LPCWSTR par
     return nullptr;
 }
 
-TEST_F(SettingsEditorTest, EditorIsStartedShownWithoutOwnerAndFolder) {
+TEST_F(SettingsEditorTest, EditorIsStartedVisibleWithoutOwnerOrFolder) {
     const ImportPatch<decltype(&ShellExecuteW)> patch("ShellExecuteW", RecordStart);
     editorStarts.clear();
     OpenInEditor(L"C:\\a b.txt");

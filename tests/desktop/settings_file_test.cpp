@@ -96,7 +96,7 @@ TEST_F(SettingsFileTest, WrittenFileHoldsTheCanonicalTextByteForByte) {
     EXPECT_EQ(read.entries[2].pattern, list.entries[2].pattern);
 }
 
-TEST_F(SettingsFileTest, ShorterContentReplacesTheFileWhole) {
+TEST_F(SettingsFileTest, ShorterContentReplacesTheWholeFile) {
     ASSERT_TRUE(WriteFileBytes(Path(), std::string(100'000, 'x')));
     ASSERT_TRUE(WriteSettingsFile(Path(), ListOf(L"notes")));
     EXPECT_EQ(ReadFileBytes(Path()), TextOf("notes"));
@@ -148,7 +148,7 @@ BOOL WINAPI WriteNothing(HANDLE /*file*/, LPCVOID /*bytes*/, DWORD /*size*/, LPD
     return TRUE;
 }
 
-TEST_F(SettingsFileTest, DiskThatTakesNothingIsAFailure) {
+TEST_F(SettingsFileTest, DiskThatAcceptsNothingIsAFailure) {
     for (const DiskCase& item :
          {DiskCase{"refuses", RefuseToWrite}, DiskCase{"takes nothing", WriteNothing}}) {
         const ImportPatch<decltype(&WriteFile)> disk("WriteFile", item.write);
@@ -228,7 +228,7 @@ BOOL WINAPI ReadWhileItGrows(HANDLE file, LPVOID bytes, DWORD size, LPDWORD read
     return result;
 }
 
-TEST_F(SettingsFileTest, ReadOfFewBytesIsNotTheEnd) {
+TEST_F(SettingsFileTest, ShortReadIsNotTheEnd) {
     ASSERT_TRUE(WriteFileBytes(Path(), TextOfSize(10'000)));
     const ImportPatch<decltype(&ReadFile)> disk("ReadFile", ReadFewBytes);
     originalReadFile = disk.Original();
@@ -252,7 +252,7 @@ TEST_F(SettingsFileTest, FileThatCannotBeReadToTheEndCountsAsFarAsItWasRead) {
     ExpectRead(Path(), L"notes");
 }
 
-TEST_F(SettingsFileTest, ReadWithoutAByteIsTheEnd) {
+TEST_F(SettingsFileTest, ReadOfNoBytesIsTheEnd) {
     ASSERT_TRUE(WriteFileBytes(Path(), "@pinning=0\nnotes\t0\t600\nmore\n"));
     reads = 0;
     const ImportPatch<decltype(&ReadFile)> disk("ReadFile", ReadBeyondTheEnd);
@@ -358,7 +358,7 @@ TEST_F(SettingsFileTest, PathsOutsideTheAnsiCodePageWork) {
     ExpectRead(path, L"notes");
 }
 
-TEST_F(SettingsFileTest, DirectoryInPlaceOfTheFileIsNoFile) {
+TEST_F(SettingsFileTest, DirectoryInPlaceOfTheFileIsNotAFile) {
     ASSERT_NE(CreateDirectoryW(Path().c_str(), nullptr), FALSE);
     ExpectDefault(ReadSettingsFile(Path()));
     EXPECT_FALSE(WriteSettingsFile(Path(), PinList{}));

@@ -110,7 +110,7 @@ HRESULT WINAPI CreateLink(REFCLSID type, LPUNKNOWN /*outer*/, DWORD /*context*/,
     return HandOut(Step::Create, link, result);
 }
 
-TEST(ShortcutFaultsTest, EveryRefusedStepFailsTheInstallationAndKeepsNothing) {
+TEST(ShortcutFaultsTest, EveryRefusedStepFailsTheInstallationAndKeepsNoReferences) {
     MORVANE_REQUIRE_DISPOSABLE_PROFILE();
     const ImportPatch<decltype(&CoCreateInstance)> patch("CoCreateInstance", CreateLink);
     int steps = 0;

@@ -63,7 +63,7 @@ private:
     ComApartment com_;
 };
 
-TEST_F(StartupShortcutTest, PathsAreThoseOfTheShell) {
+TEST_F(StartupShortcutTest, PathsComeFromTheShell) {
     EXPECT_FALSE(GetStartupFolder().empty());
     EXPECT_EQ(GetStartupFolder(), StartupFolder());
     EXPECT_EQ(GetStartupShortcutPath(), StartupFolder() + L"\\Morvane.lnk");
@@ -84,7 +84,7 @@ TEST_F(StartupShortcutTest, ShortcutHoldsTargetAndDescriptionAndNothingElse) {
     EXPECT_EQ(content.showCommand, SW_SHOWNORMAL);
 }
 
-TEST_F(StartupShortcutTest, DescriptionIsInTheLanguageOfItsMaking) {
+TEST_F(StartupShortcutTest, DescriptionIsInTheLanguageOfTheInstallation) {
     ChooseLanguage(L"de");
     ASSERT_TRUE(InstallStartupShortcut());
     EXPECT_EQ(ShortcutAt(StartupShortcut()).description,
@@ -108,7 +108,7 @@ TEST_F(StartupShortcutTest, SecondInstallationOverwritesTheFirst) {
     EXPECT_NE(CreateDirectoryW(StartupFolder().c_str(), nullptr), FALSE);
 }
 
-TEST_F(StartupShortcutTest, RemovalTakesTheShortcutOnly) {
+TEST_F(StartupShortcutTest, RemovalDeletesOnlyTheShortcut) {
     RemoveStartupShortcut();
     EXPECT_FALSE(IsStartupEnabled());
     const std::wstring other = StartupFolder() + L"\\Other.lnk";
@@ -159,7 +159,7 @@ TEST_F(StartupShortcutTest, FolderOutsideTheAnsiCodePageWorks) {
     EXPECT_NE(RemoveDirectoryW(folder.c_str()), FALSE);
 }
 
-TEST_F(StartupShortcutTest, MissingFolderIsNotMade) {
+TEST_F(StartupShortcutTest, MissingFolderIsNotCreated) {
     const std::wstring folder = RoamingFolder() + L"\\No startup folder";
     const ShellFolderOverride redirected(L"Startup", folder);
     EXPECT_FALSE(InstallStartupShortcut());

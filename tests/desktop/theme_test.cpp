@@ -48,7 +48,7 @@ private:
     WindowOwner dialog_;
 };
 
-TEST_F(ThemeTest, SettingIsANumberThatIsZeroForDark) {
+TEST_F(ThemeTest, OnlyTheNumberZeroMeansDark) {
     EXPECT_TRUE(IsLightAppTheme()) << "absent";
     struct Case {
         DWORD value;
@@ -73,7 +73,7 @@ TEST_F(ThemeTest, SettingOfAnotherTypeCountsAsLight) {
     EXPECT_FALSE(IsLightAppTheme());
 }
 
-TEST_F(ThemeTest, ColoursAreThoseOfTheTheme) {
+TEST_F(ThemeTest, ColoursFollowTheTheme) {
     struct Case {
         const char* name;
         std::optional<DWORD> value;
@@ -107,7 +107,7 @@ TEST_F(ThemeTest, SecondCallReplacesTheBrush) {
     EXPECT_TRUE(theme.brush.get() == first || GetObjectType(first) == 0) << "the first is deleted";
 }
 
-TEST_F(ThemeTest, WindowAndAllBelowItGetTheExplorerLook) {
+TEST_F(ThemeTest, WindowAndItsDescendantsGetTheExplorerLook) {
     const HWND child = Child(Dialog());
     const HWND grandchild = Child(child);
     const HWND second = Child(Dialog());
@@ -123,7 +123,7 @@ TEST_F(ThemeTest, WindowAndAllBelowItGetTheExplorerLook) {
     EXPECT_FALSE(HasThemeName(stranger.get(), L"Explorer"));
 }
 
-TEST_F(ThemeTest, ThemeIsAppliedToNoWindowWithoutHarm) {
+TEST_F(ThemeTest, ApplyingTheThemeToNoWindowIsHarmless) {
     for (const DWORD light : {0U, 1U}) {
         AppThemeSetting::Set(light);
         DialogTheme theme;
@@ -132,7 +132,7 @@ TEST_F(ThemeTest, ThemeIsAppliedToNoWindowWithoutHarm) {
     }
 }
 
-TEST_F(ThemeTest, InterfaceFontIsSegoeAtTheResolutionOfTheScreen) {
+TEST_F(ThemeTest, InterfaceFontIsSegoeScaledToTheScreen) {
     const WindowDc screen(nullptr);
     const int dpi = GetDeviceCaps(screen.get(), LOGPIXELSY);
     for (const int points : {9, 12, 1, 40}) {

@@ -62,7 +62,7 @@ TEST(TrayIconTest, IconIsAddedWithTheProgramsNameAndNothingElse) {
     ExpectAddition(calls[0], owner.Window());
 }
 
-TEST(TrayIconTest, RefusedIconIsOfferedOnceMoreAndNoMore) {
+TEST(TrayIconTest, RefusedIconIsRetriedOnce) {
     TrayRecorder recorder;
     const IconOwner owner;
     recorder.RefuseNext(1);
@@ -89,7 +89,7 @@ TEST(TrayIconTest, IconIsRemovedAsItWasAdded) {
     EXPECT_EQ(recorder.Calls()[0].id, 1U);
 }
 
-TEST(TrayIconTest, BalloonCarriesItsTextsAndKindAlone) {
+TEST(TrayIconTest, BalloonCarriesOnlyItsTextsAndKind) {
     struct Case {
         const char* name;
         std::wstring title;
@@ -205,7 +205,7 @@ private:
     ImportPatch<decltype(&LoadIconW)> icons_{"LoadIconW", GiveIcon};
 };
 
-TEST_F(TrayRecordTest, BalloonsLeaveTheRecordOfTheIconAsItWas) {
+TEST_F(TrayRecordTest, BalloonsLeaveTheRecordOfTheIconUnchanged) {
     const IconOwner owner;
     owner.Add();
     ShowBalloon(L"First title", L"First text", BalloonKind::BalloonWarning);
@@ -276,7 +276,7 @@ TEST_F(TrayRecordTest, IconIsTheProgramsOwnOrElseTheSystems) {
     }
 }
 
-TEST(TrayIconTest, RefusedBalloonIsNotRepeatedAndLeavesNoTrace) {
+TEST(TrayIconTest, RefusedBalloonIsNotRetriedAndLeavesNoTrace) {
     TrayRecorder recorder;
     const IconOwner owner;
     owner.Add();

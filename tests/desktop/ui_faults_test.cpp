@@ -39,7 +39,7 @@ TEST(TextFaultsTest, RefusedConversionsGiveNoText) {
     EXPECT_EQ(WideToUtf8(L"text"), "");
 }
 
-TEST(TextFaultsTest, CharacterOfUnknownTypeIsNoWhiteSpace) {
+TEST(TextFaultsTest, CharacterOfUnknownTypeIsNotWhiteSpace) {
     constexpr wchar_t IdeographicSpace = 0x3000;
     ASSERT_TRUE(IsWhiteSpace(IdeographicSpace));
     const auto patch = Refuse<decltype(&GetStringTypeW), FALSE>("GetStringTypeW");
@@ -105,7 +105,7 @@ TEST_F(AboutFaultsTest, WithoutABrushTheSystemPaintsTheDialog) {
     });
 }
 
-TEST_F(AboutFaultsTest, WithoutTheFunctionsOfTheLibrariesTheDialogIsPlain) {
+TEST_F(AboutFaultsTest, DialogOpensWithoutTheOptionalLibraryFunctions) {
     const auto patch = Refuse<decltype(&GetProcAddress), nullptr>("GetProcAddress");
     for (const DWORD light : {0U, 1U}) {
         AppThemeSetting::Set(light);
@@ -207,7 +207,7 @@ TEST_F(AboutFaultsTest, WithoutItsRecordTheDialogLeavesItsColoursToTheSystem) {
     });
 }
 
-TEST(DialogFrameFaultsTest, WindowOfUnknownPlaceIsNotMoved) {
+TEST(DialogFrameFaultsTest, WindowWithUnknownPositionIsNotMoved) {
     const WindowOwner window(CreateWindowExW(0, L"STATIC", L"", WS_POPUP, 10, 20, 30, 40, nullptr,
                                              nullptr, GetModuleHandleW(nullptr), nullptr));
     PositionNearTray(nullptr, 16);

@@ -54,7 +54,7 @@ TEST(HasLowerPriority, PutsNothingBeforeItself) {
     }
 }
 
-TEST(IsProtectedSystemDialog, TakesTheClassExactlyAndTheTextAnywhere) {
+TEST(IsProtectedSystemDialog, MatchesTheClassExactlyAndTheTextAnywhere) {
     struct Case {
         std::wstring_view title;
         std::wstring_view className;

@@ -85,7 +85,7 @@ TEST(PatternEquals, ComparesTheWholeTitle) {
     }
 }
 
-TEST(FindBestEntry, TakesTheLongestPatternAndTheEarliestOfEquals) {
+TEST(FindBestEntry, PicksTheLongestPatternAndTheEarliestAmongEquals) {
     struct Case {
         const char* name;
         PinList list;
@@ -195,7 +195,7 @@ TEST(FindBestEntry, FindsPartsOfLongTitlesAndNothingElse) {
     }
 }
 
-TEST(PinStateForTitle, TellsWhetherTheIdentifyingEntryHasAMinimumSize) {
+TEST(PinStateForTitle, ReportsWhetherTheIdentifyingEntryHasAMinimumSize) {
     struct Case {
         PinList list;
         PinState state = PinState::NotPinned;

@@ -109,7 +109,7 @@ TEST(ParseLanguageCode, IgnoresCase) {
     }
 }
 
-TEST(ParseLanguageCode, TakesEverythingElseForEnglish) {
+TEST(ParseLanguageCode, TreatsEverythingElseAsEnglish) {
     EXPECT_EQ(ParseLanguageCode(nullptr), Language::English);
     for (const wchar_t* const code : UnknownCodes) {
         SCOPED_TRACE(Printed(code));
@@ -117,7 +117,7 @@ TEST(ParseLanguageCode, TakesEverythingElseForEnglish) {
     }
 }
 
-TEST(LanguageFromIdentifier, TakesTheLanguageOfEveryCountry) {
+TEST(LanguageFromIdentifier, IgnoresTheCountryExceptForChinese) {
     struct Case {
         std::uint16_t identifier;
         Language language;
@@ -154,7 +154,7 @@ TEST(LanguageFromIdentifier, TakesTheLanguageOfEveryCountry) {
     }
 }
 
-TEST(LanguageFromIdentifier, LooksAtTheLowTenBitsAndForChineseAtTheHighSix) {
+TEST(LanguageFromIdentifier, UsesTheLowTenBitsAndForChineseTheHighSix) {
     const std::map<std::uint32_t, Language> languages = {
         {0x04, Language::ChineseSimplified}, {0x07, Language::German},
         {0x0A, Language::Spanish},           {0x0C, Language::French},
@@ -174,11 +174,11 @@ TEST(LanguageFromIdentifier, LooksAtTheLowTenBitsAndForChineseAtTheHighSix) {
     }
 }
 
-TEST(CurrentLanguage, IsEnglishBeforeTheChoice) {
+TEST(CurrentLanguage, IsEnglishBeforeOneIsChosen) {
     EXPECT_EQ(LanguageBeforeTheChoice, Language::English);
 }
 
-TEST(InitLanguage, TakesTheLanguageOfTheVariable) {
+TEST(InitLanguage, UsesTheLanguageOfTheVariable) {
     for (const CodeCase& c : Codes) {
         SCOPED_TRACE(Printed(c.code));
         const LanguageSetting setting(c.code);
@@ -191,7 +191,7 @@ TEST(InitLanguage, TakesTheLanguageOfTheVariable) {
     }
 }
 
-TEST(InitLanguage, TakesEveryOtherValueForEnglish) {
+TEST(InitLanguage, TreatsEveryOtherValueAsEnglish) {
     const LanguageSetting before(L"ru");
     for (const wchar_t* const code : UnknownCodes) {
         if (*code == L'\0') {
@@ -203,7 +203,7 @@ TEST(InitLanguage, TakesEveryOtherValueForEnglish) {
     }
 }
 
-TEST(InitLanguage, TakesAValueTooLongForACodeForEnglish) {
+TEST(InitLanguage, TreatsAnOverlongValueAsEnglish) {
     const LanguageSetting before(L"ru");
     for (const std::size_t length : {14U, 15U, 16U, 17U, 18U, 255U, 256U, 1000U, 32000U}) {
         SCOPED_TRACE(length);
@@ -221,7 +221,7 @@ Language DisplayLanguage() {
                 : LanguageFromIdentifier(GetUserDefaultUILanguage());
 }
 
-TEST(InitLanguage, LeavesTheChoiceToTheDisplayLanguageWithoutTheVariable) {
+TEST(InitLanguage, FollowsTheDisplayLanguageWithoutTheVariable) {
     const LanguageSetting before(L"ru");
     for (const wchar_t* const value : {static_cast<const wchar_t*>(nullptr), L""}) {
         const LanguageSetting setting(value);

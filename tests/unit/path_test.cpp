@@ -41,7 +41,7 @@ TEST(VerbatimPath, PutsThePrefixBeforeTheNormalPath) {
 }
 
 // Of folders that do not exist; that a link is refused takes a link.
-TEST(IsOwnDataFolder, AsksForTheNameOfTheLastFolder) {
+TEST(IsOwnDataFolder, ChecksTheNameOfTheLastFolder) {
     struct Case {
         std::wstring_view path;
         bool own;

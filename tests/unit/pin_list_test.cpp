@@ -51,12 +51,12 @@ TEST_F(UnboundEngine, AddsATitleAsAPatternWithoutSize) {
     EXPECT_EQ(Printed(Engine().pinList), Printed({true, {{L"a.txt - Notepad"}, {L"b"}}}));
 }
 
-TEST_F(UnboundEngine, AddsNoEmptyTitle) {
+TEST_F(UnboundEngine, DoesNotAddAnEmptyTitle) {
     AddWindow(L"");
     EXPECT_EQ(Printed(Engine().pinList), Printed(PinList{}));
 }
 
-TEST_F(UnboundEngine, AddsNoTitleThatIsAPatternAlready) {
+TEST_F(UnboundEngine, DoesNotAddATitleThatIsAlreadyAPattern) {
     Engine().pinList.entries = {{L"Notepad", 5, 6}};
     AddWindow(L"nOTEPAD");
     EXPECT_EQ(Printed(Engine().pinList), Printed({true, {{L"Notepad", 5, 6}}}));
@@ -88,7 +88,7 @@ TEST_F(UnboundEngine, AddsNothingToAFullList) {
     EXPECT_EQ(Engine().pinList.entries.back().pattern, L"another");
 }
 
-TEST_F(UnboundEngine, RemovesNoEntryBeyondTheLast) {
+TEST_F(UnboundEngine, RemovesNothingBeyondTheLastEntry) {
     FillList();
     const std::string full = Printed(Engine().pinList);
     for (const std::size_t index : {std::size_t{100}, std::size_t{101}, ~std::size_t{0}}) {

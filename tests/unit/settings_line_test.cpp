@@ -138,7 +138,7 @@ TEST(ParseEntryLine, ReadsALineWithASize) {
     }
 }
 
-TEST(ParseEntryLine, TakesAWholeLineWithoutAWellFormedSizeAsThePattern) {
+TEST(ParseEntryLine, TakesALineWithoutAWellFormedSizeAsThePattern) {
     constexpr std::wstring_view Lines[] = {
         L"notepad",
         L"a b",
@@ -229,7 +229,7 @@ TEST(ParseEntryLine, CutsThePatternTo512Units) {
     }
 }
 
-TEST(SplitSizeSuffix, TakesTheSizeOffTextThatWasNotTrimmed) {
+TEST(SplitSizeSuffix, SplitsTheSizeOffUntrimmedText) {
     const EntryCase cases[] = {
         {L"Foo 5 6  \t ", {L"Foo", 5, 6}},
         {L" Foo 5 6", {L"Foo", 5, 6}},

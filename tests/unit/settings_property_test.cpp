@@ -102,7 +102,7 @@ TEST(GeneratedSettings, StayWithinTheLimits) {
     });
 }
 
-TEST(GeneratedSettings, AreWrittenInOneLinePerEntryAndFiveMore) {
+TEST(GeneratedSettings, AreWrittenAsOneLinePerEntryAndFiveMore) {
     const std::string header = FormatSettingsText({});
     const std::size_t switchPosition = header.rfind("@pinning=");
     ASSERT_NE(switchPosition, std::string::npos);
@@ -120,7 +120,7 @@ TEST(GeneratedSettings, AreWrittenInOneLinePerEntryAndFiveMore) {
 
 // Patterns that read as something else change at the next reading, but every change takes
 // something away: after a few readings the file is the same for good.
-TEST(GeneratedSettings, SettleAfterAFewReadingsAndStayAsTheyAre) {
+TEST(GeneratedSettings, SettleAfterAFewRoundTrips) {
     constexpr int Few = 20;
     ForEachSeed(DocumentCount, [&](Generator& generator) {
         const std::string document = AnyDocument(generator);
@@ -217,7 +217,7 @@ PinEntry EntryOfWords(std::wstring_view line) {
     return {std::wstring(line), 0, 0};
 }
 
-TEST(GeneratedEntryLines, ReadAsASecondOpinionSays) {
+TEST(GeneratedEntryLines, AgreeWithAnIndependentParser) {
     constexpr std::uint32_t LineCount = 5000;
     constexpr std::wstring_view Parts[] = {
         L" ", L" ",   L"  ",    L"\t",     L"\t",     L"0",

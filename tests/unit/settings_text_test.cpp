@@ -90,7 +90,7 @@ TEST(ParseSettingsText, CutsLinesAtLineFeeds) {
     }
 }
 
-TEST(ParseSettingsText, TellsCommentsByTheFirstByteAlone) {
+TEST(ParseSettingsText, RecognisesCommentsByTheFirstByteOnly) {
     const DocumentCase cases[] = {
         {"# note\na\n", {true, {{L"a"}}}},
         {"#a\n##b\n#\nc", {true, {{L"c"}}}},
@@ -107,7 +107,7 @@ TEST(ParseSettingsText, TellsCommentsByTheFirstByteAlone) {
     }
 }
 
-TEST(ParseSettingsText, TakesTheLastSwitchLineWhereverItStands) {
+TEST(ParseSettingsText, UsesTheLastSwitchLineWhereverItIs) {
     const DocumentCase cases[] = {
         {"@pinning=0", {false, {}}},
         {"@pinning=0\n", {false, {}}},
@@ -148,7 +148,7 @@ TEST(ParseSettingsText, DoesNotRecogniseAByteOrderMark) {
     }
 }
 
-TEST(ParseSettingsText, TakesAHundredEntries) {
+TEST(ParseSettingsText, ReadsUpToAHundredEntries) {
     ASSERT_EQ(MaxPinEntries, 100U);
     for (const int count : {99, 100, 101, 102, 250}) {
         SCOPED_TRACE(count);
@@ -157,7 +157,7 @@ TEST(ParseSettingsText, TakesAHundredEntries) {
     }
 }
 
-TEST(ParseSettingsText, HonoursASwitchLineBehindTheLastEntryTaken) {
+TEST(ParseSettingsText, HonoursASwitchLineAfterTheLastAcceptedEntry) {
     EXPECT_EQ(Printed(ParseSettingsText("@pinning=off\n" + NumberedLines(150) + "@pinning=on\n")),
               Printed({true, NumberedEntries(100)}));
     const struct {

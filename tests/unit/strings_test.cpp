@@ -45,7 +45,7 @@ int PlaceholderCount(std::wstring_view text) {
     return count;
 }
 
-TEST(GetText, GivesEveryTextInEveryLanguage) {
+TEST(GetText, ReturnsEveryTextInEveryLanguage) {
     bool seen[StringCount][LanguageCount] = {};
     for (const ExpectedText& expected : ExpectedTexts()) {
         SCOPED_TRACE(std::string(expected.name) + " in " + Printed(CodeOf(expected.language)));
@@ -61,7 +61,7 @@ TEST(GetText, GivesEveryTextInEveryLanguage) {
     }
 }
 
-TEST(GetText, GivesTheEmptyTextForAnIdOutsideTheTable) {
+TEST(GetText, ReturnsTheEmptyTextForAnIdOutsideTheTable) {
     for (const wchar_t* const code : LanguageCodes) {
         SCOPED_TRACE(Printed(code));
         const LanguageSetting setting(code);
@@ -73,7 +73,7 @@ TEST(GetText, GivesTheEmptyTextForAnIdOutsideTheTable) {
     }
 }
 
-TEST(GetText, GivesTextThatStaysInPlace) {
+TEST(GetText, ReturnsTextThatStaysInPlace) {
     const LanguageSetting german(L"de");
     const wchar_t* const text = GetText(StrClose);
     const LanguageSetting english(L"en");
@@ -106,7 +106,7 @@ TEST(GetText, HasOnePlaceholderInTheTwoTextsThatTakeAnArgument) {
     }
 }
 
-TEST(FormatText, PutsTheArgumentInPlaceOfThePlaceholder) {
+TEST(FormatText, ReplacesThePlaceholderWithTheArgument) {
     struct Case {
         const wchar_t* code;
         StringId id;

@@ -84,7 +84,7 @@ TEST(Utf8ToWide, ReplacesIllFormedBytesAndKeepsTheRest) {
     }
 }
 
-TEST(Utf8ToWide, GivesNothingForMoreThanThePlatformCanCount) {
+TEST(Utf8ToWide, ReturnsNothingForMoreThanThePlatformCanCount) {
     EXPECT_EQ(Utf8ToWide({"abc", BeyondInt}), L"");
 }
 
@@ -126,7 +126,7 @@ TEST(WideToUtf8, ReplacesUnpairedSurrogates) {
     }
 }
 
-TEST(WideToUtf8, GivesNothingForMoreThanThePlatformCanCount) {
+TEST(WideToUtf8, ReturnsNothingForMoreThanThePlatformCanCount) {
     EXPECT_EQ(WideToUtf8({L"abc", BeyondInt}), "");
 }
 
@@ -161,7 +161,7 @@ TEST(IsWhiteSpace, FollowsTheRuntimeBeyondLatin1) {
     EXPECT_FALSE(IsWhiteSpace(L'\uFFFD'));
 }
 
-TEST(TrimWhitespace, TakesWhiteSpaceOffBothEndsOnly) {
+TEST(TrimWhitespace, RemovesWhiteSpaceFromBothEndsOnly) {
     struct Case {
         std::wstring_view text;
         std::wstring_view trimmed;
@@ -188,7 +188,7 @@ TEST(TrimWhitespace, TakesWhiteSpaceOffBothEndsOnly) {
     }
 }
 
-TEST(TrimmedView, LooksIntoTheSameText) {
+TEST(TrimmedView, PointsIntoTheSameText) {
     constexpr std::wstring_view Text = L"  ab ";
     EXPECT_EQ(TrimmedView(Text).data(), Text.data() + 2);
 }
