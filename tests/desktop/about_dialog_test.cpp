@@ -1,4 +1,4 @@
-// The About dialog in this process: what it is made of, how it opens and how it closes.
+// The About dialog in this process: its parts, how it opens and how it closes.
 
 #include <gtest/gtest.h>
 #include <string>
@@ -33,7 +33,7 @@ bool IsClosed() {
 
 TEST_F(AboutDialogTest, DialogIsACaptionedTopmostWindowOwnedByTheControlWindow) {
     OpenAndLook([this](HWND dialog) {
-        // The system adds WS_CLIPSIBLINGS and WS_EX_WINDOWEDGE by itself.
+        // The system adds WS_CLIPSIBLINGS and WS_EX_WINDOWEDGE.
         EXPECT_EQ(StyleOf(dialog) & ~DWORD{WS_CLIPSIBLINGS}, 0x10C80000U);
         EXPECT_EQ(ExStyleOf(dialog) & ~DWORD{WS_EX_WINDOWEDGE}, 0x9U);
         EXPECT_EQ(WindowTitle(dialog), L"About Morvane");
@@ -232,13 +232,13 @@ TEST_F(AboutDialogTest, DialogThatCannotBeCreatedLeavesTheOwnerAlone) {
         EXPECT_EQ(Control().Count(WM_ENABLE), 0U);
         EXPECT_NE(IsWindowEnabled(Control().Get()), FALSE);
     }
-    OpenAndLook([](HWND dialog) { EXPECT_NE(dialog, nullptr) << "the next opening is as ever"; });
+    OpenAndLook([](HWND dialog) { EXPECT_NE(dialog, nullptr) << "the next opening succeeds"; });
     EXPECT_EQ(Control().Count(WM_ENABLE), 2U);
 }
 
 TEST_F(AboutDialogTest, FailedClassRegistrationIsRetriedAtTheNextOpening) {
     EXPECT_TRUE(ResultOfFirstOpening().foundClassTaken);
-    EXPECT_TRUE(ResultOfFirstOpening().triedToCreate) << "by the class that took the name";
+    EXPECT_TRUE(ResultOfFirstOpening().triedToCreate) << "with the class that took the name";
     EXPECT_FALSE(ResultOfFirstOpening().sawOwnerDisabled);
     OpenAndLook([](HWND dialog) { EXPECT_NE(BodyOf(dialog), nullptr); });
 }
@@ -281,7 +281,7 @@ TEST_F(AboutDialogTest, RaisedDialogIsAboveWindowsRaisedByAPass) {
         const RECT before = WindowRect(dialog);
         ApplyAll();
         EXPECT_TRUE(IsAbove(cover, dialog)) << "covered by the pass";
-        // More than once, as a busy desktop now and then brings the raised window up late.
+        // More than once: a busy desktop sometimes raises the window late.
         EXPECT_TRUE(WaitUntil([&] {
             RaiseAboutDialog();
             return IsAbove(dialog, cover);

@@ -13,7 +13,7 @@
 
 namespace morvane::test {
 
-// The open About dialog of this process; null when there is none.
+// This process's open About dialog, or null.
 [[nodiscard]] HWND AboutDialog();
 
 [[nodiscard]] inline HWND BodyOf(HWND dialog) {
@@ -23,16 +23,16 @@ namespace morvane::test {
     return GetDlgItem(dialog, 101);
 }
 
-// The dialog is open and its button has the focus.
+// True if the dialog is open and its button has the focus.
 [[nodiscard]] bool AboutHasFocus();
 
 // Asks an open dialog to close.
 void CloseAbout();
 
-// The control's rectangle in client pixels of its dialog.
+// The control's rectangle in its dialog's client pixels.
 [[nodiscard]] RECT PlaceOf(HWND control);
 
-// While it lives this thread can make no window of the class. One at a time.
+// While it lives, this thread cannot create windows of the class. Only one at a time.
 class ClassRefusal {
 public:
     explicit ClassRefusal(std::wstring className);
@@ -59,19 +59,20 @@ private:
     Owner<HookTraits> hook_;
 };
 
-// What the first opening of the process met: the dialog's class could not be registered, as the
-// name was taken, by a class that makes no windows. Later openings cannot meet that.
+// The result of the first opening in this process. It fails on purpose: a class that refuses to
+// create windows holds the dialog's name. This cannot be tested later, once the dialog has
+// registered its own class.
 struct FirstOpening {
     bool foundClassTaken = false;
     bool triedToCreate = false;
     bool sawOwnerDisabled = false;
 };
 
-// For every fixture whose tests open the dialog. Does nothing after the first time.
+// Every fixture whose tests open the dialog calls this. Does nothing after the first time.
 void MakeFirstOpening(ControlStandIn& owner);
 [[nodiscard]] FirstOpening ResultOfFirstOpening();
 
-// About in this process, owned by a control window, in English and with no theme chosen.
+// The About dialog in this process, owned by a control window, in English and with no theme chosen.
 class AboutDialogTest : public EngineTest {
 protected:
     void SetUp() override;
@@ -79,15 +80,14 @@ protected:
 
     [[nodiscard]] ControlStandIn& Control() { return control_; }
 
-    // Opens the dialog with the program's own call, goes through the steps while it is open, and
-    // closes it.
+    // Opens the dialog as the program does, runs the steps while it is open, and closes it.
     void Open(std::vector<ControlStandIn::Step> steps);
 
-    // Opens the dialog, waits until the keyboard is its, looks at it once, and closes it.
+    // Opens the dialog, waits until it has the focus, calls look once, and closes the dialog.
     void OpenAndLook(const std::function<void(HWND dialog)>& look);
 
 private:
-    // Empty where the test is skipped: there the setting is the user's own.
+    // Empty if the test is skipped: the setting is then the user's own.
     std::optional<AppThemeSetting> setting_;
     ControlStandIn control_;
 };

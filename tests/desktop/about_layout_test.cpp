@@ -1,4 +1,4 @@
-// Where the About dialog and its controls are, and what colours they have.
+// The layout and the colours of the About dialog and its controls.
 
 #include <cstddef>
 #include <functional>
@@ -33,7 +33,7 @@ Font InterfaceFont() {
                             L"Segoe UI"));
 }
 
-// Where everything belongs, for this text, from a window of the same styles that is never shown.
+// The expected layout for this text, computed without creating a window.
 Layout ExpectedLayout(const std::wstring& body, const std::wstring& close) {
     RECT frame{0, 0, 0, 0};
     AdjustWindowRectEx(&frame, WS_CAPTION | WS_SYSMENU, FALSE, WS_EX_DLGMODALFRAME | WS_EX_TOPMOST);
@@ -72,7 +72,7 @@ void ExpectLayout(HWND dialog) {
 
 class AboutLayoutTest : public AboutDialogTest {
 protected:
-    // A dialog with a text of the test's own.
+    // Opens a dialog with the test's own text.
     void WithBody(const std::wstring& text, const std::function<void(HWND dialog)>& look) {
         // The class is registered by the first opening.
         OpenAndLook([](HWND) {});
@@ -86,7 +86,7 @@ protected:
         look(dialog.get());
     }
 
-    // Waits for the dialog to be painted; its picture without the frame.
+    // Waits for the dialog to be painted and returns a picture of its client area.
     [[nodiscard]] static Picture PaintedClient(HWND dialog, COLORREF background) {
         RECT client{};
         GetClientRect(dialog, &client);
@@ -174,7 +174,7 @@ TEST_F(AboutLayoutTest, DialogStaysInTheCornerWhenTheTaskbarIsAtTheTop) {
         });
     }
     SystemParametersInfoW(SPI_SETWORKAREA, 0, &previous, 0);
-    EXPECT_TRUE(taken) << "the work area cannot be changed here";
+    EXPECT_TRUE(taken) << "cannot change the work area here";
 }
 
 TEST_F(AboutLayoutTest, MovingToTheCornerChangesNothingElse) {

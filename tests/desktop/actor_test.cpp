@@ -1,4 +1,4 @@
-// The harness itself: foreign windows do what the other tests rely on.
+// Tests of the harness: foreign windows behave as the other tests expect.
 
 #include "support/actor.h"
 
@@ -94,7 +94,7 @@ TEST(ActorTest, TitlesKeepEveryUnit) {
         actor.SetTitle(window, item.title);
         EXPECT_EQ(WindowTitle(window), item.title) << item.name;
         const HWND created = actor.Create({.title = item.title});
-        EXPECT_EQ(WindowTitle(created), item.title) << item.name << ", given at creation";
+        EXPECT_EQ(WindowTitle(created), item.title) << item.name << ", set at creation";
     }
 }
 
@@ -251,7 +251,7 @@ TEST(ActorTest, WindowsEndWithTheirOwner) {
     {
         Actor actor;
         window = actor.Create({.title = L"Short-lived"});
-        // Its main thread cannot answer now; the windows must go all the same.
+        // Its main thread cannot answer now, but the windows must still go.
         actor.Hang(60s);
     }
     EXPECT_EQ(IsWindow(window), FALSE);

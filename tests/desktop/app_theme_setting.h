@@ -6,8 +6,8 @@
 
 namespace morvane::test {
 
-// The user's choice of a light or dark theme for programs, in the registry of a disposable
-// profile. Gone again with the object.
+// The user's light or dark app theme in the registry of a disposable profile. The destructor
+// removes the value.
 class AppThemeSetting {
 public:
     AppThemeSetting() { Remove(); }
@@ -17,7 +17,7 @@ public:
     AppThemeSetting& operator=(AppThemeSetting&&) = delete;
     ~AppThemeSetting() { Remove(); }
 
-    // Without a value: as if the user had never chosen.
+    // No value: as if the user had never chosen a theme.
     static void Set(std::optional<DWORD> light) {
         if (light) {
             Write(REG_DWORD, &*light, sizeof(*light));

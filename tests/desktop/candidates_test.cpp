@@ -1,4 +1,4 @@
-// The windows that the menu offers, and the active one.
+// The windows that the menu offers, and the active window.
 
 #include "pin/candidates.h"
 
@@ -19,7 +19,7 @@ namespace {
 
 class CandidatesTest : public EngineTest {
 protected:
-    // The titles offered for windows of the other process; the session's own windows are left out.
+    // The offered titles of the other process's windows; other windows of the session are left out.
     [[nodiscard]] std::vector<std::wstring> OfferedTitles() {
         std::vector<std::wstring> titles;
         for (const CandidateWindow& candidate : CandidateList()) {
@@ -104,7 +104,7 @@ TEST_F(CandidatesTest, OwnWindowsAreExcludedByClassOnly) {
     const HWND window = Window(L"Alpha");
     Engine().ownWindow = window;
     Process().controlWindow = window;
-    // The class of the list is fixed, whatever the engine calls its own.
+    // The candidate list excludes a fixed class, whatever the engine's own class is.
     Engine().ownClassName = L"MorvaneTestWindow";
     RebuildCandidates();
     EXPECT_TRUE(IsOffered(window));
@@ -159,9 +159,9 @@ TEST_F(CandidatesTest, UsableActiveWindowIsVisibleAliveRestoredAndHasASize) {
         {"without height", {.style = WS_POPUP, .width = 50, .height = 0}, false},
         {"invisible", {.visible = false}, false},
         {"of our own class", {.className = L"MorvaneHiddenWindow"}, false},
-        {"class that only begins as a task bar's", {.className = L"Shell_TrayWnd2"}, true},
-        {"class that is only the beginning of one", {.className = L"Shell_Tray"}, true},
-        {"one that differs in case", {.className = L"notifyiconoverflowwindow"}, true},
+        {"class name that starts with a taskbar's", {.className = L"Shell_TrayWnd2"}, true},
+        {"class name that is only part of one", {.className = L"Shell_Tray"}, true},
+        {"class name in another case", {.className = L"notifyiconoverflowwindow"}, true},
     };
     for (const Case& item : cases) {
         const HWND window = Other().Create(item.spec);
@@ -186,7 +186,7 @@ TEST_F(CandidatesTest, ActiveWindowIsTheForegroundWindowIfUsable) {
     PrepareMenuState();
     EXPECT_EQ(ActiveWindow(), first);
     ASSERT_TRUE(Other().BringToForeground(second));
-    EXPECT_EQ(ActiveWindow(), first) << "not before the next preparation";
+    EXPECT_EQ(ActiveWindow(), first) << "unchanged until the next preparation";
     PrepareMenuState();
     EXPECT_EQ(ActiveWindow(), second);
 }
@@ -205,10 +205,10 @@ TEST_F(CandidatesTest, UnusableForegroundWindowDoesNotReplaceTheLastUsableOne) {
     PrepareMenuState();
     ASSERT_TRUE(Other().BringToForeground(unusable));
     PrepareMenuState();
-    EXPECT_EQ(ActiveWindow(), later) << "a preparation notes the window too";
+    EXPECT_EQ(ActiveWindow(), later) << "preparation notes the window";
     Other().Destroy(later);
     PrepareMenuState();
-    EXPECT_EQ(ActiveWindow(), later) << "kept although it has died";
+    EXPECT_EQ(ActiveWindow(), later) << "kept although it is dead";
     EXPECT_FALSE(IsUsableActiveWindow(ActiveWindow()));
 }
 

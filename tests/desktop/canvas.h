@@ -13,7 +13,7 @@ struct CanvasContextTraits {
     static void Close(Handle handle) noexcept { DeleteDC(handle); }
 };
 
-// A picture in memory to paint on, with a device context for it. At first all of one odd colour.
+// A bitmap to paint on and its device context, initially filled with an unlikely colour.
 class Canvas {
 public:
     static constexpr COLORREF Untouched = RGB(255, 0, 254);
@@ -23,7 +23,7 @@ public:
     [[nodiscard]] HDC Context() const { return context_.get(); }
     [[nodiscard]] COLORREF At(int x, int y) const { return GetPixel(context_.get(), x, y); }
 
-    // Row by row from the top.
+    // Row by row, top row first.
     [[nodiscard]] std::vector<COLORREF> Pixels() const;
 
     // The points of this colour, row by row, relative to an origin.
@@ -33,7 +33,7 @@ private:
     int width_;
     int height_;
     Owner<GdiTraits<HBITMAP>> bitmap_;
-    // Deleted before the bitmap that is selected into it.
+    // Declared last, to be deleted before the bitmap that is selected into it.
     Owner<CanvasContextTraits> context_;
 };
 

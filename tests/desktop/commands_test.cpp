@@ -1,4 +1,4 @@
-// The menu's commands, each before an engine that is bound to the file of an earlier moment.
+// The menu's commands, each run while the engine is bound to an outdated file path.
 
 #include "app/commands.h"
 

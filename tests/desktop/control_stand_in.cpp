@@ -21,7 +21,7 @@ ControlStandIn* current = nullptr;
 std::function<void()> InTheEnd(std::function<void()> finish) {
     return [finish = std::move(finish), deadline = GetTickCount64() + WalkTimeLimit] {
         if (GetTickCount64() > deadline) {
-            ADD_FAILURE() << "does not end by itself";
+            ADD_FAILURE() << "did not end on its own";
             finish();
         }
     };
@@ -57,7 +57,7 @@ void ControlStandIn::Run(const std::function<void()>& blocking, std::vector<Step
 }
 
 void ControlStandIn::Walk() {
-    // A step may dispatch messages itself.
+    // A step may dispatch messages and so reenter.
     if (walking_) {
         return;
     }

@@ -5,14 +5,14 @@
 #include <utility>
 #include <vector>
 
-#include "base/process.h"
 #include "base/owners.h"
+#include "base/process.h"
 #include "base/win.h"
 #include "support/window_owner.h"
 
 namespace morvane::test {
 
-// Owns a window class of this program, by its name. All windows of the class have to go before it.
+// Owns a window class of this program, by name. All its windows must be destroyed first.
 struct WindowClassTraits {
     using Handle = const wchar_t*;
     static Handle Empty() noexcept { return nullptr; }
@@ -20,11 +20,11 @@ struct WindowClassTraits {
 };
 using WindowClassOwner = Owner<WindowClassTraits>;
 
-// A control window for what the user interface needs of one: a message-only window that answers
-// the messages about owner-drawn rows. One at a time.
+// Stands in for the control window in user interface tests: a message-only window that answers the
+// messages about owner-drawn rows. Only one at a time.
 class ControlStandIn {
 public:
-    // The class's name is that of the program's control window, unless there is a real one too.
+    // Takes the class name of the program's control window; a test with a real one passes another.
     explicit ControlStandIn(const wchar_t* className = ControlWindowClass);
     ControlStandIn(const ControlStandIn&) = delete;
     ControlStandIn& operator=(const ControlStandIn&) = delete;
@@ -34,11 +34,11 @@ public:
 
     [[nodiscard]] HWND Get() const { return window_.get(); }
 
-    // Every few milliseconds a step is looked at; the next one's turn comes when it is true.
+    // A step is polled every few milliseconds until it returns true; then the next one follows.
     using Step = std::function<bool()>;
 
-    // Calls what blocks. Meanwhile it goes through the steps; after the last one, or when they
-    // take too long (a failure), it calls finish until the blocking call returns.
+    // Makes a blocking call and runs the steps meanwhile. After the last one, or if they take too
+    // long (a failure), calls finish until the blocking call returns.
     void Run(const std::function<void()>& blocking, std::vector<Step> steps,
              const std::function<void()>& finish);
 
@@ -47,13 +47,12 @@ public:
         WPARAM wParam = 0;
     };
 
-    // What has arrived since the construction or the last Forget, oldest first; without the
-    // timer of Run.
+    // Messages since construction or the last Forget, oldest first, without the timer of Run.
     [[nodiscard]] const std::vector<Message>& Messages() const { return messages_; }
     [[nodiscard]] std::size_t Count(UINT id) const;
     void Forget() { messages_.clear(); }
 
-    // Calls the reaction whenever this message arrives. One message at a time.
+    // Calls the reaction whenever this message arrives. Only one message at a time.
     void On(UINT message, std::function<void()> reaction) {
         awaited_ = message;
         reaction_ = std::move(reaction);
@@ -78,8 +77,8 @@ private:
     bool walking_ = false;
 };
 
-// For Run, where something else is to end the blocking call: does nothing for some seconds, then it
-// is a failure, and finish helps out.
+// A finish for Run when something else is expected to end the blocking call: does nothing for some
+// seconds, then reports a failure and calls the given finish.
 [[nodiscard]] std::function<void()> InTheEnd(std::function<void()> finish);
 
 }  // namespace morvane::test

@@ -1,5 +1,4 @@
-// The program's real control window: its beginning and its end, its timers, what it does for the
-// menu.
+// The program's real control window: creation and destruction, timers, and its part in the menu.
 
 #include "app/control_window.h"
 
@@ -40,7 +39,7 @@ namespace {
 
 constexpr UINT_PTR PassTimer = 1;
 constexpr UINT_PTR MenuTimer = 3;
-constexpr UINT_PTR ComparisonTimer = 99;  // nothing to the control window
+constexpr UINT_PTR ComparisonTimer = 99;  // unknown to the control window
 constexpr UINT Period = 50;               // milliseconds
 
 struct Received {
@@ -48,7 +47,7 @@ struct Received {
     WPARAM wParam;
 };
 
-// What the control window has received, in front of its own procedure.
+// The messages that the control window has received.
 std::vector<Received> received;
 WNDPROC ownProcedure = nullptr;
 
@@ -77,7 +76,7 @@ struct TimerRequest {
 
 std::vector<TimerRequest> timerRequests;
 
-// What the control window asks of the platform when it begins and when it ends, in words.
+// The control window's platform calls during creation and destruction, in words.
 std::vector<std::string> requests;
 
 void Note(const char* function, std::intptr_t argument) {
@@ -145,7 +144,7 @@ protected:
             const RequestWatch watch;
             window_.reset();
         }
-        // Takes the quit message too, which the window has left behind.
+        // Also removes the quit message that the window posted.
         ControlStandIn::Pump();
     }
 
@@ -180,7 +179,7 @@ TEST_F(ControlWindowTest, CreationStartsOnlyThePassTimer) {
     EXPECT_EQ(timerRequests[0].window, Control());
     EXPECT_EQ(timerRequests[0].id, PassTimer);
     EXPECT_EQ(timerRequests[0].period, 500U);
-    EXPECT_EQ(timerRequests[0].procedure, nullptr) << "the window itself gets the ticks";
+    EXPECT_EQ(timerRequests[0].procedure, nullptr) << "the window gets the ticks";
 }
 
 using Requests = std::vector<std::string>;
@@ -261,7 +260,7 @@ TEST_F(ControlWindowTest, MenuTimerOpensTheMenuOnceInTheMiddleOfTheScreen) {
     POINT cursor{};
     RECT frame{};
     std::ptrdiff_t ticks = 0;
-    // The other timer shows how often the menu's would have fired again.
+    // The comparison timer shows how often the menu timer would have fired again.
     const auto sixMoreTicks = [&ticks] { return Ticks(ComparisonTimer) >= ticks + 6; };
     MovePointer({10, 10});
     Walk(
@@ -301,7 +300,7 @@ TEST_F(ControlWindowTest, MenuIsAboveTheDialogAndBothAboveAPinnedWindowAfterEver
         {.title = L"Cover", .style = WS_POPUP, .x = 0, .y = 0, .width = 1280, .height = 800});
     RECT work{};
     SystemParametersInfoW(SPI_GETWORKAREA, 0, &work, 0);
-    // The real pointer: a late report of where it is would undo what SetCursorPos does.
+    // Moves the real pointer: a late report of its position would undo SetCursorPos.
     MovePointer({work.right - 200, work.bottom - 40});
     Walk([this] { PostMessageW(Control(), WM_COMMAND, 1009, 0); },
          {AboutHasFocus,
@@ -314,7 +313,7 @@ TEST_F(ControlWindowTest, MenuIsAboveTheDialogAndBothAboveAPinnedWindowAfterEver
               RECT common{};
               const RECT dialog = WindowRect(AboutDialog());
               const RECT menu = WindowRect(OpenMenuWindows().front());
-              EXPECT_NE(IntersectRect(&common, &dialog, &menu), FALSE) << "in the same corner";
+              EXPECT_NE(IntersectRect(&common, &dialog, &menu), FALSE) << "they must overlap";
               Other().ForgetRecords(cover);
               return true;
           },
@@ -323,9 +322,8 @@ TEST_F(ControlWindowTest, MenuIsAboveTheDialogAndBothAboveAPinnedWindowAfterEver
                   return false;
               }
               passes = Ticks(PassTimer);
-              // Three times in a row, of which the first may be before any pass with the menu; a
-              // busy desktop now and then brings a raised window up late, and the next pass puts
-              // that right.
+              // Three times in a row, because the first may precede any pass with the menu open. A
+              // busy desktop sometimes raises a window late; the next pass corrects that.
               const std::vector<HWND> order = {OpenMenuWindows().front(), AboutDialog(), cover};
               inOrder = InDesktopOrder(order) == order ? inOrder + 1 : 0;
               return inOrder == 3;
@@ -339,7 +337,7 @@ TEST_F(ControlWindowTest, MenuIsAboveTheDialogAndBothAboveAPinnedWindowAfterEver
               CloseAbout();
               return AboutDialog() == nullptr;
           }});
-    EXPECT_GE(Asked(cover).size(), 2U) << "each pass has raised it";
+    EXPECT_GE(Asked(cover).size(), 2U) << "each pass raises it";
 }
 
 TEST_F(ControlWindowTest, MessagesAboutOurOwnRowsAreHandled) {

@@ -1,4 +1,4 @@
-// Where the data is kept, and that nothing is kept behind a link.
+// Where the data is kept, and that no link is followed.
 
 #include "shell/data_folder.h"
 
@@ -32,10 +32,10 @@ TEST_F(DataFolderPathTest, FolderIsCreatedByEveryQueryForItsPath) {
     ASSERT_FALSE(PathExists(DataFolder()));
     EXPECT_EQ(GetDataFolder(), DataFolder());
     EXPECT_NE(GetFileAttributesW(DataFolder().c_str()) & FILE_ATTRIBUTE_DIRECTORY, 0U);
-    EXPECT_EQ(GetDataFolder(), DataFolder()) << "an existing folder";
+    EXPECT_EQ(GetDataFolder(), DataFolder()) << "the folder exists";
     ASSERT_NE(RemoveDirectoryW(DataFolder().c_str()), FALSE);
     EXPECT_EQ(GetSettingsPath(), DataFolder() + L"\\config.txt");
-    EXPECT_NE(RemoveDirectoryW(DataFolder().c_str()), FALSE) << "made again, and empty";
+    EXPECT_NE(RemoveDirectoryW(DataFolder().c_str()), FALSE) << "created again, and empty";
 }
 
 TEST_F(DataFolderPathTest, FolderFollowsTheApplicationData) {
@@ -77,7 +77,7 @@ TEST_F(DataFolderPathTest, BindingFollowsThePath) {
     EXPECT_EQ(Engine().settingsPath, L"");
 }
 
-// A folder elsewhere that a link in place of the data folder leads to.
+// The data folder is a link to a folder elsewhere.
 class LinkedDataFolderTest : public DataFolderPathTest {
 protected:
     void SetUp() override {
@@ -95,7 +95,7 @@ protected:
         if (!IsSkipped()) {
             RemoveLink(DataFolder());
             DeleteFileW(Settings().c_str());
-            EXPECT_NE(RemoveDirectoryW(target_.c_str()), FALSE) << "something was put there";
+            EXPECT_NE(RemoveDirectoryW(target_.c_str()), FALSE) << "must still be empty";
         }
         DataFolderPathTest::TearDown();
     }
@@ -128,7 +128,7 @@ TEST_F(LinkedDataFolderTest, NothingIsReadOrWrittenThroughTheLink) {
     EXPECT_FALSE(PathExists(Settings()));
 }
 
-// By which other names no folder is: a matter of the path alone, tested without folders.
+// Which other paths are rejected depends on the path alone and is tested without folders.
 TEST_F(DataFolderPathTest, DataFolderIsRecognisedAsOwn) {
     EXPECT_TRUE(IsOwnDataFolder(GetDataFolder()));
 }

@@ -1,4 +1,4 @@
-// A removal that gets stuck part-way, and is asked for again.
+// A removal that fails halfway and is repeated.
 
 #include <array>
 #include <gtest/gtest.h>
@@ -14,7 +14,7 @@
 namespace morvane::test {
 namespace {
 
-constexpr INT_PTR NoHandle = -1;  // INVALID_HANDLE_VALUE as a number
+constexpr INT_PTR NoHandle = -1;  // INVALID_HANDLE_VALUE
 
 class DataRemovalFailureTest : public testing::Test {
 protected:
@@ -24,7 +24,7 @@ protected:
     }
 };
 
-// Three levels with a file in each, of which somebody holds one open.
+// Three levels with a file in each; one of the files is held open.
 TEST_F(DataRemovalFailureTest, HeldFileAndItsFoldersStayUntilItIsReleased) {
     const std::array<std::wstring, 3> folders = {DataFolder(), DataFolder() + L"\\a",
                                                  DataFolder() + L"\\a\\b"};
@@ -67,7 +67,7 @@ TEST_F(DataRemovalFailureTest, ReadOnlyFileThatCannotBeChangedStays) {
 
 decltype(&RemoveDirectoryW) originalRemoveDirectory = nullptr;
 
-// Where there is nothing, as there is at an empty path, a removal has nothing left to do.
+// Reports an empty path as not found, which would count as already removed.
 BOOL WINAPI FindNothingAtAnEmptyPath(LPCWSTR path) {
     if (*path == L'\0') {
         SetLastError(ERROR_PATH_NOT_FOUND);

@@ -1,4 +1,4 @@
-// Removal of everything the program keeps, whatever lies in its folder.
+// Removal of everything the program stores, whatever is in its folder.
 
 #include "shell/data_removal.h"
 
@@ -16,7 +16,7 @@
 namespace morvane::test {
 namespace {
 
-// The form that the platform takes as it stands: beyond 260 units, with dots and blanks at the end.
+// The verbatim form, which allows more than 260 units and trailing dots and blanks.
 std::wstring AsItStands(const std::wstring& path) {
     return L"\\\\?\\" + path;
 }
@@ -179,7 +179,7 @@ TEST_F(DataRemovalTest, ShortcutThatCannotBeDeletedIsNotAFailure) {
     EXPECT_TRUE(PathExists(StartupShortcut()));
 }
 
-// What links lead to.
+// A folder outside the data folder, for links to point to.
 class LinkedDataRemovalTest : public DataRemovalTest {
 protected:
     void SetUp() override {
@@ -196,7 +196,7 @@ protected:
         if (!IsSkipped()) {
             DeleteFileW(Sentinel().c_str());
             RemoveDirectoryW((target_ + L"\\inner").c_str());
-            EXPECT_NE(RemoveDirectoryW(target_.c_str()), FALSE) << "not as it was";
+            EXPECT_NE(RemoveDirectoryW(target_.c_str()), FALSE) << "must be unchanged";
         }
         ResetProfile();
     }
@@ -204,8 +204,8 @@ protected:
     [[nodiscard]] const std::wstring& Target() const { return target_; }
     [[nodiscard]] std::wstring Sentinel() const { return target_ + L"\\inner\\kept.txt"; }
 
-    // Whether the platform deletes a link itself, tried on one elsewhere. Wine turns to what it
-    // leads to, and that is not empty.
+    // Whether the platform can delete a link itself, tried on one elsewhere. Wine acts on its
+    // target, which is not empty.
     [[nodiscard]] bool LinksCanBeDeleted() const {
         EXPECT_TRUE(MakeDirectoryLink(LinkElsewhere(), target_));
         const bool deleted =
@@ -215,7 +215,7 @@ protected:
     }
     [[nodiscard]] static std::wstring LinkElsewhere() { return RoamingFolder() + L"\\Link"; }
 
-    // Of a folder that holds a link.
+    // Removes a data folder that contains a link.
     void ExpectRemovalBesideTheTarget() const {
         const bool complete = LinksCanBeDeleted();
         EXPECT_EQ(RemoveAllData(), complete);
@@ -244,7 +244,7 @@ TEST_F(LinkedDataRemovalTest, LinksDeepInTheFolderAreNotFollowed) {
 
 using Paths = std::set<std::wstring>;
 
-// The links that there are and, as Windows deletes them, which function has deleted which.
+// The existing links, and which function has deleted which, as on Windows.
 struct Links {
     Paths toFolders;
     Paths toFiles;
@@ -315,7 +315,7 @@ TEST_F(LinkedDataRemovalTest, LinkInPlaceOfTheFolderIsLeftAlone) {
     EXPECT_FALSE(RemoveAllData());
     EXPECT_EQ(ReadFileBytes(Sentinel()), "content");
     EXPECT_NE(GetFileAttributesW(DataFolder().c_str()) & FILE_ATTRIBUTE_REPARSE_POINT, 0U);
-    EXPECT_FALSE(PathExists(StartupShortcut())) << "removed whatever happens next";
+    EXPECT_FALSE(PathExists(StartupShortcut())) << "removed first, whatever happens next";
     RemoveLink(DataFolder());
 }
 

@@ -1,4 +1,4 @@
-// Which windows of the desktop a pass works on.
+// Which windows a pass works on.
 
 #include "pin/discovery.h"
 
@@ -19,8 +19,8 @@ namespace {
 
 class DiscoveryTest : public EngineTest {
 protected:
-    // Whether a window of this title is found by a list of this one pattern. Pattern and title
-    // meet in memory: the settings file could not hold every text that a title can.
+    // Whether a list with just this pattern finds a window with this title. The pattern is set in
+    // memory, because the settings file cannot hold every text that a title can.
     [[nodiscard]] bool IsFound(std::wstring_view title, const std::wstring& pattern) {
         const HWND window = Window(title);
         Engine().pinList.entries = {{.pattern = pattern}};
@@ -125,7 +125,7 @@ TEST_F(DiscoveryTest, OwnWindowsAreRecognisedByClassAndByHandle) {
     EXPECT_TRUE(IsOwnWindow(foreign, Own));
     EXPECT_FALSE(IsOwnWindow(foreign, L"MorvaneHiddenWindow2"));
     EXPECT_FALSE(IsOwnWindow(foreign, L"morvanehiddenwindow")) << "compared exactly";
-    EXPECT_FALSE(IsOwnWindow(foreign, L"")) << "the class of a window that has died";
+    EXPECT_FALSE(IsOwnWindow(foreign, L"")) << "the class of a dead window";
     Engine().ownWindow = foreign;
     EXPECT_TRUE(IsOwnWindow(foreign, L"MorvaneHiddenWindow2"));
     Engine().ownWindow = nullptr;
@@ -171,7 +171,7 @@ TEST_F(DiscoveryTest, OnlyTheFirst511UnitsOfATitleAreSeen) {
     };
     EXPECT_TRUE(IsFound(titleOf(510), needle));
     EXPECT_TRUE(IsFound(titleOf(511), needle));
-    EXPECT_FALSE(IsFound(titleOf(512), needle)) << "its last unit is not seen";
+    EXPECT_FALSE(IsFound(titleOf(512), needle)) << "its last unit is not read";
     EXPECT_TRUE(IsFound(titleOf(512), L"needl"));
     EXPECT_FALSE(IsFound(titleOf(600), needle));
     EXPECT_TRUE(IsFound(std::wstring(600, L'x'), std::wstring(511, L'X')));
@@ -235,7 +235,7 @@ TEST_F(DiscoveryTest, EveryUnitOfATitleIsMatchedLiterally) {
         {"wide letters are exact", L"\xFF21", L"\xFF41", false},
         {"line feed", L"a\nb", L"a\nB", true},
         {"stars are no wildcards", L"alpha beta", L"alpha*beta", false},
-        {"star as it is", L"a*b", L"A*", true},
+        {"star is literal", L"a*b", L"A*", true},
         {"blanks count", L"alpha", L"alpha ", false},
     };
     for (const Case& item : cases) {
@@ -247,7 +247,7 @@ TEST_F(DiscoveryTest, FiveHundredWindowsAreFoundAndPinnedInOrder) {
     constexpr std::size_t Count = 500;
     std::vector<HWND> windows;
     while (windows.size() < Count) {
-        // In parts, so that the other process answers in time on a busy machine.
+        // In batches, so that the other process answers in time on a busy machine.
         const std::vector<HWND> part = Other().CreateMany(
             50, {.title = L"Row ", .style = WS_POPUP, .width = 40, .height = 30});
         windows.insert(windows.end(), part.begin(), part.end());

@@ -1,4 +1,4 @@
-// A window that closes at every single step that a pass takes with it.
+// A window that dies at any point while the program works with it.
 
 #include <algorithm>
 #include <cstddef>
@@ -29,7 +29,7 @@
 namespace morvane::test {
 namespace {
 
-// The window that is to die, and before which of the program's calls about it.
+// The window that dies, and before which of the program's calls.
 struct Fate {
     Actor* actor = nullptr;
     HWND victim = nullptr;
@@ -45,8 +45,8 @@ void Meet(HWND window) {
     }
 }
 
-// Stands before a platform function that is asked about a window; the number tells functions of
-// the same type apart.
+// Intercepts a platform function that takes a window; the number distinguishes functions of the
+// same type.
 template <int Number, typename Function>
 class Gate;
 
@@ -67,7 +67,7 @@ private:
     ImportPatch<Function> patch_;
 };
 
-// All that the program asks about other programs' windows.
+// Every call the program makes about another program's window.
 struct Gates {
     Gate<0, decltype(&IsWindow)> isWindow{"IsWindow"};
     Gate<1, decltype(&IsWindowVisible)> isVisible{"IsWindowVisible"};
@@ -87,8 +87,8 @@ protected:
         EngineTest::TearDown();
     }
 
-    // Lets a new window die before each call in turn that the step makes about it; after each the
-    // step has to have done its work with the other window.
+    // Runs the step again and again; each time a new window dies before a later one of the step's
+    // calls about it. Each time the step must still have handled the other window.
     void LetDieEverywhere(const std::function<void()>& prepare, const std::function<void()>& step,
                           const std::function<void(HWND)>& check, std::size_t fewestCalls) {
         std::size_t deadly = 1;
@@ -112,7 +112,7 @@ protected:
             fate = Fate{};
             Other().Destroy(healthy);
         }
-        EXPECT_GE(deadly, fewestCalls) << "fewer questions than there are";
+        EXPECT_GE(deadly, fewestCalls) << "not every call was intercepted";
     }
 };
 
@@ -122,7 +122,7 @@ TEST_F(DyingWindowsTest, PassPinsTheOthers) {
          {"healthy 450 350\nalpha 450 350\n", "dying 450 350\nalpha 450 350\n"}) {
         SCOPED_TRACE(lines);
         LoadSettings(lines);
-        LetDieEverywhere([] {}, [] { EXPECT_TRUE(ApplyAll()) << "the other was asked"; },
+        LetDieEverywhere([] {}, [] { EXPECT_TRUE(ApplyAll()) << "asks the other one"; },
                          [](HWND healthy) { EXPECT_TRUE(IsTopmost(healthy)); }, 14);
     }
 }
@@ -182,7 +182,7 @@ TEST_F(DyingWindowsTest, BothListsOfTheMenuHoldTheOthers) {
         const auto place = std::find_if(all.begin(), all.end(), isHealthy);
         ASSERT_NE(place, all.end());
         const auto row = static_cast<UINT>(place - all.begin());
-        ASSERT_GT(row, 0U) << "behind the one that dies";
+        ASSERT_GT(row, 0U) << "below the dying window";
         EXPECT_EQ(GetMenuItemCount(toPin.get()), static_cast<int>(all.size()));
         EXPECT_EQ(ItemText(toPin.get(), CmdTogglePinBase + row, MF_BYCOMMAND), L"Alpha healthy");
         EXPECT_EQ(ItemText(toMeasure.get(), CmdMinSizeBase + row, MF_BYCOMMAND),
@@ -190,7 +190,7 @@ TEST_F(DyingWindowsTest, BothListsOfTheMenuHoldTheOthers) {
         const bool measured = GetMenuItemID(toMeasure.get(), 0) == CmdMinSizeActive;
         EXPECT_EQ(ItemText(toMeasure.get(), 0, MF_BYPOSITION).ends_with(L" (400 x 300)"), measured);
         EXPECT_NE(GetMenuState(toMeasure.get(), 1, MF_BYPOSITION) & MF_SEPARATOR, 0U)
-            << "one row for the active window, whatever it says";
+            << "one row for the active window, whatever its text";
     };
     LetDieEverywhere(prepare, build, check, 13);
     ClearMenuRows();
@@ -218,10 +218,10 @@ TEST_F(DyingWindowsTest, MeasuringReportsOnceAndRecordsAllOrNothing) {
             EXPECT_EQ(balloon.info, L"Minimum size set to 400 x 300.");
             EXPECT_EQ(ReadSettings(), WrittenSettings("healthy\nAlpha dying\t400\t300\n"));
         }
-        EXPECT_EQ(IsTopmost(healthy), !warned) << "the pass that follows a recorded size";
+        EXPECT_EQ(IsTopmost(healthy), !warned) << "a recorded size is followed by a pass";
     };
     LetDieEverywhere(prepare, [] { PinWindowAtCurrentSize(fate.victim); }, check, 14);
-    EXPECT_GE(warnings, 4) << "three questions about its size and one about its title";
+    EXPECT_GE(warnings, 4) << "three calls about its size and one about its title";
     EXPECT_GE(successes, 2);
     RemoveTrayIcon();
 }

@@ -1,4 +1,4 @@
-// One pass over real windows of another process: what each of them is asked, and where it ends.
+// One pass over real windows of another process: the requests each gets, and where it ends up.
 
 #include "pin/enforcement.h"
 
@@ -243,14 +243,14 @@ TEST_F(EnforcementTest, DyingWindowsDoNotDisturbThePass) {
     const HWND dying = Window(L"Alpha dying");
     const HWND other = Window(L"Alpha living");
     const HWND grown = Window(L"Beta dying");
-    // The second dies inside the request to grow, before the one to be topmost.
+    // The second window dies inside the request to grow, before the topmost request.
     Other().DieOnRequest(dying, 1);
     Other().DieOnRequest(grown, 1);
     ApplySettings("alpha\nbeta\t600\t500\n");
     EXPECT_EQ(IsWindow(dying), FALSE);
     EXPECT_EQ(IsWindow(grown), FALSE);
     EXPECT_TRUE(IsTopmost(other));
-    // Its end is recorded behind the request that it died in.
+    // Its destruction is recorded after the request that it died in.
     const Requests last = Asked(grown);
     ASSERT_FALSE(last.empty());
     EXPECT_EQ(last.front(), GrowRequest(100, 100, 600, 500));

@@ -1,5 +1,4 @@
-// The harness itself: pointer, keys, screen, tray and profile are what the other tests take them
-// for.
+// Tests of the harness: pointer, keys, screen, tray and profile work as the other tests expect.
 
 #include <algorithm>
 #include <gtest/gtest.h>
@@ -115,7 +114,7 @@ TEST(HarnessTest, UnixCommandsReportTheirOutputAndExitCode) {
     EXPECT_EQ(RunUnix("sleep 5", 50ms).exitCode, -1);
 }
 
-// A tray icon of this very process, with what the taskbar tells its window.
+// A tray icon of this process, and the mouse messages that the taskbar sends it.
 class OwnTrayIcon {
 public:
     explicit OwnTrayIcon(const wchar_t* tip) {

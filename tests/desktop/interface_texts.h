@@ -4,9 +4,9 @@
 
 namespace morvane::test {
 
-// What the menu and the About dialog say in one language, kept apart from the program's own table.
+// The texts of the menu and the About dialog in one language, independent of the program's table.
 struct InterfaceTexts {
-    const wchar_t* code;  // as MORVANE_LANG takes it
+    const wchar_t* code;  // for MORVANE_LANG
     const wchar_t* alwaysOnTop;
     const wchar_t* addRemove;
     const wchar_t* addRemoveMinSize;
@@ -25,7 +25,7 @@ struct InterfaceTexts {
 
 [[nodiscard]] std::span<const InterfaceTexts> TextsOfAllLanguages();
 
-// The program chooses its language anew, as a start with this MORVANE_LANG would.
+// Chooses the interface language again, as if started with this MORVANE_LANG.
 void ChooseLanguage(const wchar_t* code);
 
 }  // namespace morvane::test

@@ -1,4 +1,4 @@
-// The menu when the system has no room for menus left.
+// The menu when the system cannot create any more menus.
 
 #include <cstddef>
 #include <gtest/gtest.h>
@@ -21,7 +21,7 @@ namespace {
 
 using Lines = std::vector<std::wstring>;
 
-// Takes all the room there is; each element given back makes room for one menu.
+// Creates menus until the system has no room; destroying one makes room for one menu.
 std::vector<Menu> AllMenus() {
     std::vector<Menu> menus;
     while (Menu menu{CreatePopupMenu()}) {
@@ -33,7 +33,7 @@ std::vector<Menu> AllMenus() {
 TEST_F(MenuTest, MenusThatCannotBeCreatedAreLeftOut) {
     std::vector<Menu> room = AllMenus();
     ASSERT_FALSE(room.empty());
-    // The failures are looked at when there is room again for what a report may need.
+    // The results are checked later: reporting a failure may need room.
     const bool anyBuilt = BuildTrayMenu() || BuildAddRemoveMenu() || BuildMinSizeMenu();
     Control().Forget();
     ShowTrayMenu(Control().Get());
@@ -96,7 +96,7 @@ TEST_F(MenuTest, MenuThatCannotBeCreatedStillForgetsRowsAndReadsTheSettings) {
     ASSERT_EQ(CandidateList().size(), 1U);
     EXPECT_EQ(CandidateList().front().title, L"Alpha");
     Open({[] { return MenusOpen(1); }});
-    EXPECT_EQ(Control().Count(WM_NULL), 1U) << "as after every menu that was shown";
+    EXPECT_EQ(Control().Count(WM_NULL), 1U) << "sent after every menu that was shown";
 }
 
 }  // namespace

@@ -9,7 +9,7 @@
 
 namespace morvane::test {
 
-// The engine before foreign windows, with a control window, in English.
+// The engine with foreign windows and a control window, in English.
 class MenuTest : public EngineTest {
 protected:
     void SetUp() override;
@@ -17,14 +17,13 @@ protected:
 
     [[nodiscard]] ControlStandIn& Control() { return control_; }
 
-    // A window of the other process with a size of its own.
+    // A window of the other process with the given size.
     [[nodiscard]] HWND Sized(std::wstring_view title, int width, int height);
 
-    // Opens the menu with the program's own call, goes through the steps while it is open, and
-    // closes it.
+    // Opens the menu as the program does, runs the steps while it is open, and closes it.
     void Open(std::vector<ControlStandIn::Step> steps);
 
-    // A key for the open menu: posted, so that nothing else on the desktop gets it.
+    // Posts a key to the open menu, so that nothing else on the desktop gets it.
     void Press(WPARAM virtualKey);
 
 private:
@@ -32,7 +31,7 @@ private:
     ControlStandIn control_;
 };
 
-// True when so many menu windows are open.
+// True if exactly this many menu windows are open.
 [[nodiscard]] bool MenusOpen(std::size_t count);
 
 }  // namespace morvane::test

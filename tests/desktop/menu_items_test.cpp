@@ -1,4 +1,4 @@
-// The tray menu's main level, read back item by item.
+// The top level of the tray menu, read back item by item.
 
 #include <gtest/gtest.h>
 #include <string>
@@ -23,7 +23,7 @@ using Lines = std::vector<std::wstring>;
 constexpr int AlwaysOnTopItem = 0;
 constexpr int StartWithWindowsItem = 7;
 
-// What the main level shows with pinning on and no Startup shortcut.
+// The top level with pinning on and no Startup shortcut.
 Lines MainLevel(const InterfaceTexts& texts) {
     const auto with = [](const wchar_t* head, const wchar_t* text) {
         return std::wstring(head).append(text);
@@ -112,7 +112,7 @@ TEST_F(MenuItemsTest, CheckMarkOfAlwaysOnTopShowsTheMasterSwitch) {
 
 TEST_F(MenuItemsTest, CheckMarkOfStartWithWindowsFollowsOutsideChangesToTheFile) {
     EXPECT_EQ(StartItem(), L"1010: Start with Windows");
-    // Whatever it is: only its presence counts.
+    // Only the file's presence counts.
     ASSERT_TRUE(WriteFileBytes(StartupShortcut(), "no shortcut at all"));
     EXPECT_EQ(StartItem(), L"1010 checked: Start with Windows");
     ASSERT_NE(DeleteFileW(StartupShortcut().c_str()), FALSE);

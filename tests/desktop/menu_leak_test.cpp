@@ -1,4 +1,4 @@
-// Nothing of a menu or a dialog stays behind, however often they are opened.
+// Opening the menu or the dialog leaks nothing.
 
 #include <cstddef>
 #include <gtest/gtest.h>
@@ -19,7 +19,7 @@ namespace {
 constexpr UINT CloseMessage = WM_APP + 50;
 constexpr int WarmUp = 20;
 
-// The full numbers of openings take minutes on a slow machine: MORVANE_TEST_FULL=1 asks for them.
+// The full number of openings takes minutes on a slow machine: set MORVANE_TEST_FULL=1 for it.
 int Openings(int usual, int full) {
     return EnvironmentVariable(L"MORVANE_TEST_FULL") == L"1" ? full : usual;
 }
@@ -28,7 +28,7 @@ void ExpectSteady(const char* what, const Usage& before, const Usage& after, int
                   ULONGLONG milliseconds) {
     std::cout << "measured: " << what << ", " << openings << " openings in " << milliseconds
               << " ms; before: " << before << "; after: " << after << "\n";
-    // Any object that each opening left behind would show as that many.
+    // One leaked object per opening would far exceed this.
     const auto few = static_cast<std::size_t>(openings / 10);
     EXPECT_LT(after.heapBlocks, before.heapBlocks + few);
     EXPECT_LT(after.pageFileBytes, before.pageFileBytes + 2'000'000U);
@@ -49,8 +49,8 @@ protected:
         });
     }
 
-    // Each is a real opening, closed from within the loop of the menu; in every tenth the list of
-    // windows with a size comes up first, as only then are rows measured and drawn.
+    // Opens the menu for real and closes it from within its message loop. Every tenth time the
+    // submenu with sizes is opened first, because rows are measured and drawn only then.
     void OpenMany(int count) {
         const HWND control = Control().Get();
         for (int opening = 0; opening < count; ++opening) {
@@ -68,7 +68,7 @@ protected:
             ControlStandIn::Pump();
             ASSERT_EQ(Control().Count(WM_EXITMENULOOP), 1U) << opening;
             ASSERT_GE(Control().Count(CloseMessage), 1U) << opening;
-            // The active window and three more.
+            // The active window and three others.
             ASSERT_EQ(Control().Count(WM_MEASUREITEM), withRows ? 4U : 0U) << opening;
             ASSERT_GE(Control().Count(WM_DRAWITEM), withRows ? 4U : 0U) << opening;
         }

@@ -1,4 +1,4 @@
-// The menu while it is really open: how it comes, what can be read of it, and how it goes.
+// The menu while it is actually open: how it opens, what it shows, and how it closes.
 
 #include <algorithm>
 #include <cstddef>
@@ -39,7 +39,7 @@ protected:
         return MeasurePinItem(Control().Get(), measure);
     }
 
-    // The menu of the window that is so far from the top.
+    // The menu shown by the open menu window at this depth, topmost first.
     [[nodiscard]] static HMENU OpenMenu(std::size_t depth) {
         const std::vector<HWND> windows = OpenMenuWindows();
         return depth < windows.size() ? MenuOfWindow(windows[depth]) : nullptr;
@@ -198,7 +198,7 @@ TEST_F(OpenMenuTest, NeitherRowsNorMenusOutliveTheOpening) {
         EXPECT_NE(menu, nullptr);
         EXPECT_EQ(IsMenu(menu), FALSE);
     }
-    EXPECT_EQ(CandidateList().size(), 1U) << "the list stays";
+    EXPECT_EQ(CandidateList().size(), 1U) << "the list is kept";
     EXPECT_EQ(ActiveWindow(), window);
 }
 
@@ -242,7 +242,7 @@ TEST_F(OpenMenuTest, SecondCallWhileTheMenuIsOpenChangesNothing) {
     EXPECT_TRUE(Engine().pinList.entries.empty()) << "the settings were not read again";
     EXPECT_EQ(Control().Count(WM_ENTERMENULOOP), 1U);
     Open({[] { return MenusOpen(1); }});
-    EXPECT_EQ(Control().Count(WM_ENTERMENULOOP), 2U) << "and the next opening is as ever";
+    EXPECT_EQ(Control().Count(WM_ENTERMENULOOP), 2U) << "the next opening succeeds";
 }
 
 TEST_F(OpenMenuTest, ActiveWindowStaysWhileAnotherIsNoted) {

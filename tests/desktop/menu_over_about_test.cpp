@@ -1,4 +1,4 @@
-// Menus that are open together with the About dialog.
+// Menus open together with the About dialog.
 
 #include <gtest/gtest.h>
 #include <string>
@@ -36,8 +36,7 @@ TEST_F(AboutDialogTest, SystemMenuOfTheDialogComesAboveAPinnedWindow) {
                   Other().ForgetRecords(cover);
                   ApplyAll();
                   EXPECT_TRUE(IsAbove(cover, menu)) << "covered by the pass";
-                  // More than once, as a busy desktop now and then brings the raised window up
-                  // late.
+                  // More than once: a busy desktop sometimes raises the window late.
                   EXPECT_TRUE(WaitUntil([&] {
                       RaiseOpenMenu();
                       return IsAbove(menu, cover);

@@ -1,4 +1,4 @@
-// An open menu stays above what a pass has raised.
+// An open menu stays above windows raised by a pass.
 
 #include <cstddef>
 #include <gtest/gtest.h>
@@ -19,14 +19,14 @@ namespace {
 
 class RaiseMenuTest : public MenuTest {
 protected:
-    // A window over the whole screen that the settings pin.
+    // A pinned window that covers the whole screen.
     [[nodiscard]] HWND Cover() {
         EXPECT_TRUE(WriteSettings("cover\n"));
         return Other().Create(
             {.title = L"Cover", .style = WS_POPUP, .x = 0, .y = 0, .width = 1280, .height = 800});
     }
 
-    // A window of this process, not shown.
+    // A hidden window of this process.
     [[nodiscard]] static WindowOwner OwnWindow(const wchar_t* className) {
         return WindowOwner(CreateWindowExW(0, className, L"", WS_POPUP, 10, 10, 50, 50, nullptr,
                                            nullptr, GetModuleHandleW(nullptr), nullptr));
@@ -60,7 +60,7 @@ TEST_F(RaiseMenuTest, MenuAndSubmenuKeepTheirOrderAboveAPinnedWindow) {
               EXPECT_TRUE(IsAbove(cover, menus[0])) << "covered by the pass";
               EXPECT_TRUE(IsAbove(cover, menus[1])) << "covered by the pass";
               foreground = GetForegroundWindow();
-              // More than once, as a busy desktop now and then brings the raised window up late.
+              // More than once: a busy desktop sometimes raises the window late.
               EXPECT_TRUE(WaitUntil([&] {
                   RaiseOpenMenu();
                   return InDesktopOrder({menus[0], menus[1], cover, higher, plain}) ==

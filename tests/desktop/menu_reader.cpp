@@ -13,7 +13,7 @@ namespace {
 
 constexpr UINT GetMenuMessage = 0x01E1;  // MN_GETHMENU
 
-// By the colour of the mark, which is all that a row shows of it.
+// Told by the colour of the mark, the only sign of the state in a row.
 std::wstring DrawnState(ULONG_PTR itemData) {
     const Canvas canvas(40, 20);
     DRAWITEMSTRUCT draw{};

@@ -9,29 +9,29 @@
 
 namespace morvane::test {
 
-// The text of the item with that id (MF_BYCOMMAND) or at that place (MF_BYPOSITION); empty when
-// there is none.
+// The text of the item with that id (MF_BYCOMMAND) or at that position (MF_BYPOSITION); empty if
+// there is no such item.
 [[nodiscard]] std::wstring ItemText(HMENU menu, UINT item, UINT flag);
 
-// One item in words, so that a failing comparison can be read:
+// One item in words, for readable failures:
 //   "-"                          a separator
 //   "> Text"                     a submenu
 //   "1002: Text"                 a plain item; also "1002 checked: Text", "0 grayed: Text"
-//   "2500 row 1 pinned: Text"    an owner-drawn row with its item data and what its mark shows:
+//   "2500 row 1 pinned: Text"    an owner-drawn row with its item data and the state of its mark:
 //                                "free", "pinned" or "sized"
 [[nodiscard]] std::wstring DescribedItem(HMENU menu, int position);
 
 // All items of a menu.
 [[nodiscard]] std::vector<std::wstring> DescribedMenu(HMENU menu);
 
-// A row's line as above.
+// An owner-drawn row in the words above.
 [[nodiscard]] std::wstring RowLine(UINT id, std::size_t itemData, std::wstring_view state,
                                    std::wstring_view text);
 
-// Open menus of the calling thread, highest first.
+// The calling thread's open menus, topmost first.
 [[nodiscard]] std::vector<HWND> OpenMenuWindows();
 
-// The menu that an open menu's window shows.
+// The menu shown in a menu window.
 [[nodiscard]] HMENU MenuOfWindow(HWND menuWindow);
 
 }  // namespace morvane::test

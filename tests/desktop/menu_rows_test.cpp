@@ -1,4 +1,4 @@
-// Owner-drawn rows: their size, and their painting point by point.
+// Owner-drawn rows: their size and their painting, pixel by pixel.
 
 #include "ui/menu_rows.h"
 
@@ -20,7 +20,7 @@ constexpr COLORREF Green = 0x004AA316;
 constexpr COLORREF Blue = 0x00B46325;
 constexpr UINT Unset = 4711;
 
-// What is lost in each of so many rounds shows as that many; a few may come and go by themselves.
+// One leak per round would show up as this many objects; a few may come and go on their own.
 constexpr std::size_t WarmUp = 20;
 constexpr std::size_t Rounds = 1'000;
 constexpr std::size_t Few = Rounds / 10;
@@ -57,7 +57,7 @@ protected:
     }
     void TearDown() override { ClearMenuRows(); }
 
-    // Appends a row; its item data.
+    // Appends a row and returns its item data.
     ULONG_PTR Row(const std::wstring& text, PinState state) {
         AppendPinItem(menu_.get(), 2500 + rows_, text, state);
         return ++rows_;
@@ -189,7 +189,7 @@ TEST_F(RowsTest, BackgroundFillsTheItemAndNothingElse) {
 }
 
 TEST_F(RowsTest, ArrowIsDrawnPointByPoint) {
-    // Relative to the middle of the mark column; row by row.
+    // Relative to the centre of the mark column, row by row.
     const std::vector<POINT> figure = {
         {0, -5},                                       //
         {-1, -4}, {0, -4}, {1, -4},                    //
@@ -252,7 +252,7 @@ TEST_F(RowsTest, TextIsDrawnBesideTheMarkColumn) {
                 for (const bool selected : {false, true}) {
                     const Canvas drawn(200, 26);
                     ASSERT_TRUE(Draw(drawn, item, row, selected ? UINT{ODS_SELECTED} : 0U));
-                    // The mark is as it is without a text; the text is painted over it here.
+                    // Draws the row without its text, then paints the expected text over it.
                     const Canvas expected(200, 26);
                     ASSERT_TRUE(
                         Draw(expected, item, Row(L"", state), selected ? UINT{ODS_SELECTED} : 0U));

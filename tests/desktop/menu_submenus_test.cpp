@@ -1,4 +1,4 @@
-// The two lists of windows in the menu, read back item by item.
+// The menu's two window lists, read back item by item.
 
 #include <cstddef>
 #include <gtest/gtest.h>
@@ -23,7 +23,7 @@ constexpr const wchar_t* NoActiveWindow = L"0 grayed: (No active window)";
 
 class SubmenusTest : public MenuTest {
 protected:
-    // Each is built as the first of its opening, so that its item data starts at 1.
+    // Each list is built first in its opening, so that its item data starts at 1.
     [[nodiscard]] static Lines AddRemove() {
         ClearMenuRows();
         const Menu menu = BuildAddRemoveMenu();
@@ -35,7 +35,7 @@ protected:
         return DescribedMenu(menu.get());
     }
 
-    // Leaves the menu without an active window, whatever was in the foreground before.
+    // Leaves the menu without an active window, whatever was in the foreground.
     void LoseActiveWindow() {
         const HWND window = Window(L"Active for a moment");
         ASSERT_TRUE(Other().BringToForeground(window));
@@ -64,7 +64,7 @@ TEST_F(SubmenusTest, UntitledActiveWindowIsShownAsTwoBlanksWithoutCandidates) {
     ASSERT_GE(Engine().pinList.entries.size(), 2U);
     EXPECT_EQ(AddRemove(), Lines({NoWindows}));
     EXPECT_EQ(MinSize(), Lines({L"1006 row 1 free: Active:  (320 x 240)", L"-", NoWindows}))
-        << "no entry is found in an empty title";
+        << "no entry matches an empty title";
 }
 
 TEST_F(SubmenusTest, OneCandidateIsOneRow) {
@@ -114,7 +114,7 @@ TEST_F(SubmenusTest, SkippedWindowsLeaveGapsInTheIdentifiers) {
     Other().Minimise(minimised);
     RebuildCandidates();
     Other().Destroy(dead);
-    // Nothing is left out of the other list, not even what died after the list was made.
+    // The other list omits nothing, not even a window that died after the list was built.
     EXPECT_EQ(AddRemove(),
               Lines({L"2500 row 1 free: a", L"2501 row 2 free: b", L"2502 row 3 free: c",
                      L"2503 row 4 free: d", L"2504 row 5 free: e", L"2505 row 6 free: f",
@@ -161,7 +161,8 @@ TEST_F(SubmenusTest, ActiveWindowMustStillBeUsableWhenTheListIsBuilt) {
     }
 }
 
-// What leads to the icon is in front for a moment, when the timer ticks or when the menu opens.
+// A user reaches the tray icon through these; one may be in front when the timer ticks or the menu
+// opens.
 TEST_F(SubmenusTest, TaskbarsAndTheTrayFlyoutAreNeverTheActiveWindow) {
     for (const wchar_t* const className :
          {L"Shell_TrayWnd", L"Shell_SecondaryTrayWnd", L"NotifyIconOverflowWindow",
@@ -230,7 +231,7 @@ TEST_F(SubmenusTest, LongTitleOfTheActiveWindowIsCutWithItsPrefix) {
 
 TEST_F(SubmenusTest, TitlesAreShownUnitByUnit) {
     const std::wstring strange = L"a & b\tc && d\xD83D e\xDE00 \xFFFE\x200F";
-    // The cut parts a surrogate pair.
+    // The cut splits a surrogate pair.
     const std::wstring pairs = std::wstring(76, L'y') + L"\xD83D\xDE00\xD83D\xDE00\xD83D\xDE00";
     LoseActiveWindow();
     static_cast<void>(Sized(strange, 300, 200));

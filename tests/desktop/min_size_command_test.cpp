@@ -1,4 +1,4 @@
-// "Add / Remove (min size)": what is recorded of the window, and what the user is told.
+// "Add / Remove (min size)": what is recorded about the window, and what the user is told.
 
 #include <gtest/gtest.h>
 #include <string>
@@ -38,7 +38,7 @@ protected:
         EngineTest::TearDown();
     }
 
-    // Exactly one balloon since the last call, and it says this.
+    // Expects exactly one balloon since the last call, with this text.
     void ExpectBalloon(std::wstring_view text, DWORD kind) {
         const std::vector<TrayCall> calls = recorder_.Calls();
         recorder_.Forget();
@@ -50,7 +50,7 @@ protected:
     }
 
 private:
-    // In the taskbar's place, to see the balloons whole.
+    // Replaces the taskbar to record balloons in full.
     TrayRecorder recorder_;
     WindowOwner owner_ = MessageOnlyWindow();
 };
@@ -66,7 +66,7 @@ TEST_F(MinSizeCommandTest, SizeOfTheWindowIsRecordedAndReported) {
     Other().Place(window, 60, 50, 500, 340);
     PinWindowAtCurrentSize(window);
     ExpectBalloon(L"Minimum size set to 500 x 340.", NIIF_INFO);
-    EXPECT_EQ(ReadSettings(), WrittenSettings("Alpha\t500\t340\n")) << "never removes";
+    EXPECT_EQ(ReadSettings(), WrittenSettings("Alpha\t500\t340\n")) << "not removed";
 }
 
 TEST_F(MinSizeCommandTest, ShortPatternGetsTheSizeAndNothingIsAdded) {

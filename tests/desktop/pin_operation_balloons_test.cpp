@@ -1,4 +1,4 @@
-// What the user is told when a command could not save the list: nothing about the failure.
+// A command that cannot save the list does not report the failure.
 
 #include <gtest/gtest.h>
 #include <string>
@@ -29,7 +29,7 @@ protected:
         LoadSettings("beta\n");
         AddTrayIcon(owner_.get(), GetModuleHandleW(nullptr));
         recorder_.Forget();
-        // Everybody may read and nobody may write.
+        // Others may read but not write.
         reader_.reset(CreateFileW(SettingsPath().c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr,
                                   OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
         ASSERT_TRUE(reader_);
@@ -43,7 +43,7 @@ protected:
     [[nodiscard]] std::vector<TrayCall> Balloons() const { return recorder_.Calls(); }
 
 private:
-    // In the taskbar's place, to see the balloons whole.
+    // Replaces the taskbar to record balloons in full.
     TrayRecorder recorder_;
     WindowOwner owner_ = MessageOnlyWindow();
     FileHandle reader_;
@@ -53,7 +53,7 @@ TEST_F(FailedSaveTest, AddingAWindowIsSilent) {
     const HWND window = Window(L"Alpha");
     ToggleWindow(L"Alpha");
     EXPECT_EQ(ReadSettings(), "beta\n") << "could not be saved";
-    EXPECT_FALSE(IsTopmost(window)) << "the pass read what the file holds";
+    EXPECT_FALSE(IsTopmost(window)) << "the pass reread the file";
     EXPECT_TRUE(Balloons().empty());
 }
 
@@ -61,7 +61,7 @@ TEST_F(FailedSaveTest, RemovingAWindowIsSilent) {
     const HWND window = Window(L"Beta");
     ToggleWindow(L"Beta");
     EXPECT_EQ(ReadSettings(), "beta\n") << "could not be saved";
-    EXPECT_TRUE(IsTopmost(window)) << "the pass read what the file holds";
+    EXPECT_TRUE(IsTopmost(window)) << "the pass reread the file";
     EXPECT_TRUE(Balloons().empty());
 }
 

@@ -1,4 +1,4 @@
-// The commands that change the list: the list, the file and the windows afterwards.
+// The commands that change the list, and the list, file and windows afterwards.
 
 #include "pin/pin_operations.h"
 

@@ -1,4 +1,4 @@
-// The harness itself: starting, steering and ending the program under test.
+// Tests of the harness: starting, controlling and ending the program under test.
 
 #include <chrono>
 #include <gtest/gtest.h>

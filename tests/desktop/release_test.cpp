@@ -1,4 +1,4 @@
-// Releasing: who gets a request, who is only forgotten, and what stays as it was.
+// Releasing: which windows get a request, which are only forgotten, and what stays unchanged.
 
 #include <chrono>
 #include <functional>
@@ -32,7 +32,7 @@ TEST_F(ReleaseTest, EveryRememberedWindowIsAskedOnceToBeOrdinary) {
         EXPECT_NE(IsWindowVisible(window), FALSE);
     }
     EXPECT_TRUE(Engine().pinnedWindows.empty());
-    EXPECT_EQ(WindowSize(alpha).cx, 600) << "the size stays";
+    EXPECT_EQ(WindowSize(alpha).cx, 600) << "the size is kept";
     ReleaseAll();
     EXPECT_EQ(Asked(alpha).size(), 1U) << "nothing is remembered any more";
 }
@@ -114,7 +114,7 @@ TEST_F(ReleaseTest, HungWindowDelaysTheReleaseAndIsReleased) {
     EXPECT_FALSE(IsTopmost(window));
 }
 
-// What makes a pinned window stop qualifying.
+// A reason why a pinned window no longer qualifies.
 struct Disqualification {
     const char* name;
     std::function<void(Actor&, HWND)> apply;

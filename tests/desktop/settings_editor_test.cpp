@@ -1,4 +1,4 @@
-// "Open settings": the file is made sure of, read again, and really opened by Notepad.
+// "Open settings": the file is created if missing, reread, and actually opened in Notepad.
 
 #include "shell/settings_editor.h"
 
@@ -23,7 +23,7 @@ namespace {
 
 constexpr const wchar_t* NotepadClass = L"Notepad";
 
-// What the only text field of the window holds.
+// The content of the window's only text field.
 std::wstring TextInside(HWND window) {
     const HWND edit = FindWindowExW(window, nullptr, L"Edit", nullptr);
     std::wstring text(5000, L'\0');
@@ -57,7 +57,7 @@ protected:
         return VisibleWindowsOfClass(NotepadClass);
     }
 
-    // The only Notepad that has been started, once it shows this text; null when it does not.
+    // The only running Notepad, once it shows this text; null if it does not.
     [[nodiscard]] static HWND EditorShowing(const std::string& text) {
         const auto shows = [&text] {
             const std::vector<HWND> editors = NotepadWindows();
@@ -177,8 +177,8 @@ TEST_F(SettingsEditorTest, DirectoryInPlaceOfTheFileCountsAsExisting) {
     Engine().pinList.entries = {{.pattern = L"stale"}};
     OpenSettings();
     EXPECT_TRUE(Engine().pinList.entries.empty());
-    EXPECT_TRUE(WaitUntil([] { return NotepadWindows().size() == 1; })) << "started all the same";
-    EXPECT_NE(RemoveDirectoryW(SettingsPath().c_str()), FALSE) << "nothing was put there";
+    EXPECT_TRUE(WaitUntil([] { return NotepadWindows().size() == 1; })) << "still started";
+    EXPECT_NE(RemoveDirectoryW(SettingsPath().c_str()), FALSE) << "must still be empty";
 }
 
 TEST_F(SettingsEditorTest, WithoutASettingsPathNoEditorIsStarted) {
@@ -190,7 +190,7 @@ TEST_F(SettingsEditorTest, WithoutASettingsPathNoEditorIsStarted) {
         EXPECT_TRUE(Engine().pinList.entries.empty());
         OpenInEditor(L"");
     }
-    // An editor that those calls had started would come before, or beside, this one.
+    // An editor started by those calls would appear before this one or beside it.
     ASSERT_TRUE(WriteSettings("only one\n"));
     OpenInEditor(SettingsPath());
     EXPECT_NE(EditorShowing("only one\n"), nullptr);

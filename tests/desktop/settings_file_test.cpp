@@ -1,4 +1,4 @@
-// The settings file on a real disk, in the hands of other programs too.
+// The settings file on a real disk, with other programs using it as well.
 
 #include "settings/settings_file.h"
 
@@ -32,7 +32,7 @@ protected:
 
     [[nodiscard]] const std::wstring& Path() const { return path_; }
 
-    // As another program that has the file open.
+    // Holds the file open as another program would.
     [[nodiscard]] FileHandle Hold(DWORD access, DWORD sharing) const {
         return FileHandle(CreateFileW(path_.c_str(), access, sharing, nullptr, OPEN_EXISTING,
                                       FILE_ATTRIBUTE_NORMAL, nullptr));
@@ -55,7 +55,7 @@ void ExpectDefault(const PinList& list) {
     EXPECT_TRUE(list.entries.empty());
 }
 
-// Whether the file that a test wrote as ListOf(pattern) is read as such.
+// Expects to read the list that a test wrote as ListOf(pattern).
 void ExpectRead(const std::wstring& path, const std::wstring& pattern) {
     const PinList list = ReadSettingsFile(path);
     EXPECT_FALSE(list.pinning);
@@ -104,7 +104,7 @@ TEST_F(SettingsFileTest, ShorterContentReplacesTheWholeFile) {
     EXPECT_EQ(ReadFileBytes(Path()), WrittenSettings(""));
 }
 
-// As long as wanted, with the entry of "notes" at the very end.
+// A text of the given size, with the entry "notes" at the very end.
 std::string TextOfSize(std::size_t size) {
     constexpr std::string_view Settings = "\n@pinning=off\nnotes\t0\t600";
     return std::string(size - Settings.size(), '#').append(Settings);
@@ -192,14 +192,15 @@ BOOL WINAPI ReadFewBytes(HANDLE file, LPVOID bytes, DWORD size, LPDWORD read,
     return originalReadFile(file, bytes, std::min(size, Few), read, overlapped);
 }
 
-// Delivers a few bytes, and then no more.
+// Delivers a few bytes and fails.
 BOOL WINAPI ReadHalf(HANDLE file, LPVOID bytes, DWORD size, LPDWORD read, LPOVERLAPPED overlapped) {
     ReadFewBytes(file, bytes, size, read, overlapped);
     SetLastError(ERROR_CRC);
     return FALSE;
 }
 
-// The end comes with the second read, and more behind it. Not for ever, whoever goes on.
+// The second read reports the end of the file, although later reads would deliver more. Fails in
+// the end, so that a reader that ignores the end does not loop forever.
 BOOL WINAPI ReadBeyondTheEnd(HANDLE file, LPVOID bytes, DWORD size, LPDWORD read,
                              LPOVERLAPPED overlapped) {
     ++reads;
@@ -210,7 +211,7 @@ BOOL WINAPI ReadBeyondTheEnd(HANDLE file, LPVOID bytes, DWORD size, LPDWORD read
     return reads < 4 ? ReadFewBytes(file, bytes, size, read, overlapped) : FALSE;
 }
 
-// Another program appends to the file between two reads.
+// Appends to the file between two reads, as another program could.
 BOOL WINAPI ReadWhileItGrows(HANDLE file, LPVOID bytes, DWORD size, LPDWORD read,
                              LPOVERLAPPED overlapped) {
     const BOOL result = originalReadFile(file, bytes, size, read, overlapped);
@@ -237,7 +238,7 @@ TEST_F(SettingsFileTest, ShortReadIsNotTheEnd) {
 
 TEST_F(SettingsFileTest, FileThatGrowsWhileItIsReadIsReadToTheEnd) {
     ASSERT_TRUE(WriteFileBytes(Path(), "#\n"));
-    // The first is more than one read takes.
+    // The first text is longer than a single read.
     toBeAppended = {std::string(100'000, '#') + "\n", "@pinning=0\n", "notes\t0\t600\n"};
     const ImportPatch<decltype(&ReadFile)> disk("ReadFile", ReadWhileItGrows);
     originalReadFile = disk.Original();
@@ -310,7 +311,7 @@ TEST_F(SettingsFileTest, FileHeldOpenByAWriterIsReadAndRewritten) {
     ExpectRead(Path(), L"notes");
     ASSERT_TRUE(WriteSettingsFile(Path(), ListOf(L"other")));
     ExpectRead(Path(), L"other");
-    // Rewritten in place: the editor's handle still belongs to the file.
+    // Rewritten in place: the editor's handle still refers to the file.
     std::string seen(1000, '\0');
     DWORD count = 0;
     ASSERT_NE(::ReadFile(editor.get(), seen.data(), 1000, &count, nullptr), FALSE);
@@ -320,7 +321,7 @@ TEST_F(SettingsFileTest, FileHeldOpenByAWriterIsReadAndRewritten) {
 
 decltype(&CreateFileW) originalCreateFile = nullptr;
 
-// Refuses to open read-only files for writing.
+// Refuses to open read-only files for writing, as on Windows.
 HANDLE WINAPI OpenAsWindowsDoes(LPCWSTR path, DWORD access, DWORD share,
                                 LPSECURITY_ATTRIBUTES security, DWORD disposition, DWORD flags,
                                 HANDLE pattern) {
@@ -338,7 +339,7 @@ TEST_F(SettingsFileTest, ReadOnlyFileIsReadAndNotWritten) {
     ASSERT_NE(SetFileAttributesW(Path().c_str(), FILE_ATTRIBUTE_READONLY), FALSE);
     ExpectRead(Path(), L"notes");
     {
-        // Wine leaves the attribute to the host, which lets its administrator write all the same.
+        // Wine leaves the attribute to the host, where root may still write.
         const ImportPatch<decltype(&CreateFileW)> windows("CreateFileW", OpenAsWindowsDoes);
         originalCreateFile = windows.Original();
         EXPECT_FALSE(WriteSettingsFile(Path(), PinList{}));
@@ -370,10 +371,10 @@ TEST_F(SettingsFileTest, LeavesNoHandleAndNoOtherFileBehind) {
     ExpectRead(Path(), L"notes");
     {
         const FileHandle sole = Hold(GENERIC_READ | GENERIC_WRITE, 0);
-        EXPECT_TRUE(sole) << "an open handle would forbid this";
+        EXPECT_TRUE(sole) << "a leaked handle would prevent this";
     }
     EXPECT_NE(DeleteFileW(Path().c_str()), FALSE);
-    EXPECT_NE(RemoveDirectoryW(DataFolder().c_str()), FALSE) << "a second file would forbid this";
+    EXPECT_NE(RemoveDirectoryW(DataFolder().c_str()), FALSE) << "a second file would prevent this";
 }
 
 }  // namespace

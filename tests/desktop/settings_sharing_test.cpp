@@ -1,5 +1,5 @@
-// The settings file in states in which editors leave it: about to be deleted, hidden, with line
-// ends and control bytes of all kinds.
+// The settings file as editors may leave it: about to be deleted, hidden, with any kind of line
+// endings and control bytes.
 
 #include <gtest/gtest.h>
 #include <string>
@@ -24,7 +24,7 @@ protected:
 
 const PinList OtherList{.pinning = true, .entries = {{.pattern = L"other"}}};
 
-// Such a holder lets in only those who share the right to delete as well.
+// A handle with DELETE access admits only openers that share deletion too.
 TEST_F(SettingsSharingTest, FileHeldForDeletionIsReadAndWritten) {
     const FileHandle holder(CreateFileW(SettingsPath().c_str(), GENERIC_READ | DELETE,
                                         FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
@@ -33,7 +33,7 @@ TEST_F(SettingsSharingTest, FileHeldForDeletionIsReadAndWritten) {
     const FileHandle withoutSharing(CreateFileW(SettingsPath().c_str(), GENERIC_READ,
                                                 FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
                                                 OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
-    EXPECT_FALSE(withoutSharing) << "the holder proves nothing";
+    EXPECT_FALSE(withoutSharing) << "or the holder would prove nothing";
     const PinList read = ReadSettingsFile(SettingsPath());
     ASSERT_EQ(read.entries.size(), 1U);
     EXPECT_EQ(read.entries[0].pattern, L"notes");
@@ -44,7 +44,7 @@ TEST_F(SettingsSharingTest, FileHeldForDeletionIsReadAndWritten) {
 TEST_F(SettingsSharingTest, HiddenFileIsWrittenAndStaysHidden) {
     ASSERT_NE(SetFileAttributesW(SettingsPath().c_str(), FILE_ATTRIBUTE_HIDDEN), FALSE);
     if ((GetFileAttributesW(SettingsPath().c_str()) & FILE_ATTRIBUTE_HIDDEN) == 0) {
-        GTEST_SKIP() << "this file system hides nothing";
+        GTEST_SKIP() << "this file system has no hidden files";
     }
     EXPECT_EQ(ReadSettingsFile(SettingsPath()).entries.size(), 1U);
     EXPECT_TRUE(WriteSettingsFile(SettingsPath(), OtherList));

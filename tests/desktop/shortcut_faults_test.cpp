@@ -1,4 +1,4 @@
-// The shortcut when the shell's own object refuses a step of its making.
+// Installing the shortcut when the shell link object refuses a step.
 
 #include <array>
 #include <cstddef>
@@ -17,7 +17,7 @@ enum class Step { Create, SetPath, SetDescription, QueryInterface, Save, None };
 constexpr Step AllSteps[] = {Step::Create,         Step::SetPath, Step::SetDescription,
                              Step::QueryInterface, Step::Save,    Step::None};
 
-// Which step of the running test fails, how many have been taken, and how many references are held.
+// The step that fails, the number of steps taken, and the number of references held.
 struct Scene {
     Step failing = Step::None;
     int steps = 0;
@@ -32,7 +32,7 @@ HRESULT Take(Step step) {
     return step == scene.failing ? E_ACCESSDENIED : S_OK;
 }
 
-// Places in the tables of functions, as the interfaces order them.
+// Indexes in the function tables, in the order of the interfaces.
 constexpr std::size_t QueryInterfacePlace = 0;
 constexpr std::size_t ReleasePlace = 2;
 constexpr std::size_t LinkSetDescriptionPlace = 7;
@@ -41,8 +41,8 @@ constexpr std::size_t LinkPlaces = 21;
 constexpr std::size_t FileSavePlace = 6;
 constexpr std::size_t FilePlaces = 9;
 
-// What an object of the shell is in memory: the address of its table of functions. Only those that
-// the program calls are filled in.
+// The memory layout of a COM object: the address of its function table. The table has only the
+// functions that the program calls.
 template <std::size_t Size>
 struct ShellObject {
     const std::array<void*, Size>* functions;
@@ -70,7 +70,7 @@ ULONG STDMETHODCALLTYPE Release(void* /*object*/) {
     return static_cast<ULONG>(--scene.references);
 }
 
-// The object when the step succeeds, with a reference for the caller.
+// Returns the object, with a reference for the caller, if the step succeeds.
 template <typename Object>
 HRESULT HandOut(Step step, Object& object, void** result) {
     const HRESULT answer = Take(step);
@@ -119,7 +119,7 @@ TEST(ShortcutFaultsTest, EveryRefusedStepFailsTheInstallationAndKeepsNoReference
         scene.failing = failing;
         const bool isWhole = failing == Step::None;
         EXPECT_EQ(InstallStartupShortcut(), isWhole) << steps;
-        // None is taken after the one that failed.
+        // No step follows the failed one.
         EXPECT_EQ(scene.steps, isWhole ? steps : ++steps);
         EXPECT_EQ(scene.references, 0) << steps;
     }

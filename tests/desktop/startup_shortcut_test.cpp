@@ -1,4 +1,4 @@
-// The shortcut in the real Startup folder of the session, read back with the shell's own object.
+// The shortcut in the session's real Startup folder, read back through the shell.
 
 #include "shell/startup_shortcut.h"
 
@@ -25,7 +25,7 @@
 namespace morvane::test {
 namespace {
 
-// A shortcut that cannot be read fails the test and is empty.
+// Fails the test and returns an empty shortcut if it cannot be read.
 Shortcut ShortcutAt(const std::wstring& path) {
     const std::optional<Shortcut> shortcut = ReadShortcut(path);
     EXPECT_TRUE(shortcut.has_value());
@@ -99,12 +99,12 @@ TEST_F(StartupShortcutTest, DescriptionIsInTheLanguageOfTheInstallation) {
 
 TEST_F(StartupShortcutTest, SecondInstallationOverwritesTheFirst) {
     ASSERT_TRUE(WriteFileBytes(StartupShortcut(), std::string(5000, 'x')));
-    EXPECT_TRUE(IsStartupEnabled()) << "content is not looked at";
+    EXPECT_TRUE(IsStartupEnabled()) << "the content is ignored";
     EXPECT_TRUE(InstallStartupShortcut());
     EXPECT_TRUE(InstallStartupShortcut());
     EXPECT_EQ(ShortcutAt(StartupShortcut()).target, OwnPath());
     RemoveStartupShortcut();
-    EXPECT_NE(RemoveDirectoryW(StartupFolder().c_str()), FALSE) << "there was only one file";
+    EXPECT_NE(RemoveDirectoryW(StartupFolder().c_str()), FALSE) << "must be empty now";
     EXPECT_NE(CreateDirectoryW(StartupFolder().c_str(), nullptr), FALSE);
 }
 
@@ -177,7 +177,7 @@ TEST_F(StartupShortcutTest, WithoutAStartupFolderThereIsNoPath) {
     RemoveStartupShortcut();
 }
 
-// The menu command, with the balloons that it shows.
+// The menu command and its balloons.
 class StartupToggleTest : public StartupShortcutTest {
 protected:
     void SetUp() override {

@@ -43,7 +43,7 @@ protected:
     }
 
 private:
-    // Empty where the test is skipped: there the setting is the user's own.
+    // Empty if the test is skipped: the setting is then the user's own.
     std::optional<AppThemeSetting> setting_;
     WindowOwner dialog_;
 };
@@ -203,7 +203,7 @@ TEST_F(ThemeTest, ReleaseDeletesTheFontAndTheBrush) {
     EXPECT_EQ(GetObjectType(font), 0U);
     EXPECT_EQ(GetObjectType(brush), 0U);
     ReleaseTheme(theme);
-    EXPECT_FALSE(theme.font || theme.brush) << "an empty one stays empty";
+    EXPECT_FALSE(theme.font || theme.brush) << "an empty theme stays empty";
 }
 
 }  // namespace

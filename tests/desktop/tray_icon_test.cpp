@@ -1,4 +1,4 @@
-// The tray icon and its balloons: as the taskbar is told of them, and as it shows them.
+// The tray icon and its balloons: what the taskbar is told, and what it shows.
 
 #include "ui/tray_icon.h"
 
@@ -19,7 +19,7 @@
 namespace morvane::test {
 namespace {
 
-// A window for the icon to belong to; takes the icon away in the end.
+// Provides a window for the icon; the destructor removes the icon.
 class IconOwner {
 public:
     IconOwner() = default;
@@ -48,7 +48,7 @@ void ExpectAddition(const TrayCall& call, HWND window) {
     EXPECT_EQ(call.timeout, 0U);
     EXPECT_EQ(call.infoTitle, L"");
     EXPECT_EQ(call.infoFlags, 0U);
-    // This program has no icon of its own: the system's serves.
+    // This program has no icon of its own, so the system's is used.
     EXPECT_GT(call.iconWidth, 0);
     EXPECT_GT(call.iconHeight, 0);
 }
@@ -145,7 +145,7 @@ TEST(TrayIconTest, BalloonTextsAreCut) {
     }
 }
 
-// What has been copied into a field, and of how many units.
+// The text copied into a field, and the field's size in units.
 using Copy = std::pair<std::wstring, int>;
 std::vector<Copy> copies;
 decltype(&lstrcpynW) originalCopy = nullptr;
@@ -170,7 +170,7 @@ TEST(TrayIconTest, TextsFillTheirFieldsToTheEnd) {
 
 using IconRequest = std::pair<HINSTANCE, ULONG_PTR>;
 
-// In place of the shell and of the loading of icons: what they answer, and what they are asked.
+// Replaces the shell and the loading of icons: their answers, and the calls they received.
 struct TrayScene {
     bool hasOwnIcon = true;
     int refusals = 0;

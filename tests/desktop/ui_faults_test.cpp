@@ -1,4 +1,4 @@
-// Menu, dialog and texts when the platform refuses a part of them: the rest is there.
+// Menu, dialog and texts when the platform refuses part of them: the rest still works.
 
 #include <array>
 #include <bit>
@@ -116,7 +116,7 @@ TEST_F(AboutFaultsTest, DialogOpensWithoutTheOptionalLibraryFunctions) {
 // Never chosen, light, dark.
 constexpr std::optional<DWORD> ThemeSettings[] = {std::nullopt, 1, 0};
 
-// A window and what is set for it, in words.
+// A window and the setting it gets, in words.
 using ThemeRequest = std::pair<HWND, std::wstring>;
 std::vector<ThemeRequest> themeRequests;
 
@@ -193,7 +193,7 @@ TEST_F(AboutFaultsTest, TitleBarIsToldOfTheThemeOncePerOpening) {
     }
 }
 
-// As before its creation has got so far.
+// As in the messages that arrive before the record is set.
 TEST_F(AboutFaultsTest, WithoutItsRecordTheDialogLeavesItsColoursToTheSystem) {
     AppThemeSetting::Set(0);
     OpenAndLook([](HWND dialog) {
@@ -227,7 +227,7 @@ TEST(DialogFrameFaultsTest, WindowWithUnknownPositionIsNotMoved) {
 
 constexpr std::string_view NoFunction;
 
-// A version library of our own, and how far reading gets with it.
+// A fake version library, and how far reading gets with it.
 struct VersionScene {
     DWORD size = 1;
     BOOL isRead = TRUE;
@@ -297,7 +297,7 @@ TEST(VersionFaultsTest, VersionThatCannotBeReadIsAQuestionMark) {
         {"empty version", {.versionSize = 0}, L"?"},
         {"no function for the size", {.missing = "GetFileVersionInfoSizeW"}, L"?"},
         {"no function to read", {.missing = "GetFileVersionInfoW"}, L"?"},
-        {"no function to look", {.missing = "VerQueryValueW"}, L"?"},
+        {"no function to query", {.missing = "VerQueryValueW"}, L"?"},
     };
     for (const Case& item : cases) {
         versionScene = item.scene;

@@ -14,7 +14,7 @@ namespace morvane::test {
 namespace {
 
 std::size_t CountHeapBlocks() {
-    // Taken first: a vector that grew meanwhile would count itself.
+    // An array, because a vector would add heap blocks of its own.
     std::array<HANDLE, 64> heaps{};
     const DWORD count = GetProcessHeaps(static_cast<DWORD>(heaps.size()), heaps.data());
     std::size_t blocks = 0;

@@ -5,19 +5,19 @@
 
 namespace morvane::test {
 
-// What this process holds of what runs out.
+// This process's use of limited resources.
 struct Usage {
-    std::size_t heapBlocks = 0;  // in use, of all heaps
+    std::size_t heapBlocks = 0;  // in use, in all heaps
     std::size_t pageFileBytes = 0;
-    std::size_t drawingRoom = 0;  // drawing objects that could still be made
-    std::size_t menuRoom = 0;     // menus that could still be made, in the whole session
+    std::size_t drawingRoom = 0;  // drawing objects that could still be created
+    std::size_t menuRoom = 0;     // menus that could still be created, in the whole session
 };
 
-// Drawing objects that this process could still make. Quick.
+// Drawing objects that this process could still create. Fast, unlike MeasureUsage.
 [[nodiscard]] std::size_t DrawingRoom();
 
-// Counts the room by filling it up for a moment: takes a second or two, and nobody else can make
-// a menu meanwhile.
+// Measures the room by briefly filling it up: takes a second or two, during which no other process
+// can create a menu.
 [[nodiscard]] Usage MeasureUsage();
 
 std::ostream& operator<<(std::ostream& stream, const Usage& usage);

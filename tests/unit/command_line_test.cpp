@@ -49,7 +49,7 @@ constexpr CommandLineCase CommandLines[] = {
     {L"--REMOVE-DATA", Switch::RemoveData},
     {L"--remove-database", Switch::RemoveData},
     {L"x\0--remove-data"sv, Switch::RemoveData},
-    // The first in the order of the switches, not of the words.
+    // The order of the switches decides, not the order of the words.
     {L"--remove-data --install-startup", Switch::InstallStartup},
     {L"--install-startup --remove-data", Switch::InstallStartup},
     {L"--remove-startup --install-startup", Switch::InstallStartup},

@@ -7,12 +7,12 @@
 
 #include "unit/printed.h"
 
-// What discovery decides by values alone, without a window.
+// The decisions of discovery that need no window.
 namespace morvane::test {
 
 namespace {
 
-// As the platform widens the handles that it hands out, with and without sign.
+// Handles as the platform widens them, with and without sign extension.
 constexpr std::uintptr_t Low = 0x7FFFFFFF;
 constexpr std::uintptr_t Middle = 0x80000000;
 constexpr std::uintptr_t High = 0xFFFFFFFF80000000;

@@ -14,8 +14,8 @@ struct ExpectedText {
     const wchar_t* text;
 };
 
-// Every text in every language, kept apart from the program's own table: whoever changes a text
-// changes it in both places, and a slip in one of them shows.
+// Every text in every language, independent of the program's table: a text must be changed in both
+// places, so that a slip in one of them fails a test.
 [[nodiscard]] std::span<const ExpectedText> ExpectedTexts();
 
 }  // namespace morvane::test

@@ -6,15 +6,15 @@
 #include <random>
 #include <string_view>
 
-// Generated cases, the same on every machine: a case is made from its seed alone, and a failing
-// case prints the seed.
+// Generated cases, the same on every machine: a case depends only on its seed, and a failing case
+// prints the seed.
 namespace morvane::test {
 
 class Generator {
 public:
     explicit Generator(std::uint32_t seed) : engine_(seed) {}
 
-    // From 0 to below limit. Not the standard's distributions: each library has its own.
+    // From 0 up to, but not including, limit. The standard distributions differ between libraries.
     [[nodiscard]] std::size_t Below(std::size_t limit) { return engine_() % limit; }
 
     [[nodiscard]] std::int32_t Between(std::int32_t lowest, std::int32_t highest) {

@@ -46,7 +46,7 @@ TEST(PatternMatches, FindsThePatternAnywhereInTheTitle) {
         {L"a.txt - Notepad", L"n?tepad", false},
         {L"a.txt - Notepad", L"a.txt", true},
         {L"axtxt", L"a.txt", false},
-        {L"aaab", L"aab", true},  // the search does not run past a false start
+        {L"aaab", L"aab", true},  // the search recovers from a false start
         {L"\u00C9t\u00E9", L"\u00E9t\u00E9", false},
         {L"\u00C9t\u00E9", L"\u00C9T\u00E9", true},
         {L"e\u0301", L"\u00E9", false},  // no normalisation
@@ -143,7 +143,7 @@ TEST(FindBestEntry, AgreesWithAPlainSearchOnGeneratedLists) {
         }
         const std::wstring title = anyText(10);
 
-        // From the last entry to the first, so that the earliest of equals is met last.
+        // From the last entry to the first, so that the earliest among equals is found last.
         std::int32_t expected = NoEntry;
         std::size_t longest = 1;
         for (std::size_t index = list.entries.size(); index-- > 0;) {
@@ -158,8 +158,8 @@ TEST(FindBestEntry, AgreesWithAPlainSearchOnGeneratedLists) {
     }
 }
 
-// Titles of many different units, longer than any that is read, and patterns that differ from a
-// part of the title in one unit or in nothing.
+// Titles of many different units, longer than the program ever reads, and patterns that equal a
+// part of the title or differ from it in one unit.
 TEST(FindBestEntry, FindsPartsOfLongTitlesAndNothingElse) {
     constexpr std::uint32_t ListCount = 300;
     constexpr std::size_t Longest = 700;

@@ -5,8 +5,8 @@
 
 namespace morvane::test {
 
-// The language that the program starts in when MORVANE_LANG has this value (null: is not set).
-// When it goes, the variable gets its previous value and the language is chosen anew.
+// Chooses the language as if the program were started with this MORVANE_LANG (null: not set). The
+// destructor restores the variable and chooses the language again.
 class LanguageSetting {
 public:
     explicit LanguageSetting(const wchar_t* variable);

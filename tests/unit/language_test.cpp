@@ -18,7 +18,7 @@ namespace morvane::test {
 
 namespace {
 
-// Taken before main, and thus before any test has chosen one.
+// Read before main, before any test has chosen a language.
 const Language LanguageBeforeTheChoice = CurrentLanguage();
 
 struct CodeCase {
@@ -214,7 +214,7 @@ TEST(InitLanguage, TreatsAnOverlongValueAsEnglish) {
     }
 }
 
-// What the display language stands for; a run that was started in a known one is told so.
+// The language expected for the display language; a run started in a known one is told which.
 Language DisplayLanguage() {
     const std::optional<std::wstring> told = EnvironmentVariable(L"MORVANE_TEST_DISPLAY_LANGUAGE");
     return told ? static_cast<Language>(std::stoi(*told))
@@ -229,8 +229,8 @@ TEST(InitLanguage, FollowsTheDisplayLanguageWithoutTheVariable) {
     }
 }
 
-// On the test bench a process gets its display language from LC_ALL when the host starts it. The
-// tests above run once more in such a process, which is told what to expect.
+// Under Wine a process started by the host gets its display language from LC_ALL. The tests above
+// run again in such a process, which is told what to expect.
 TEST(InitLanguageUnderAnotherDisplayLanguage, DoesTheSame) {
     std::array<wchar_t, MAX_PATH> program{};
     GetModuleFileNameW(nullptr, program.data(), program.size());

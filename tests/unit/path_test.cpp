@@ -27,7 +27,7 @@ TEST(VerbatimPath, PutsThePrefixBeforeTheNormalPath) {
         {L"\\\\s", L"\\\\?\\UNC\\s"},
         {L"//server/share/a", L"\\\\?\\UNC\\server\\share\\a"},
         {L"", L""},
-        // What has the prefix keeps it as it is.
+        // A path that already has the prefix stays unchanged.
         {L"\\\\?\\C:\\a b\\c. ", L"\\\\?\\C:\\a b\\c. "},
         {L"\\\\?\\C:\\a", L"\\\\?\\C:\\a"},
         {L"\\\\?\\UNC\\server\\share", L"\\\\?\\UNC\\server\\share"},
@@ -40,7 +40,7 @@ TEST(VerbatimPath, PutsThePrefixBeforeTheNormalPath) {
     }
 }
 
-// Of folders that do not exist; that a link is refused takes a link.
+// These folders do not exist; the rejection of links is tested with real links elsewhere.
 TEST(IsOwnDataFolder, ChecksTheNameOfTheLastFolder) {
     struct Case {
         std::wstring_view path;

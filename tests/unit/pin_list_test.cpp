@@ -7,12 +7,12 @@
 #include "pin/pin_operations.h"
 #include "unit/printed.h"
 
-// The list and those of its operations that touch neither a file nor a window.
+// The list and its operations that touch neither a file nor a window.
 namespace morvane::test {
 
 namespace {
 
-// The engine without a settings file, and as new afterwards.
+// The engine without a settings file; reset afterwards.
 class UnboundEngine : public testing::Test {
 protected:
     UnboundEngine() { Engine() = PinEngine{}; }
@@ -60,7 +60,7 @@ TEST_F(UnboundEngine, DoesNotAddATitleThatIsAlreadyAPattern) {
     Engine().pinList.entries = {{L"Notepad", 5, 6}};
     AddWindow(L"nOTEPAD");
     EXPECT_EQ(Printed(Engine().pinList), Printed({true, {{L"Notepad", 5, 6}}}));
-    // A pattern that only occurs in the title is none that equals it.
+    // A pattern that only occurs in the title does not equal it.
     AddWindow(L"a.txt - Notepad");
     EXPECT_EQ(Engine().pinList.entries.size(), 2U);
 }

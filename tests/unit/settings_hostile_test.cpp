@@ -7,7 +7,7 @@
 #include "settings/text.h"
 #include "unit/printed.h"
 
-// Files that no editor of plain text writes: nothing but a usable list may come of them.
+// Files that no text editor writes: reading them must always give a usable list.
 namespace morvane::test {
 
 namespace {
@@ -76,17 +76,17 @@ TEST(HostileSettingsText, ReadsIllFormedUtf8Leniently) {
         EXPECT_EQ(entry.minWidth, sized ? 5 : 0);
         EXPECT_EQ(entry.minHeight, sized ? 6 : 0);
     }
-    // One CR belongs to the line end; another is converted with what stands before it.
+    // One CR belongs to the line ending; another is converted with the text before it.
     EXPECT_EQ(Printed(ParseSettingsText("a\xE2\r\r\n")),
               Printed({true, {{TrimWhitespace(Utf8ToWide("a\xE2\r"))}}}));
-    // A sequence that the end of the line cuts does not reach into the next line.
+    // A sequence cut off by the end of the line does not reach into the next line.
     EXPECT_EQ(ParseSettingsText("a\xE2\x82\nb\n@pinning=0\xFF\n").entries.size(), 2U);
     EXPECT_TRUE(ParseSettingsText("@pinning=0\xFF\n").pinning);
     EXPECT_FALSE(ParseSettingsText("\xFF\n@pinning=0\n").pinning);
 }
 
 TEST(HostileSettingsText, ReadsAUtf16FileAsPatternsWithNuls) {
-    // "@pinning=0", "ab" with CR LF behind each, little-endian: every LF leaves its NUL behind.
+    // "@pinning=0" and "ab", each with CR LF, little-endian: the NUL after LF starts the next line.
     const PinList little = ParseSettingsText(
         "\xFF\xFE@\0p\0i\0n\0n\0i\0n\0g\0=\0"
         "0\0\r\0\n\0a\0b\0\r\0\n\0"sv);
@@ -124,7 +124,7 @@ TEST(HostileSettingsText, ReadsVeryLongLines) {
         {"a long number", "a 5 " + std::string(Megabyte, '9'), {true, {{L"a", 5, 8192}}}},
         {"long zeros", "a " + std::string(Megabyte, '0') + "5 6", {true, {{L"a", 5, 6}}}},
         {"a long value", "@pinning=0" + longLine, {true, {}}},
-        {"a value far off", "@pinning=" + std::string(Megabyte, '\t') + "0", {false, {}}},
+        {"a value far to the right", "@pinning=" + std::string(Megabyte, '\t') + "0", {false, {}}},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
@@ -148,7 +148,7 @@ TEST(HostileSettingsText, ReadsManyLines) {
         {"carriage returns", std::string(Megabyte, '\r'), 0, true},
         {"both", Repeated("\r\n", Many) + "x\r\n", 1, true},
         {"NUL bytes", std::string(Megabyte, '\0'), 1, true},
-        {"bytes of no meaning", Repeated("\xFF\n", Many), MaxPinEntries, true},
+        {"meaningless bytes", Repeated("\xFF\n", Many), MaxPinEntries, true},
         {"wide blanks", Repeated("\xE3\x80\x80\n", Many), 0, true},
     };
     for (const auto& c : cases) {

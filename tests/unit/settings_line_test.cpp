@@ -123,7 +123,7 @@ TEST(ParseEntryLine, ReadsALineWithASize) {
         {L"Foo 1280\v \v 720", {L"Foo", 1280, 720}},
         {L"Foo\u3000 1280\u3000 720", {L"Foo", 1280, 720}},
         {L"Foo \u30001280 \u3000720", {L"Foo", 1280, 720}},
-        // With both, where the TAB form does not fit.
+        // With both, where the TAB form does not match.
         {L"Foo\t1280 720", {L"Foo", 1280, 720}},
         {L"Foo 1280\t720", {L"Foo", 1280, 720}},
         {L"Foo\t\t1280\t720", {L"Foo", 1280, 720}},
@@ -220,7 +220,7 @@ TEST(ParseEntryLine, CutsThePatternTo512Units) {
         {std::wstring(600, L'a') + L" 5 6", {most, 5, 6}},
         {most + L" 5 6", {most, 5, 6}},
         {most + L" 5", {most, 0, 0}},
-        // The cut counts units: it may leave a blank at the end, or half a pair.
+        // The cut counts units: it may leave a trailing blank or half a surrogate pair.
         {std::wstring(511, L'a') + L" b", {std::wstring(511, L'a') + L" ", 0, 0}},
         {std::wstring(511, L'a') + L"\U0001F600", {std::wstring(511, L'a') + L"\xD83D", 0, 0}},
     };
@@ -236,7 +236,7 @@ TEST(SplitSizeSuffix, SplitsTheSizeOffUntrimmedText) {
         {L"Foo 5 6\u3000", {L"Foo", 5, 6}},
         {L"Foo 5 6\r", {L"Foo", 5, 6}},
         {L" Foo \t5\t6 ", {L"Foo", 5, 6}},
-        // Only the form with blanks insists on a pattern.
+        // Only the form with blanks requires a pattern.
         {L"\t5\t6", {L"", 5, 6}},
         {L" \t5\t6", {L"", 5, 6}},
         {L"\t 5\t6", {L"", 5, 6}},

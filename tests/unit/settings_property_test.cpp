@@ -20,7 +20,7 @@ using namespace std::string_view_literals;
 
 constexpr std::uint32_t DocumentCount = 400;
 
-// Runs a check on a generator of every seed up to count, until the first failure.
+// Runs a check with a generator for each seed up to count, until the first failure.
 template <typename Check>
 void ForEachSeed(std::uint32_t count, const Check& check) {
     for (std::uint32_t seed = 1; seed <= count && !testing::Test::HasFailure(); ++seed) {
@@ -30,7 +30,7 @@ void ForEachSeed(std::uint32_t count, const Check& check) {
     }
 }
 
-// Everything the format knows, and what it does not expect, in any order.
+// Everything in the format, and things it does not expect, in any order.
 std::string AnyDocument(Generator& generator) {
     static const std::string longText(600, 'x');
     // clang-format off
@@ -42,7 +42,7 @@ std::string AnyDocument(Generator& generator) {
         "\xFF", "\xE2", "\xEF\xBB\xBF", "\0"sv,
     };
     // clang-format on
-    // Now and then long enough for more entries than are taken.
+    // Sometimes long enough to exceed the limit on entries.
     const std::size_t partLimit = generator.Below(16) == 0 ? 1200 : 60;
     std::string document;
     for (std::size_t count = generator.Below(partLimit); count > 0; --count) {
@@ -62,7 +62,7 @@ std::int32_t AnySize(Generator& generator) {
     }
 }
 
-// A list that every reading gives back: no pattern that reads as something else.
+// A list that survives a round trip: no pattern reads as something else.
 PinList AnyKeptList(Generator& generator) {
     constexpr std::wstring_view Words[] = {L"notepad",    L"Visual Studio", L"\u00C9t\u00E9", L"x",
                                            L"\U0001F600", L"a\rb",          L"\u3000\u7A93.", L"#",
@@ -118,8 +118,8 @@ TEST(GeneratedSettings, AreWrittenAsOneLinePerEntryAndFiveMore) {
     });
 }
 
-// Patterns that read as something else change at the next reading, but every change takes
-// something away: after a few readings the file is the same for good.
+// Patterns that read as something else change at the next reading, but every change removes
+// something: after a few readings the file no longer changes.
 TEST(GeneratedSettings, SettleAfterAFewRoundTrips) {
     constexpr int Few = 20;
     ForEachSeed(DocumentCount, [&](Generator& generator) {
@@ -167,13 +167,14 @@ TEST(GeneratedSettings, ReadLineByLine) {
                 expected.entries.push_back(entry);
             }
         }
-        // The switch line between the two puts back the default that the second starts from.
+        // The switch line between the two restores the default that the second starts from.
         expected.pinning = ParseSettingsText(second).pinning;
         ASSERT_EQ(Printed(ParseSettingsText(first + "\n@pinning=1\n" + second)), Printed(expected));
     });
 }
 
-// A second opinion on entry lines, for lines with no white space but blanks and TABs: words.
+// An independent parser of entry lines whose only white space is blanks and TABs. It splits them
+// into words.
 PinEntry EntryOfWords(std::wstring_view line) {
     const auto isNumber = [](std::wstring_view word) {
         return !word.empty() && word.find_first_not_of(L"0123456789") == std::wstring_view::npos;

@@ -79,7 +79,7 @@ TEST(ParseSettingsText, CutsLinesAtLineFeeds) {
         {"a\r\nb\r\n", {true, {{L"a"}, {L"b"}}}},
         {"a\r\nb\r", {true, {{L"a"}, {L"b"}}}},
         {"a\nb\r\nc", {true, {{L"a"}, {L"b"}, {L"c"}}}},
-        {"a\rb\n", {true, {{L"a\rb"}}}},  // a CR inside a line ends nothing
+        {"a\rb\n", {true, {{L"a\rb"}}}},  // a CR inside a line does not end it
         {"a\rb\rc\r", {true, {{L"a\rb\rc"}}}},
         {"\ra\n", {true, {{L"a"}}}},
         {"a\vb\fc\n", {true, {{L"a\vb\fc"}}}},
@@ -136,7 +136,7 @@ TEST(ParseSettingsText, ReadsUtf8) {
                 {true, {{L"\u00E9t\u00E9", 5, 6}, {L"\u7A93"}, {L"\U0001F600", 7, 8}}}});
 }
 
-// The mark is trimmed only where the platform classes it as white space.
+// The mark is trimmed only if the platform classifies it as white space.
 TEST(ParseSettingsText, DoesNotRecogniseAByteOrderMark) {
     const std::wstring mark = IsWhiteSpace(L'\uFEFF') ? L"" : L"\uFEFF";
     ExpectList({"\xEF\xBB\xBF# note\n@pinning=0\na\n", {false, {{mark + L"# note"}, {L"a"}}}});
@@ -222,7 +222,7 @@ TEST(FormatSettingsText, WritesOneLinePerEntry) {
         {{L"Notes", 600, 0}, "Notes\t600\t0\n"},
         {{L"Notes", 1, 1}, "Notes\t1\t1\n"},
         {{L"Notes", 8192, 8192}, "Notes\t8192\t8192\n"},
-        // Sizes that only a list made otherwise can hold.
+        // Sizes that never come from a file.
         {{L"Notes", -5, -6}, "Notes\n"},
         {{L"Notes", -5, 0}, "Notes\n"},
         {{L"Notes", -5, 10}, "Notes\t-5\t10\n"},
@@ -273,7 +273,7 @@ TEST(SettingsText, IsNormalisedByReadingAndWriting) {
                   std::string(512, 'x') + "\n# note\n");
 }
 
-// The format has no escape: what a pattern says in its own line is what the next reading takes.
+// The format has no escape: the next reading takes a pattern's line at face value.
 TEST(SettingsText, DoesNotKeepPatternsThatReadAsSomethingElse) {
     struct Case {
         PinEntry written;

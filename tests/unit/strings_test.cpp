@@ -16,7 +16,7 @@ namespace {
 
 using namespace std::string_view_literals;
 
-// A code for each language, in the order of the languages.
+// A code for each language, in the order of the enumeration.
 constexpr const wchar_t* LanguageCodes[LanguageCount] = {
     L"en-us", L"ja-jp", L"zh-cn", L"zh-tw", L"ko-kr",
     L"es-es", L"fr-fr", L"de-de", L"pt-br", L"ru-ru",

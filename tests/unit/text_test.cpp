@@ -21,7 +21,7 @@ using namespace std::string_view_literals;
 constexpr wchar_t Replacement = L'\uFFFD';
 constexpr std::uint32_t UnitCount = 0x10000;
 
-// A length that a conversion to int turns into 3.
+// A length that becomes 3 when converted to int.
 constexpr std::size_t BeyondInt = (std::size_t{1} << 32U) + 3;
 
 struct SameTextCase {
@@ -57,17 +57,17 @@ TEST(Utf8ToWide, ConvertsWellFormedText) {
     }
 }
 
-// With the text that is left without replacements: how many of them an ill-formed sequence becomes
-// is the platform's affair.
+// The expected text leaves out the replacement characters: their number per ill-formed sequence
+// depends on the platform.
 constexpr SameTextCase IllFormedTexts[] = {
-    {"\xFF", L""},                  // no byte of any sequence
+    {"\xFF", L""},                  // never valid
     {"\x80", L""},                  // a continuation alone
     {"a\xFF(b", L"a(b"},            //
     {"a\xC3(b", L"a(b"},            // a first byte without its continuation
     {"ab\xC3", L"ab"},              // cut off at the end
     {"ab\xE2\x82", L"ab"},          //
     {"ab\xF0\x9F\x98", L"ab"},      //
-    {"(\xC0\xAF)", L"()"},          // longer than need be
+    {"(\xC0\xAF)", L"()"},          // overlong
     {"(\xE0\x80\xAF)", L"()"},      //
     {"(\xED\xA0\x80)", L"()"},      // a surrogate
     {"(\xF4\x90\x80\x80)", L"()"},  // beyond U+10FFFF
@@ -96,11 +96,11 @@ TEST(Utf8ToWideIntoABuffer, KeepsNothingOfEarlierTexts) {
     for (const SameTextCase& c : SameTexts) {
         expect(c.bytes, c.text);
     }
-    // Longer than the buffer, then shorter than what lies in it, then longer still.
+    // Longer than the buffer, then shorter than its content, then longer again.
     for (const std::size_t length : {600U, 3U, 511U, 512U, 513U, 5000U, 1U, 0U}) {
         expect(std::string(length, 'x'), std::wstring(length, L'x'));
     }
-    // Each byte its own replacement: as many units as bytes.
+    // Each byte gets its own replacement: as many units as bytes.
     expect(std::string(9000, '\xFF'), std::wstring(9000, Replacement));
     expect({"abc", BeyondInt}, L"");
 }
@@ -137,7 +137,7 @@ TEST(Conversions, KeepEveryCharacterOfTheBasicPlane) {
             text += static_cast<wchar_t>(unit);
         }
     }
-    // One byte up to 7F, two up to 7FF, three for the rest without the surrogates.
+    // One byte up to 7F, two up to 7FF, three for the rest, surrogates excluded.
     const std::string bytes = WideToUtf8(text);
     EXPECT_EQ(bytes.size(), 0x80U + 2U * 0x780U + 3U * (0xF800U - 0x800U));
     EXPECT_TRUE(Utf8ToWide(bytes) == text);
@@ -229,7 +229,7 @@ TEST(EqualsIgnoreCase, ComparesUnitByUnitWithoutAsciiCase) {
         {L"off", L"of", false},
         {L"of", L"off", false},
         {L"off", L"of ", false},
-        {L"@[`{", L"`{@[", false},  // the neighbours of the letters
+        {L"@[`{", L"`{@[", false},  // next to the letters
         {L"@", L"`", false},
         {L"[", L"{", false},
         {L"Stra\u00DFe", L"STRASSE", false},
