@@ -179,7 +179,7 @@ void PrintResult(const Workplace& workplace, std::uint64_t done, Clock::time_poi
         const std::string row = "| Fuzzing | " + std::to_string(done) + " documents, first seed " +
                                 std::to_string(options.seed) + " | " +
                                 std::to_string(std::llround(SecondsSince(start))) +
-                                " s | 0 failures |\n";
+                                " s, 0 failures |\n";
         if (!WriteFileBytes(options.reportPath, row)) {
             std::printf("cannot write the report\n");
         }

@@ -16,28 +16,28 @@ namespace {
 
 constexpr std::size_t JournalLength = 30;
 constexpr std::uint64_t ForgetInterval = 60;  // steps
-constexpr int Looks = 3;
+constexpr int MaxChecks = 3;
 constexpr int FirstWindows = 6;
 
-// How many passes more than promised an order may need: at once, and in the whole run so many and
-// one in so many steps.
-constexpr int RepairAttempts = 4;
-constexpr std::uint64_t FreeRepairs = 8;
-constexpr std::uint64_t StepsPerRepair = 100;
+// How many extra passes an order may need: per check, and in the whole run (a fixed number, plus
+// one per so many steps).
+constexpr int MaxExtraPasses = 4;
+constexpr std::uint64_t FreeExtraPasses = 8;
+constexpr std::uint64_t StepsPerExtraPass = 100;
 
-// The same for a second look, which the program's own timer can make necessary.
-constexpr std::uint64_t FreeLooks = 8;
-constexpr std::uint64_t StepsPerLook = 20;
+// The same for repeated checks, which the program's own timer can make necessary.
+constexpr std::uint64_t FreeRepeats = 8;
+constexpr std::uint64_t StepsPerRepeat = 20;
 
 constexpr int JudgingRounds = 12;
 constexpr int JudgingAttempts = 36;
 
-// How often an order may stay wrong though the requests are right: seen once in some thousand
+// How often an order may stay wrong though the requests are right. Seen once in several thousand
 // steps, and only on a busy machine.
-constexpr std::uint64_t FreeOrdersOfTheSystem = 1;
-constexpr std::uint64_t StepsPerOrderOfTheSystem = 5'000;
+constexpr std::uint64_t FreeWrongOrders = 1;
+constexpr std::uint64_t StepsPerWrongOrder = 5'000;
 
-// One more than the program needs: passes are cheap, looks are not.
+// One pass would do for the program, but passes are cheap and checks are not.
 constexpr int PassCounts[] = {1, 1, 2, 3, 5, 8, 12, 20, 30};
 
 std::vector<Step> AllSteps() {
@@ -62,20 +62,19 @@ const Step& AnyStep(Generator& generator) {
     return steps.front();
 }
 
-// The program's own timer goes on: a look can fall into one of its passes, where a window has been
-// raised already and the one that belongs above it has not. What is really wrong is so at each look
-// with no pass under way.
-std::string LookAgainAndAgain(Churn& churn, std::string (*look)(const Model&)) {
-    std::string difference = look(churn.model);
-    for (int again = 1; again < Looks && !difference.empty(); ++again) {
-        ++churn.counts.secondLooks;
+// A check can fall into a pass of the program's own timer, which has raised one window but not yet
+// the one above it. A real difference is still there when no pass is running.
+std::string CheckRepeatedly(Churn& churn, std::string (*check)(const Model&)) {
+    std::string difference = check(churn.model);
+    for (int again = 1; again < MaxChecks && !difference.empty(); ++again) {
+        ++churn.counts.repeatedChecks;
         churn.driver->WaitForQueue();
-        difference = look(churn.model);
+        difference = check(churn.model);
     }
     return difference;
 }
 
-// What the windows record of every request would fill the memory of their processes.
+// The windows record every request, which would fill the memory of their processes.
 void ForgetRecords(Churn& churn) {
     for (const ModelWindow& window : churn.model.windows) {
         churn.actors.at(window.actor).ForgetRecords(window.window);
@@ -95,9 +94,9 @@ std::vector<LONGLONG> TopmostRequestTimes(Churn& churn, HWND window) {
 
 enum class Round : std::uint8_t { Right, Wrong, MetTheTimer };
 
-// Whether one more pass asks the windows in the order in which they have to end, the highest last.
-// Every pass asks each of them once: a window that has been asked twice tells of a pass of the
-// program's own timer meanwhile, whose requests cannot be told from ours.
+// Whether one more pass asks the windows in the right order, the highest last. A pass asks each
+// window once; if one was asked twice, a pass of the program's own timer came in between, and the
+// two cannot be told apart.
 Round JudgeRound(Churn& churn) {
     ForgetRecords(churn);
     RunPasses(churn, 1);
@@ -117,8 +116,8 @@ Round JudgeRound(Churn& churn) {
     return verdict;
 }
 
-// An order that stays wrong is the program's fault when its requests come in a wrong one, be it
-// once; and when they cannot be judged.
+// An order that stays wrong is the program's fault if any pass makes its requests in the wrong
+// order, or if they cannot be judged.
 std::string FaultOfTheProgram(Churn& churn) {
     int right = 0;
     for (int attempt = 0; attempt < JudgingAttempts && right < JudgingRounds; ++attempt) {
@@ -127,59 +126,60 @@ std::string FaultOfTheProgram(Churn& churn) {
                 ++right;
                 break;
             case Round::Wrong:
-                return "  a pass asks the windows in a wrong order\n";
+                return "  a pass makes its requests in the wrong order\n";
             case Round::MetTheTimer:
                 break;
         }
     }
-    return right < JudgingRounds ? "  too many passes ask a window more than once\n" : "";
+    return right < JudgingRounds ? "  too many judged passes ran into the program's own timer\n"
+                                 : "";
 }
 
-// Empty when the program has asked in the right order, and not too many orders have come out wrong
-// all the same.
+// Empty if the program made its requests in the right order and few enough orders have come out
+// wrong despite that.
 std::string JudgeOrder(Churn& churn, const std::string& difference) {
     const std::string fault = FaultOfTheProgram(churn);
     if (!fault.empty()) {
         return difference + fault;
     }
-    const std::uint64_t allowed =
-        FreeOrdersOfTheSystem + churn.counts.steps / StepsPerOrderOfTheSystem;
-    ++churn.counts.ordersOfTheSystem;
-    return churn.counts.ordersOfTheSystem > allowed
-               ? difference + "  and too many orders have come out wrong before\n"
+    const std::uint64_t allowed = FreeWrongOrders + churn.counts.steps / StepsPerWrongOrder;
+    ++churn.counts.wrongOrdersDespiteRightRequests;
+    return churn.counts.wrongOrdersDespiteRightRequests > allowed
+               ? difference +
+                     "  and too many orders have come out wrong before, despite right requests\n"
                : "";
 }
 
-// The system raises a window too when it activates it, after another has gone or a menu has closed,
-// and it does so a little later: in the middle of the last pass, it may be. A further pass puts
-// that right; on a busy machine the same may happen to that one.
-std::string LookAtOrder(Churn& churn) {
-    std::string difference = LookAgainAndAgain(churn, OrderDifference);
-    for (int repair = 0; repair < RepairAttempts && !difference.empty(); ++repair) {
+// The system raises a window when it activates it, shortly after another window or a menu is gone,
+// and this can fall into the last pass. Another pass puts it right, unless the same happens to that
+// one on a busy machine.
+std::string CheckOrder(Churn& churn) {
+    std::string difference = CheckRepeatedly(churn, OrderDifference);
+    for (int extra = 0; extra < MaxExtraPasses && !difference.empty(); ++extra) {
         RunPasses(churn, 1);
-        ++churn.counts.repairPasses;
-        difference = LookAgainAndAgain(churn, OrderDifference);
+        ++churn.counts.extraPasses;
+        difference = CheckRepeatedly(churn, OrderDifference);
     }
     if (!difference.empty()) {
         difference = JudgeOrder(churn, difference);
     }
     if (difference.empty() &&
-        churn.counts.repairPasses > FreeRepairs + churn.counts.steps / StepsPerRepair) {
-        return "  the order needed another pass too often\n";
+        churn.counts.extraPasses > FreeExtraPasses + churn.counts.steps / StepsPerExtraPass) {
+        return "  the order needed too many extra passes\n";
     }
     return difference;
 }
 
 }  // namespace
 
-std::string Look(Churn& churn) {
-    std::string difference = LookAgainAndAgain(churn, WindowDifferences);
+std::string CheckModel(Churn& churn) {
+    std::string difference = CheckRepeatedly(churn, WindowDifferences);
     if (difference.empty()) {
-        difference = LookAtOrder(churn);
+        difference = CheckOrder(churn);
     }
     if (difference.empty() &&
-        churn.counts.secondLooks > FreeLooks + churn.counts.steps / StepsPerLook) {
-        return "  another look was needed too often\n";
+        churn.counts.repeatedChecks > FreeRepeats + churn.counts.steps / StepsPerRepeat) {
+        return "  too many checks were repeated\n";
     }
     return difference;
 }
@@ -233,7 +233,7 @@ std::string RunStep(Churn& churn) {
         churn.journal.pop_front();
     }
     ++churn.counts.steps;
-    wrong = Look(churn);
+    wrong = CheckModel(churn);
     if (wrong.empty()) {
         wrong = churn.settings.Difference();
     }
@@ -245,14 +245,14 @@ std::string RunStep(Churn& churn) {
 
 std::string RunQuietStep(Churn& churn) {
     RunPasses(churn, 1);
-    return Look(churn);
+    return CheckModel(churn);
 }
 
 void Note(Churn& churn, const std::string& line) {
     churn.journal.back() += " " + line;
 }
 
-// Who asked for what last: the program's requests have the flags 53 and 54.
+// The program's own requests have the flags 53 and 54 (hexadecimal).
 std::string LastRequests(Churn& churn) {
     constexpr std::size_t Enough = 6;
     std::string text;

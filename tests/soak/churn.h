@@ -1,8 +1,8 @@
 #pragma once
 
-// Disturbs the program step by step: with windows of other processes, with its settings file and
-// with its own commands, and predicts with the model what has to come of it. The steps are chosen
-// by the seed and the model alone, so that a seed repeats them.
+// Changes the windows around the program, its settings file and its state one step at a time, and
+// predicts the result with the model. Only the seed and the model determine the steps, so a seed
+// repeats them.
 
 #include <array>
 #include <cstdint>
@@ -23,10 +23,10 @@ struct ChurnCounts {
     std::uint64_t menus = 0;
     std::uint64_t abouts = 0;
     std::uint64_t hangs = 0;
-    std::uint64_t refusedAdditions = 0;  // to a list without room
-    std::uint64_t secondLooks = 0;
-    std::uint64_t repairPasses = 0;
-    std::uint64_t ordersOfTheSystem = 0;
+    std::uint64_t refusedAdditions = 0;  // to a full list
+    std::uint64_t repeatedChecks = 0;
+    std::uint64_t extraPasses = 0;
+    std::uint64_t wrongOrdersDespiteRightRequests = 0;
 };
 
 struct Churn {
@@ -39,25 +39,25 @@ struct Churn {
     Model model;
     SettingsOnDisk settings;
     std::array<Actor, ActorCount> actors;
-    std::vector<HWND> owners;  // one of each actor, never visible, for windows that get an owner
+    std::vector<HWND> owners;  // one per actor, never visible
     ChurnCounts counts;
     std::deque<std::string> journal;  // the last steps
 };
 
-// The owners and the first windows; the settings file that the first start has written.
+// Creates the owners and the first windows. Expects the settings file that the first start wrote.
 void BeginChurn(Churn& churn);
 
-// One disturbance, at least one whole pass after it, and a look at everything. Empty, or what
-// differs from the model.
+// Makes one change, runs at least one whole pass and checks everything. Returns the differences
+// from the model; empty if there are none.
 [[nodiscard]] std::string RunStep(Churn& churn);
 
-// One pass and a look, with nothing disturbed.
+// The same without a change.
 [[nodiscard]] std::string RunQuietStep(Churn& churn);
 
-// What differs from the model, or nothing.
-[[nodiscard]] std::string Look(Churn& churn);
+// The differences from the model; empty if there are none.
+[[nodiscard]] std::string CheckModel(Churn& churn);
 
-// A line for the journal.
+// Appends to the journal's last line.
 void Note(Churn& churn, const std::string& line);
 
 // The last steps, the windows and the file.

@@ -17,12 +17,12 @@
 namespace morvane::test {
 namespace {
 
-// A file that is open at the moment, and an event or two of the runtime.
+// A file that happens to be open, and an event or two of the runtime.
 constexpr std::size_t HandlesThatComeAndGo = 8;
 constexpr std::size_t KilobytesThatComeAndGo = 256;
 constexpr std::size_t MenusThatComeAndGo = 64;
 
-// What the system tells of every open handle; the header of the platform does not declare it.
+// What the system returns for every open handle; the platform's headers do not declare it.
 struct HandleEntry {
     void* object;
     ULONG_PTR processId;
@@ -38,7 +38,7 @@ struct HandleTableHead {
     ULONG_PTR reserved;
 };
 constexpr ULONG ExtendedHandleInformation = 64;
-constexpr auto TooShort = static_cast<LONG>(0xC0000004);  // the table for all entries
+constexpr auto TooShort = static_cast<LONG>(0xC0000004);  // STATUS_INFO_LENGTH_MISMATCH
 using QuerySystemInformation = LONG(WINAPI*)(ULONG, void*, ULONG, ULONG*);
 
 std::size_t MenuRoom() {
@@ -48,7 +48,7 @@ std::size_t MenuRoom() {
     while (Menu menu{CreatePopupMenu()}) {
         made.push_back(std::move(menu));
         if (made.size() == MoreThanFit) {
-            throw std::runtime_error("the session has room for menus without end");
+            throw std::runtime_error("the room for menus has no limit");
         }
     }
     if (made.empty()) {
@@ -80,7 +80,7 @@ std::size_t KernelHandles(DWORD processId) {
     const Module library = LoadSystemLibrary(L"ntdll.dll");
     const auto query = FindExport<QuerySystemInformation>(library, "NtQuerySystemInformation");
     if (query == nullptr) {
-        throw std::runtime_error("the system does not tell of its handles");
+        throw std::runtime_error("ntdll has no NtQuerySystemInformation");
     }
     std::vector<HandleEntry> table(4096);
     ULONG needed = 0;
@@ -94,7 +94,7 @@ std::size_t KernelHandles(DWORD processId) {
         status = ask();
     }
     if (status < 0) {
-        throw std::runtime_error("cannot ask for the handles of the system");
+        throw std::runtime_error("cannot list the handles of the system");
     }
     HandleTableHead head{};
     std::memcpy(&head, table.data(), sizeof(head));
@@ -106,7 +106,7 @@ std::size_t KernelHandles(DWORD processId) {
         count += entry.processId == processId ? 1 : 0;
     }
     if (count == 0) {
-        throw std::runtime_error("no handle of the program is counted");
+        throw std::runtime_error("found no handle of the program");
     }
     return count;
 }
@@ -120,8 +120,8 @@ std::string Growth(const Consumption& before, const Consumption& after) {
                  HandlesThatComeAndGo) +
            Grown("private kilobytes", before.privateKilobytes, after.privateKilobytes,
                  KilobytesThatComeAndGo) +
-           // The room shrinks where the menus grow.
-           Grown("menus (room at the end and at the beginning)", after.menuRoom, before.menuRoom,
+           // Room shrinks as menus grow, hence the reversed arguments.
+           Grown("menus (room at the end and before)", after.menuRoom, before.menuRoom,
                  MenusThatComeAndGo);
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-// What the program holds of what runs out, looked at from outside.
+// The program's use of limited resources, measured from outside.
 
 #include <cstddef>
 #include <string>
@@ -12,19 +12,18 @@ namespace morvane::test {
 struct Consumption {
     std::size_t kernelHandles = 0;
     std::size_t privateKilobytes = 0;
-    std::size_t menuRoom = 0;  // menus that could still be made, in the whole session
+    std::size_t menuRoom = 0;  // menus that can still be created in the session
 };
 
-// All throw std::runtime_error where nothing can be measured: nothing would look like no growth.
+// All throw std::runtime_error if they cannot measure: a missing figure would pass for no growth.
 
-// Takes a second or two, in which nobody else can make a menu.
+// Takes a second or two, during which no other process can create a menu.
 [[nodiscard]] Consumption MeasureConsumption(DWORD processId);
 
-// Both are quick.
 [[nodiscard]] std::size_t KernelHandles(DWORD processId);
 [[nodiscard]] std::size_t PrivateKilobytes(DWORD processId);
 
-// Empty, or what has grown beyond what comes and goes.
+// What has grown beyond the usual variation; empty if nothing has.
 [[nodiscard]] std::string Growth(const Consumption& before, const Consumption& after);
 
 }  // namespace morvane::test

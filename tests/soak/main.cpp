@@ -1,4 +1,4 @@
-// Runs the program through as many passes as a day has, while everything around it changes.
+// Runs the program through a day's worth of passes while everything around it changes.
 
 #include <chrono>
 #include <cinttypes>
@@ -21,7 +21,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-// What the program's timer makes in a day.
+// As many as the program's timer makes in a day.
 constexpr std::uint64_t PassesOfADay = 172'800;
 constexpr std::uint64_t WarmUpPasses = 3'000;
 constexpr auto ProgressInterval = std::chrono::seconds(15);
@@ -70,7 +70,7 @@ struct Soak {
     PassDriver driver;
     Churn churn;
     Consumption warm;
-    std::uint64_t warmPasses = 0;  // at which that was measured; 0: not yet
+    std::uint64_t warmPasses = 0;  // when warm was measured; 0: not yet
     Clock::time_point start = Clock::now();
 };
 
@@ -86,7 +86,7 @@ void PrintProgress(const Soak& soak, std::uint64_t passesBefore, double seconds)
 
 void PrintDifference(Soak& soak, const std::string& wrong) {
     std::printf(
-        "\nFAILED after %" PRIu64 " passes; the same steps again: --seed %" PRIu32 "\n%s%s\n",
+        "\nFAILED after %" PRIu64 " passes; to repeat the steps: --seed %" PRIu32 "\n%s%s\n",
         soak.driver.Passes(), soak.options->seed, wrong.c_str(), Account(soak.churn).c_str());
     static_cast<void>(std::fflush(stdout));
 }
@@ -96,7 +96,7 @@ bool IsTimeUp(const Soak& soak) {
            (soak.options->minutes > 0 && SecondsSince(soak.start) > soak.options->minutes * 60);
 }
 
-// A run of a few minutes does not spend all of them on getting warm.
+// A short run must not spend all its time on warming up.
 bool IsWarm(const Soak& soak) {
     constexpr double Share = 0.25;
     return soak.driver.Passes() >= WarmUpPasses ||
@@ -104,11 +104,11 @@ bool IsWarm(const Soak& soak) {
             SecondsSince(soak.start) > soak.options->minutes * 60 * Share);
 }
 
-// False at the first difference.
+// False on a difference.
 bool RunSteps(Soak& soak) {
     Clock::time_point lastProgress = soak.start;
     std::uint64_t lastPasses = 0;
-    // The steps go on until windows are held: otherwise the exit would have nothing to release.
+    // Goes on until windows are held; otherwise the exit would have nothing to release.
     while (!IsTimeUp(soak) || soak.churn.model.remembered.empty()) {
         const std::string wrong = RunStep(soak.churn);
         if (!wrong.empty()) {
@@ -126,7 +126,7 @@ bool RunSteps(Soak& soak) {
         }
     }
     if (soak.warmPasses == 0) {
-        std::printf("FAILED: too short to get warm\n");
+        std::printf("FAILED: too short to warm up\n");
     }
     return soak.warmPasses > 0;
 }
@@ -135,8 +135,8 @@ std::string Row(const std::string& what, const std::string& how, const std::stri
     return "| " + what + " | " + how + " | " + result + " |\n";
 }
 
-std::string FirstAndLast(std::size_t first, std::size_t last) {
-    return std::to_string(first) + ", at the end " + std::to_string(last);
+std::string BeforeAndAfter(std::size_t before, std::size_t after) {
+    return std::to_string(before) + " and " + std::to_string(after);
 }
 
 std::string ReportRows(const Soak& soak, const Consumption& last, double seconds) {
@@ -145,32 +145,30 @@ std::string ReportRows(const Soak& soak, const Consumption& last, double seconds
     std::string rows = Row("Passes with churn",
                            std::to_string(passes) + " passes, " + std::to_string(counts.steps) +
                                " steps, seed " + std::to_string(soak.options->seed),
-                           std::to_string(std::llround(seconds)) + " s, " +
-                               std::to_string(std::llround(static_cast<double>(passes) / seconds)) +
-                               " passes per second, 0 differences");
-    rows += Row(
-        "Among the steps",
-        std::to_string(counts.menus) + " openings of the menu, " + std::to_string(counts.abouts) +
-            " of About, " + std::to_string(counts.hangs) + " hanging processes, " +
-            std::to_string(counts.refusedAdditions) + " additions to a full list",
-        std::to_string(counts.secondLooks) + " second looks, " +
-            std::to_string(counts.repairPasses) + " passes more than promised for the order, " +
-            std::to_string(counts.ordersOfTheSystem) +
-            " orders that the system made of requests in the right one");
+                           std::to_string(std::llround(seconds)) + " s, 0 differences");
+    rows += Row("Among the steps",
+                "menu opened " + std::to_string(counts.menus) + " times, About " +
+                    std::to_string(counts.abouts) + " times, " + std::to_string(counts.hangs) +
+                    " hung processes, " + std::to_string(counts.refusedAdditions) +
+                    " additions to a full list",
+                std::to_string(counts.repeatedChecks) + " repeated checks, " +
+                    std::to_string(counts.extraPasses) + " extra passes for the order, " +
+                    std::to_string(counts.wrongOrdersDespiteRightRequests) +
+                    " wrong orders despite right requests");
     const std::string when = "after " + std::to_string(soak.warmPasses) + " passes, and at the end";
-    rows += Row("Kernel handles", when, FirstAndLast(soak.warm.kernelHandles, last.kernelHandles));
-    rows += Row("Private memory, KiB", when,
-                FirstAndLast(soak.warm.privateKilobytes, last.privateKilobytes));
     rows +=
-        Row("Room for menus in the session", when, FirstAndLast(soak.warm.menuRoom, last.menuRoom));
+        Row("Kernel handles", when, BeforeAndAfter(soak.warm.kernelHandles, last.kernelHandles));
+    rows += Row("Private memory", when,
+                BeforeAndAfter(soak.warm.privateKilobytes, last.privateKilobytes) + " KiB");
+    rows += Row("Room for menus in the session", when,
+                BeforeAndAfter(soak.warm.menuRoom, last.menuRoom));
     return rows;
 }
 
-// After the exit everything that was pinned is ordinary, and nothing else has changed, nor has the
-// settings file.
+// After the exit, everything pinned must be released and the settings file unchanged.
 bool EndsCleanly(Soak& soak, const Program& program) {
     if (program.ExitByCommand() != 0U) {
-        std::printf("FAILED: the program does not end properly\n");
+        std::printf("FAILED: the program did not exit properly\n");
         return false;
     }
     ReleaseModel(soak.churn.model);

@@ -34,7 +34,7 @@ struct Match {
     int entry;
 };
 
-// The one that ends higher comes first.
+// Whether the first match ends up above the second.
 bool IsHigher(const Match& a, const Match& b) {
     if (a.entry != b.entry) {
         return a.entry < b.entry;
@@ -52,7 +52,7 @@ void Forget(Model& model) {
     model.remembered = kept;
 }
 
-// The top left corner stays where it is, also of a window that grows.
+// A window that grows keeps its top left corner.
 void Pin(ModelWindow& window, const PinEntry& entry) {
     if (!window.minimised) {
         window.width = std::max(window.width, entry.minWidth);
@@ -178,7 +178,7 @@ std::string WindowDifferences(const Model& model) {
 
 std::string OrderDifference(const Model& model) {
     std::vector<HWND> order = ActualOrder(model);
-    // Below those that the pass asked to the top the order is nobody's promise.
+    // The order of all other windows is not specified.
     order.resize(std::min(order.size(), model.expected.size()));
     return order == model.expected ? ""
                                    : "  the order is" + OrderText(order) + " instead of" +

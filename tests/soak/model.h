@@ -1,7 +1,7 @@
 #pragma once
 
-// What the windows must look like, predicted without the program: which are topmost, where and
-// how large they are and in which order those lie that the last pass asked to the top.
+// Predicts, independently of the program, which windows are topmost, where they are and how large,
+// and the order of those pinned by the last pass.
 
 #include <set>
 #include <string>
@@ -14,14 +14,14 @@ namespace morvane::test {
 
 struct ModelWindow {
     HWND window = nullptr;
-    std::size_t actor = 0;  // whose window it is
+    std::size_t actor = 0;  // the process that has it
     std::wstring title;
-    bool isDialog = false;  // of the system's dialog class
+    bool isDialog = false;  // has the system's dialog class
     bool visible = true;
     bool owned = false;
     bool minimised = false;
     bool topmost = false;
-    int x = 0;  // of the restored window, outer frame
+    int x = 0;  // outer frame, when restored
     int y = 0;
     int width = 0;
     int height = 0;
@@ -29,33 +29,33 @@ struct ModelWindow {
 
 struct Model {
     std::vector<ModelWindow> windows;
-    PinList list;                // as the program read it last
-    std::set<HWND> remembered;   // made topmost by the program and not forgotten or released
-    std::vector<HWND> expected;  // what the last pass asked to the top, highest first
+    PinList list;                // as last read by the program
+    std::set<HWND> remembered;   // pinned, and not forgotten or released since
+    std::vector<HWND> expected;  // pinned by the last pass, highest first
 };
 
 // The part of a title that the program reads.
 [[nodiscard]] std::wstring SeenTitle(const std::wstring& title);
 
-// The entry of the list that the window is pinned by, or -1: for an invisible window, an owned one,
-// one without a title and a protected dialog too.
+// The list entry that pins the window; -1 if none does, or if it is invisible, owned, untitled or a
+// protected dialog.
 [[nodiscard]] int PinningEntry(const PinList& list, const ModelWindow& window);
 
-// One pass of the program that finds this list in the file.
+// Predicts a pass that reads this list from the file.
 void RunModelPass(Model& model, const PinList& found);
 
-// What happens to every remembered window when pinning is switched off, and at the end.
+// Predicts the release of every remembered window, as when pinning is switched off and on exit.
 void ReleaseModel(Model& model);
 
 [[nodiscard]] ModelWindow* FindModelWindow(Model& model, HWND window);
 
-// The windows that differ from what the model says, in words; empty when none does.
+// Describes the windows that differ from the model; empty if none does.
 [[nodiscard]] std::string WindowDifferences(const Model& model);
 
-// The same for the order of those that the last pass asked to the top.
+// The same for the order of the windows pinned by the last pass.
 [[nodiscard]] std::string OrderDifference(const Model& model);
 
-// Every window as the model has it and as it is, and their order.
+// Describes every window, expected and actual, and the actual order.
 [[nodiscard]] std::string Described(const Model& model);
 
 }  // namespace morvane::test

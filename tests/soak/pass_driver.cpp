@@ -17,11 +17,11 @@ constexpr wchar_t MenuClass[] = L"#32768";
 constexpr wchar_t AboutClass[] = L"MorvaneAboutDialog";
 
 constexpr std::chrono::minutes Patience{1};
-constexpr int BusyLooks = 5;
+constexpr int BusyPolls = 5;
 
 void Post(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
     if (PostMessageW(window, message, wParam, lParam) == FALSE) {
-        throw std::runtime_error("the program takes no message");
+        throw std::runtime_error("cannot post a message to the program");
     }
 }
 
@@ -48,9 +48,9 @@ void PassDriver::RunPasses(int count) {
     WaitForQueue();
 }
 
-// The control window's visible bit serves as a mark. It takes its turn in the queue behind whatever
-// has been posted before, and is read without a message, which would be served in the middle of a
-// pass. Nobody sees a message-only window, and the bit is taken away again at once.
+// Uses the control window's visible bit as a marker. The message that sets it queues up behind
+// everything posted before, and reading the bit needs no message, which could be served in the
+// middle of a pass. A message-only window is never shown, and the bit is cleared at once.
 void PassDriver::WaitForQueue() {
     Mark(true);
     Mark(false);
@@ -59,16 +59,16 @@ void PassDriver::WaitForQueue() {
 void PassDriver::Mark(bool visible) {
     Post(control_, WM_SETREDRAW, visible ? TRUE : FALSE, 0);
     const auto end = std::chrono::steady_clock::now() + Patience;
-    for (int look = 0;
-         (GetWindowLongW(control_, GWL_STYLE) & WS_VISIBLE) != (visible ? WS_VISIBLE : 0); ++look) {
+    for (int poll = 0;
+         (GetWindowLongW(control_, GWL_STYLE) & WS_VISIBLE) != (visible ? WS_VISIBLE : 0); ++poll) {
         if (!program_->IsRunning()) {
             throw std::runtime_error("the program has ended");
         }
         if (std::chrono::steady_clock::now() > end) {
             throw std::runtime_error("the program does not answer");
         }
-        // An idle program has answered after the first few looks.
-        Sleep(look < BusyLooks ? 0 : 1);
+        // An idle program answers within the first few polls.
+        Sleep(poll < BusyPolls ? 0 : 1);
     }
 }
 
@@ -92,7 +92,7 @@ void PassDriver::OpenMenu() {
 }
 
 void PassDriver::CloseMenu() {
-    // To the window and not to whatever has the keyboard.
+    // Posted to the window, as the keyboard focus may be elsewhere.
     Post(control_, WM_KEYDOWN, VK_ESCAPE, 0);
     Await("the menu does not close", [&] { return OpenWindowOfClass(MenuClass) == nullptr; });
     WaitForQueue();

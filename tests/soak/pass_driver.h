@@ -1,7 +1,7 @@
 #pragma once
 
-// Makes the running program work faster than its own timer does, from outside: with the messages
-// that the timer, the menu and the icon send.
+// Drives the running program faster than its own timer does, by posting the messages that the
+// timer, the menu and the icon send.
 
 #include <cstdint>
 
@@ -10,23 +10,22 @@
 
 namespace morvane::test {
 
-// Failing calls throw std::runtime_error: the program is gone, or does not answer in a minute.
+// Calls throw std::runtime_error if the program has ended or does not respond within a minute.
 class PassDriver {
 public:
     explicit PassDriver(const Program& program);
 
-    // Runs so many passes and returns when the last of them is over. They come from the message
-    // loop, one after the other: a message that is sent would be served in the middle of a pass
-    // that waits for a window, which would then go on with what it had found before.
+    // Runs this many passes and returns when the last one is over. The messages are posted: a sent
+    // one would be served in the middle of a pass that waits for a window, and that pass would then
+    // go on with outdated state.
     void RunPasses(int count);
 
-    // Returns once everything posted before has been dispatched.
+    // Returns when everything posted before has been dispatched.
     void WaitForQueue();
 
-    // Carries a menu command out.
     void RunCommand(WORD command);
 
-    // Open and close; both return when that has happened.
+    // These return when it has happened.
     void OpenMenu();
     void CloseMenu();
     void OpenAbout();

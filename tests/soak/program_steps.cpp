@@ -14,16 +14,16 @@ namespace {
 constexpr WORD ApplyNowCommand = 1001;
 constexpr WORD AlwaysOnTopCommand = 1002;
 constexpr WORD TogglePinCommand = 2500;  // + row
-constexpr int PassesMeanwhile = 3;
+constexpr int PassesWhileOpen = 3;
 constexpr std::size_t MostEntries = 100;
 
-// "Über": a sequence of digits of the wrong base would go on with the b.
+// "Über" in UTF-8. Octal escapes, because a hexadecimal one would swallow the b.
 constexpr std::string_view UmlautLine = "\303\234ber";
 
-// The first two signs of one of the protected titles.
+// The first two characters of a protected title, in UTF-8.
 constexpr std::string_view CredentialsLine = "\350\263\207\346\240\274";
 
-// No size is larger than a window may become on the screen.
+// No size exceeds what a window can have on this screen.
 constexpr std::string_view Lines[] = {
     "Alpha",
     "alpha",
@@ -86,8 +86,8 @@ bool Edit(Churn& churn, std::string& /*wrong*/) {
     return true;
 }
 
-// About as many entries as a list may have, so that there is no room for a further one now and
-// then. The last lines alone may match a window: the reader loses those beyond the limit.
+// Fills the list to about the limit, so that sometimes there is no room for another entry. Only the
+// last lines can match a window, and the reader drops those beyond the limit.
 bool FillTheList(Churn& churn, std::string& /*wrong*/) {
     if (!IsUnlocked(churn)) {
         return false;
@@ -104,7 +104,7 @@ bool FillTheList(Churn& churn, std::string& /*wrong*/) {
     return true;
 }
 
-// Everything else stays as it is: what is released is released by the switch.
+// Changes nothing else, so that only the switch can release windows.
 bool FlipInTheFile(Churn& churn, std::string& /*wrong*/) {
     if (!IsText(churn)) {
         return false;
@@ -173,8 +173,8 @@ bool ApplyNow(Churn& churn, std::string& /*wrong*/) {
     return true;
 }
 
-// What the program read last is what it changes and saves; where it cannot save, the next pass
-// goes by the file again.
+// The program changes and saves the list it read last. If it cannot save, the next pass uses the
+// file again.
 bool FlipByCommand(Churn& churn, std::string& /*wrong*/) {
     churn.driver->RunCommand(AlwaysOnTopCommand);
     PinList list = churn.model.list;
@@ -189,7 +189,7 @@ bool FlipByCommand(Churn& churn, std::string& /*wrong*/) {
     return true;
 }
 
-// The rows of the program's list: every visible window with a title and without an owner.
+// The rows of the program's window list: visible windows that have a title and no owner.
 std::vector<std::wstring> RowTitles() {
     std::vector<std::wstring> titles;
     for (const HWND window : TopLevelWindows()) {
@@ -203,8 +203,8 @@ std::vector<std::wstring> RowTitles() {
     return titles;
 }
 
-// As the program does it: an entry is added for a title without one, where there is room, and
-// removed otherwise. Nothing is saved where nothing changes.
+// Like the program, adds an entry for a title that has none if there is room, and removes the entry
+// otherwise. Saves only changes.
 bool ToggleRow(Churn& churn, std::string& wrong) {
     std::vector<std::wstring> titles;
     for (const ModelWindow& window : churn.model.windows) {
@@ -246,7 +246,7 @@ bool ToggleRow(Churn& churn, std::string& wrong) {
 
 bool OpenMenu(Churn& churn, std::string& /*wrong*/) {
     churn.driver->OpenMenu();
-    churn.driver->RunPasses(PassesMeanwhile);
+    churn.driver->RunPasses(PassesWhileOpen);
     churn.driver->CloseMenu();
     ++churn.counts.menus;
     return true;
@@ -254,13 +254,13 @@ bool OpenMenu(Churn& churn, std::string& /*wrong*/) {
 
 bool OpenAbout(Churn& churn, std::string& /*wrong*/) {
     churn.driver->OpenAbout();
-    churn.driver->RunPasses(PassesMeanwhile);
+    churn.driver->RunPasses(PassesWhileOpen);
     churn.driver->CloseAbout();
     ++churn.counts.abouts;
     return true;
 }
 
-// Windows come and go while the menu's own message loop runs.
+// Renames a window while the menu's own message loop runs.
 bool RenameUnderTheMenu(Churn& churn, std::string& wrong) {
     if (churn.model.windows.empty()) {
         return false;
@@ -271,7 +271,7 @@ bool RenameUnderTheMenu(Churn& churn, std::string& wrong) {
     Note(churn, std::to_string(NumberFromWindow(window.window)) + " to " + Printed(window.title));
     churn.actors.at(window.actor).SetTitle(window.window, window.title);
     RunPasses(churn, 1);
-    wrong = Look(churn);
+    wrong = CheckModel(churn);
     churn.driver->CloseMenu();
     ++churn.counts.menus;
     return true;

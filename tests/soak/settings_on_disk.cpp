@@ -16,8 +16,8 @@ namespace {
 
 constexpr DWORD FullSharing = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 
-// Some changes are refused for the moment in which the program reads the file.
-void Insist(const char* what, const std::function<bool()>& attempt) {
+// Some changes fail while the program is reading the file.
+void Retry(const char* what, const std::function<bool()>& attempt) {
     if (!WaitUntil(attempt)) {
         throw std::runtime_error(std::string("settings file: cannot ") + what);
     }
@@ -25,7 +25,7 @@ void Insist(const char* what, const std::function<bool()>& attempt) {
 
 FileHandle Open(DWORD access, DWORD sharing) {
     FileHandle file;
-    Insist("open", [&] {
+    Retry("open", [&] {
         file.reset(CreateFileW(SettingsPath().c_str(), access, sharing, nullptr, OPEN_EXISTING,
                                FILE_ATTRIBUTE_NORMAL, nullptr));
         return static_cast<bool>(file);
@@ -37,11 +37,11 @@ FileHandle Open(DWORD access, DWORD sharing) {
 
 void SettingsOnDisk::Replace(std::string_view bytes) {
     if (state_ == SettingsState::Folder) {
-        Insist("remove the folder", [] { return RemoveDirectoryW(SettingsPath().c_str()) != 0; });
+        Retry("remove the folder", [] { return RemoveDirectoryW(SettingsPath().c_str()) != 0; });
     }
     const std::wstring draft = DataFolder() + L"\\draft.txt";
-    Insist("write a draft", [&] { return WriteFileBytes(draft, bytes); });
-    Insist("replace", [&] {
+    Retry("write a draft", [&] { return WriteFileBytes(draft, bytes); });
+    Retry("replace", [&] {
         return MoveFileExW(draft.c_str(), SettingsPath().c_str(), MOVEFILE_REPLACE_EXISTING) != 0;
     });
     bytes_ = bytes;
@@ -52,7 +52,7 @@ void SettingsOnDisk::PutFolderInPlace() {
     if (state_ == SettingsState::Text) {
         Delete();
     }
-    Insist("make a folder", [] { return CreateDirectoryW(SettingsPath().c_str(), nullptr) != 0; });
+    Retry("make a folder", [] { return CreateDirectoryW(SettingsPath().c_str(), nullptr) != 0; });
     state_ = SettingsState::Folder;
 }
 
@@ -60,7 +60,7 @@ void SettingsOnDisk::Truncate(std::size_t size) {
     const FileHandle file = Open(GENERIC_WRITE, FullSharing);
     LARGE_INTEGER end{};
     end.QuadPart = static_cast<LONGLONG>(size);
-    Insist("truncate", [&] {
+    Retry("truncate", [&] {
         return SetFilePointerEx(file.get(), end, nullptr, FILE_BEGIN) != FALSE &&
                SetEndOfFile(file.get()) != FALSE;
     });
@@ -79,7 +79,7 @@ void SettingsOnDisk::Append(std::string_view bytes) {
 }
 
 void SettingsOnDisk::Delete() {
-    Insist("delete", [] { return DeleteFileW(SettingsPath().c_str()) != 0; });
+    Retry("delete", [] { return DeleteFileW(SettingsPath().c_str()) != 0; });
     state_ = SettingsState::Missing;
 }
 
@@ -111,7 +111,7 @@ std::string SettingsOnDisk::Difference() const {
     const bool isFolder = exists && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
     if (exists == (state_ == SettingsState::Missing) ||
         isFolder != (state_ == SettingsState::Folder)) {
-        return "the settings file is not in the place it was left in";
+        return "the settings path is not as expected: a file, a folder or nothing";
     }
     if (state_ != SettingsState::Text) {
         return {};

@@ -1,7 +1,7 @@
 #pragma once
 
-// The settings file of the session, as somebody else handles it. Every call changes in one step
-// what the program reads, so that a pass meets the state before it or the state after it.
+// Changes the settings file from outside the program. Each call changes what the program reads in
+// one step, so a pass sees the state before it or after it.
 
 #include <string>
 #include <string_view>
@@ -14,15 +14,15 @@ namespace morvane::test {
 enum class SettingsState {
     Text,
     Missing,
-    Folder,       // a folder of that name
-    Locked,       // held open by somebody who shares it with nobody
-    WriteLocked,  // held open by somebody who lets others read only
+    Folder,       // there is a folder of that name
+    Locked,       // held open without sharing
+    WriteLocked,  // held open, shared for reading only
 };
 
-// A failing call throws std::runtime_error.
+// Calls that fail throw std::runtime_error.
 class SettingsOnDisk {
 public:
-    // From any state but the two locked ones.
+    // From any state except the locked ones.
     void Replace(std::string_view bytes);
     void PutFolderInPlace();
 
@@ -32,21 +32,21 @@ public:
     void Delete();
     void Lock(SettingsState kind);
 
-    // From the locked states, back to Text.
+    // From a locked state, back to Text.
     void Unlock();
 
     [[nodiscard]] SettingsState State() const { return state_; }
 
-    // What the file held when it was last in the state Text.
+    // The contents when the state was last Text.
     [[nodiscard]] const std::string& Bytes() const { return bytes_; }
 
-    // What a program reads now.
+    // What reading the file gives now.
     [[nodiscard]] PinList Readable() const;
 
-    // The program saves this list, or tries to.
+    // Call this when the program saves the list or tries to.
     void ExpectSaved(const PinList& list);
 
-    // Empty, or how the file differs from what it must hold.
+    // How the file differs from what is expected; empty if it does not.
     [[nodiscard]] std::string Difference() const;
 
 private:

@@ -1,14 +1,13 @@
 #!/usr/bin/env bash
 #
-# Fuzzes, soaks and opens menus: what ./dev soak runs, with the program already built in
-# build/release. The report is build/soak/report.md.
+# Runs the fuzzing, the soak and the opening tests for ./dev soak, on the program already built in
+# build/release. Writes the report to build/soak/report.md.
 #
 #   soak.sh [MINUTES] [--documents N] [--seed N]
 #
-# Without MINUTES: a million documents, as many passes as the program makes in a day, 5,000 openings
-# of the menu and 1,000 of About. With them: about so long, and fewer openings. Either way --seed is
-# the first document's seed and the one that the steps of the soak are chosen by; without it every
-# run has one of its own, which it prints.
+# Without MINUTES: a million documents, a day's worth of passes, the menu opened 5,000 times and
+# About 1,000 times. With MINUTES: about that long, and fewer openings. --seed sets the seed of the
+# first document and of the soak's steps; without it each run picks and prints its own.
 
 set -uo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/../.." || exit
@@ -17,7 +16,7 @@ BUILD=$PWD/build/release
 RESULTS=$PWD/build/soak
 SESSION=(tests/session/wine_session.sh run)
 
-# Of the MINUTES, in percent; the openings take the rest.
+# In percent of MINUTES; the opening tests take the rest.
 FUZZ_SHARE=30
 CHURN_SHARE=60
 
@@ -47,7 +46,7 @@ while (($#)); do
     esac
 done
 
-# As a Windows program opens it.
+# The path in the form that Windows programs take.
 windows_path() {
     local path=Z:$1
     printf '%s' "${path//\//\\}"
@@ -65,7 +64,7 @@ fuzz() {
     local amount=(--documents 1000000)
     [[ ! $minutes ]] || amount=(--seconds $((minutes * 60 * FUZZ_SHARE / 100)))
     [[ ! $documents ]] || amount=(--documents "$documents")
-    # Wine checks the heap then, and says what it finds.
+    # With this WINEDEBUG Wine reports damaged heaps.
     "${SESSION[@]}" env WINEDEBUG=-all,warn+heap wine "$BUILD/morvane_fuzz.exe" "${amount[@]}" \
         "${seed[@]}" --kept "$(windows_path "$PWD/tests/fuzz/kept")" \
         --save "$(windows_path "$RESULTS")" --report "$(windows_path "$RESULTS/fuzz.rows")" 2>&1 |
@@ -81,17 +80,17 @@ churn() {
         --report "$(windows_path "$RESULTS/churn.rows")" 2>&1 | tee "$RESULTS/churn.log"
 }
 
-# The tests that count what openings leave behind in a process of their own, where all of it can be
-# counted; each prints what it has measured.
+# These tests count what opened menus and dialogs leave behind in their own process, where all of it
+# can be counted, and print the figures.
 openings() {
     local full=1
     [[ ! $minutes ]] || full=0
     MORVANE_TEST_FULL=$full "${SESSION[@]}" wine "$BUILD/morvane_desktop_tests.exe" \
         --gtest_filter='*LeakTest.*' 2>&1 | tee "$RESULTS/openings.log" || return
     # measured: menu, 300 openings in 7000 ms; before: A; after: B
-    sed -n 's/\r$//; s/^measured: \(.*\), \(.*\) in \(.*\); before: \(.*\); after: \(.*\)$/| Openings of one process: \1 | \2 in \3 | before: \4; after: \5 |/p' \
+    sed -n 's/\r$//; s/^measured: \(.*\), \(.*\) openings in \(.*\); before: \(.*\); after: \(.*\)$/| \u\1 opened, in one process | \2 times | \3; before: \4; after: \5 |/p' \
         "$RESULTS/openings.log" >"$RESULTS/openings.rows"
-    (($(wc -l <"$RESULTS/openings.rows") == 2)) || { echo "soak: nothing measured" >&2; return 1; }
+    (($(wc -l <"$RESULTS/openings.rows") == 2)) || { echo "soak: the opening tests printed no figures" >&2; return 1; }
 }
 
 mkdir -p "$RESULTS"

@@ -17,7 +17,7 @@ constexpr int HideAttempts = 4;
 constexpr auto HangTime = 1000ms;
 constexpr ULONGLONG TimerInterval = 500;  // milliseconds between the program's own passes
 
-// Within the screen, and never larger than a window may become on it.
+// Within the screen, and no larger than a window can be on it.
 constexpr int MostLeft = 600;
 constexpr int MostTop = 250;
 constexpr int LeastWidth = 150;
@@ -26,7 +26,7 @@ constexpr int LeastHeight = 100;
 constexpr int MostHeight = 500;
 
 std::wstring AnyTitle(Generator& generator) {
-    static const std::wstring beyondWhatIsRead = std::wstring(505, L'x') + L" Notepad";
+    static const std::wstring longerThanIsRead = std::wstring(505, L'x') + L" Notepad";
     constexpr std::wstring_view Words[] = {
         L"Alpha",
         L"alpha notes",
@@ -50,7 +50,7 @@ std::wstring AnyTitle(Generator& generator) {
         case 0:
             return {};
         case 1:
-            return beyondWhatIsRead;
+            return longerThanIsRead;
         case 2:
             return std::wstring(generator.OneOf(Words)) + L" " +
                    std::wstring(generator.OneOf(Words));
@@ -162,8 +162,8 @@ bool Restore(Churn& churn, std::string& /*wrong*/) {
     return true;
 }
 
-// A pass that has met the window before shows it once more: every request shows. That passes, the
-// program's own among them, and the hiding meet like this is rare, so that another attempt does.
+// Every request shows the window, so a pass that met it just before it is hidden shows it again.
+// That rarely happens, so hiding it again helps.
 bool Hide(Churn& churn, std::string& wrong) {
     ModelWindow* const window =
         AnyWindow(churn, [](const ModelWindow& own) { return own.visible && !own.minimised; });
@@ -178,9 +178,9 @@ bool Hide(Churn& churn, std::string& wrong) {
         if (IsWindowVisible(window->window) == FALSE) {
             return true;
         }
-        ++churn.counts.secondLooks;
+        ++churn.counts.repeatedChecks;
     }
-    wrong = "  a hidden window is shown again and again\n";
+    wrong = "  a hidden window keeps being shown\n";
     return true;
 }
 
@@ -209,7 +209,7 @@ bool ChangeOwner(Churn& churn, std::string& /*wrong*/) {
     return true;
 }
 
-// Half of them about as large as the minimum, where there is one.
+// If there is a minimum, half of the lengths are close to it.
 int AnyLength(Generator& generator, int minimum, int least, int most) {
     constexpr int Near = 2;
     if (minimum > 0 && generator.Below(2) == 0) {
@@ -218,7 +218,7 @@ int AnyLength(Generator& generator, int minimum, int least, int most) {
     return generator.Between(least, most);
 }
 
-// What the window is pinned by, or an entry without sizes.
+// The entry that pins the window, or one without sizes.
 PinEntry EntryOf(const Churn& churn, const ModelWindow& window) {
     const PinList& list = churn.model.list;
     const int index = PinningEntry(list, window);
@@ -226,7 +226,7 @@ PinEntry EntryOf(const Churn& churn, const ModelWindow& window) {
 }
 
 bool Resize(Churn& churn, std::string& /*wrong*/) {
-    // One with a minimum size, if there is one.
+    // Preferably one with a minimum size.
     ModelWindow* window = AnyWindow(churn, [&](const ModelWindow& own) {
         const PinEntry entry = EntryOf(churn, own);
         return !own.minimised && (entry.minWidth > 0 || entry.minHeight > 0);
@@ -248,8 +248,8 @@ bool Resize(Churn& churn, std::string& /*wrong*/) {
     return true;
 }
 
-// The system keeps an owned window above its owner, and where that lies is not ours to say: what
-// becomes of a request of its own is not determined.
+// The system keeps an owned window above its owner, wherever that is, so the effect of its own
+// requests cannot be predicted.
 bool IsUnowned(const ModelWindow& window) {
     return !window.owned;
 }
@@ -283,7 +283,7 @@ bool Hang(Churn& churn, std::string& /*wrong*/) {
     return true;
 }
 
-// Inside the request of a pass, which goes on with the others.
+// The window dies while it handles a pass's request; the pass goes on with the others.
 bool DieInAPass(Churn& churn, std::string& wrong) {
     ModelWindow* const window = AnyWindow(churn, [&](const ModelWindow& own) {
         return churn.model.list.pinning && PinningEntry(churn.model.list, own) >= 0;
@@ -297,12 +297,12 @@ bool DieInAPass(Churn& churn, std::string& wrong) {
     Strike(churn, dying);
     churn.driver->RunPasses(1);
     if (IsWindow(dying) != FALSE) {
-        wrong = "  a pinned window was not asked by a pass\n";
+        wrong = "  a pass made no request to a pinned window\n";
     }
     return true;
 }
 
-// Every pass asks every matched window once more.
+// Every pass repeats its request to every matching window.
 bool CountRequests(Churn& churn, std::string& wrong) {
     constexpr std::size_t Passes = 10;
     ModelWindow* const window = AnyWindow(churn, [&](const ModelWindow& own) {
@@ -317,16 +317,16 @@ bool CountRequests(Churn& churn, std::string& wrong) {
     actor.ForgetRecords(window->window);
     churn.driver->RunPasses(static_cast<int>(Passes));
     const std::vector<PositionRequest> requests = actor.Requests(window->window);
-    // One that was due before may be made late.
+    // One more, since a pass due earlier may come late.
     const std::size_t timedPasses = (GetTickCount64() - start) / TimerInterval + 1;
     const auto count = static_cast<std::size_t>(
         std::count_if(requests.begin(), requests.end(), [](const PositionRequest& request) {
             return request.insertAfter == HWND_TOPMOST && (request.flags & SWP_NOZORDER) == 0;
         }));
     if (count < Passes || count > Passes + timedPasses) {
-        wrong = "  " + std::to_string(Passes) + " passes asked a window " + std::to_string(count) +
-                " times; of the program's own timer no more than " + std::to_string(timedPasses) +
-                " are due\n";
+        wrong = "  " + std::to_string(Passes) + " passes made " + std::to_string(count) +
+                " requests to a window; the program's own timer can add no more than " +
+                std::to_string(timedPasses) + "\n";
     }
     return true;
 }
