@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""Facts about the files that users download.
+"""Tests of the files that users download.
 
 usage: files_test.py BUILD_FOLDER PACKAGE_FOLDER [UNITTEST-ARGUMENT...]
 """
@@ -53,7 +53,7 @@ def names_and_digests(folder):
 
 
 class DownloadsTest(unittest.TestCase):
-    def test_every_file_is_there(self):
+    def test_every_file_is_present(self):
         self.assertEqual(sorted(names_and_digests(PACKAGE)), sorted([
             f"Morvane-{VERSION}-portable.zip",
             f"Morvane-{VERSION}-setup.exe",
@@ -65,14 +65,14 @@ class DownloadsTest(unittest.TestCase):
             "winget/Morvane.Morvane.yaml",
         ]))
 
-    def test_checksums_are_those_of_the_files(self):
+    def test_checksums_match_the_files(self):
         subprocess.run(["sha256sum", "--check", "--strict", "--quiet", "SHA256SUMS"], cwd=PACKAGE,
                        check=True)
         listed = [line.split()[1] for line in (PACKAGE / "SHA256SUMS").read_text().splitlines()]
         self.assertEqual(listed, [f"Morvane-{VERSION}-portable.zip", f"Morvane-{VERSION}-setup.exe",
                                   f"Morvane-{VERSION}.cdx.json"])
 
-    def test_archive_holds_program_licence_and_read_me(self):
+    def test_archive_holds_the_program_licence_and_readme(self):
         with zipfile.ZipFile(PACKAGE / f"Morvane-{VERSION}-portable.zip") as archive:
             folder = f"Morvane-{VERSION}/"
             self.assertEqual(sorted(archive.namelist()),
@@ -87,7 +87,7 @@ class DownloadsTest(unittest.TestCase):
                 text = archive.read(folder + name)
                 self.assertEqual(text.count(b"\n"), text.count(b"\r\n"), name)
 
-    def test_installer_speaks_every_language_of_the_program(self):
+    def test_installer_has_every_language_of_the_program(self):
         texts = (ROOT / "packaging" / "installer" / "texts.nsh").read_text(encoding="utf-8")
         names = set(re.findall(r"^LangString (\w+)", texts, re.MULTILINE))
         self.assertGreaterEqual(len(names), 7)
@@ -96,7 +96,7 @@ class DownloadsTest(unittest.TestCase):
                                  texts, re.MULTILINE))
             self.assertEqual(own, names, language)
 
-    def test_installer_says_the_programs_own_words(self):
+    def test_installer_shares_two_texts_with_the_program(self):
         texts = (ROOT / "packaging" / "installer" / "texts.nsh").read_text(encoding="utf-8")
         table = (ROOT / "src" / "i18n" / "string_table.cpp").read_text(encoding="utf-8")
         for name, row in (("START_WITH_WINDOWS", "StrStartWithWindows"),
@@ -109,7 +109,7 @@ class DownloadsTest(unittest.TestCase):
 class ManifestTest(unittest.TestCase):
     def load(self, name):
         with (PACKAGE / "winget" / name).open(encoding="utf-8") as file:
-            # Versions and dates as they are written, not as numbers.
+            # Keeps versions and dates as text.
             return yaml.load(file, yaml.BaseLoader)
 
     def assert_has(self, manifest, *fields):
@@ -126,11 +126,11 @@ class ManifestTest(unittest.TestCase):
             self.assertEqual(manifest["ManifestType"], kind)
             self.assertEqual(manifest["ManifestVersion"], "1.10.0", name)
 
-    def test_version_manifest_names_the_locale_that_there_is(self):
+    def test_version_manifest_names_the_locale_of_the_locale_manifest(self):
         self.assertEqual(self.load("Morvane.Morvane.yaml")["DefaultLocale"],
                          self.load("Morvane.Morvane.locale.en-US.yaml")["PackageLocale"])
 
-    def test_locale_manifest_has_what_is_required(self):
+    def test_locale_manifest_has_the_required_fields(self):
         manifest = self.load("Morvane.Morvane.locale.en-US.yaml")
         self.assert_has(manifest, "PackageLocale", "Publisher", "PackageName", "License",
                         "ShortDescription")
@@ -162,7 +162,7 @@ class ManifestTest(unittest.TestCase):
 
 
 class BillOfMaterialsTest(unittest.TestCase):
-    def test_it_names_the_program_and_what_is_linked_into_it(self):
+    def test_it_names_the_program_and_the_libraries_linked_into_it(self):
         document = json.loads((PACKAGE / f"Morvane-{VERSION}.cdx.json").read_text(encoding="utf-8"))
         self.assertEqual(document["bomFormat"], "CycloneDX")
         self.assertRegex(document["serialNumber"], r"^urn:uuid:[0-9a-f-]{36}$")
@@ -208,13 +208,13 @@ class SigningTest(unittest.TestCase):
                 pefile.DIRECTORY_ENTRY["IMAGE_DIRECTORY_ENTRY_SECURITY"]]
             self.assertEqual(signature.Size, 0)
 
-    def test_certificate_without_its_key_is_an_error(self):
+    def test_certificate_without_a_key_is_an_error(self):
         with self.assertRaises(subprocess.CalledProcessError):
             make_package(BUILD, self.out, MORVANE_SIGN_CERT=str(self.certificate))
 
 
 class ReproducibilityTest(unittest.TestCase):
-    def test_another_folder_gives_the_same_bytes(self):
+    def test_building_in_another_folder_gives_the_same_bytes(self):
         with tempfile.TemporaryDirectory(prefix="another-folder-of-another-length-") as folder:
             other = pathlib.Path(folder) / "sources"
             other.mkdir()

@@ -11,8 +11,8 @@ import sys
 import tempfile
 import unittest
 
-import bench
-from bench import (
+import installation
+from installation import (
     EXIT_DATA_KEPT, EXIT_NOT_WRITTEN, EXIT_STARTUP_FAILED, EXIT_STILL_RUNNING, INSTALLED, SETTINGS,
     STARTUP_SHORTCUT, START_MENU_ENTRY, digest)
 
@@ -27,16 +27,16 @@ NEEDS_MOUNT = "no file system can be mounted here"
 FILES = ["LICENSE.txt", "Morvane.exe", "Uninstall.exe"]
 
 
-@unittest.skipUnless(bench.is_disposable(), "the profile is not a disposable one")
+@unittest.skipUnless(installation.is_disposable(), "the profile is not disposable")
 class InstallerTest(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
         cls.setup, = PACKAGE.glob("*-setup.exe")
-        cls.report = bench.Report(BUILD)
+        cls.report = installation.WindowReport(BUILD)
         cls.version = package.read_version(BUILD)
         cls.stage = tempfile.TemporaryDirectory()
         stage = pathlib.Path(cls.stage.name)
-        # One byte more, behind what Windows loads: a program file that can be told from the new one.
+        # One more byte, after everything that Windows loads, tells it from the new program file.
         old_program = stage / "Morvane.exe"
         old_program.write_bytes((BUILD / "Morvane.exe").read_bytes() + b"\0")
         cls.old_setup = stage / "old-setup.exe"
@@ -47,14 +47,14 @@ class InstallerTest(unittest.TestCase):
         cls.stage.cleanup()
 
     def setUp(self):
-        bench.clean()
-        self.addCleanup(bench.clean)
+        installation.clean()
+        self.addCleanup(installation.clean)
 
     def install(self, *arguments, setup=None):
-        self.assertEqual(bench.install(setup or self.setup, *arguments), 0)
+        self.assertEqual(installation.install(setup or self.setup, *arguments), 0)
 
     def open_notepad(self):
-        notepad = bench.start("notepad")
+        notepad = installation.start("notepad")
         self.addCleanup(notepad.wait)
         self.addCleanup(notepad.kill)
         self.report.expect("ordinary:Notepad")
@@ -64,25 +64,25 @@ class InstallerTest(unittest.TestCase):
         SETTINGS.write_text("@pinning=1\r\nNotepad\r\n", encoding="utf-8")
 
     def assert_installed(self, version):
-        self.assertEqual(bench.files_below(INSTALLED), FILES)
+        self.assertEqual(installation.files_below(INSTALLED), FILES)
         self.assertTrue(START_MENU_ENTRY.exists())
-        self.assertEqual(bench.registered().get("DisplayVersion"), version)
+        self.assertEqual(installation.registered().get("DisplayVersion"), version)
 
     def assert_gone(self):
         self.assertFalse(INSTALLED.exists())
         self.assertFalse(START_MENU_ENTRY.exists())
         self.assertFalse(STARTUP_SHORTCUT.exists())
-        self.assertEqual(bench.registered(), {})
-        bench.expect_nothing_running()
+        self.assertEqual(installation.registered(), {})
+        installation.expect_nothing_running()
 
-    def test_fresh_install_puts_everything_in_place_and_starts_nothing(self):
+    def test_fresh_install_registers_the_program_without_starting_it(self):
         self.install()
         self.assert_installed(self.version)
         self.assertEqual(digest(INSTALLED / "Morvane.exe"), digest(BUILD / "Morvane.exe"))
         self.assertFalse(STARTUP_SHORTCUT.exists())
-        bench.expect_nothing_running()
-        values = bench.registered()
-        folder = bench.windows_path(INSTALLED)
+        installation.expect_nothing_running()
+        values = installation.registered()
+        folder = installation.windows_path(INSTALLED)
         self.assertEqual(values["DisplayName"], "Morvane")
         self.assertEqual(values["Publisher"], "the Morvane authors")
         self.assertEqual(values["DisplayIcon"], folder + "\\Morvane.exe,0")
@@ -92,124 +92,125 @@ class InstallerTest(unittest.TestCase):
         size = sum((INSTALLED / name).stat().st_size for name in FILES)
         self.assertAlmostEqual(int(values["EstimatedSize"], 16), size / 1024, delta=3)
 
-    def test_choices_are_taken_from_the_command_line(self):
+    def test_command_line_sets_the_choices(self):
         self.install("/STARTUP=1", "/START=1")
         self.assertTrue(STARTUP_SHORTCUT.exists())
-        bench.wait_until(bench.running, "the program is started")
+        installation.wait_until(installation.running, "the program is started")
         self.install("/STARTUP=0", "/START=0")
         self.assertFalse(STARTUP_SHORTCUT.exists())
-        bench.expect_nothing_running()
+        installation.expect_nothing_running()
 
-    def test_failure_of_the_startup_shortcut_is_told_and_the_program_is_there(self):
+    def test_failed_startup_shortcut_is_reported_and_the_program_is_installed(self):
         STARTUP_SHORTCUT.mkdir(parents=True)
         self.addCleanup(STARTUP_SHORTCUT.rmdir)
-        self.assertEqual(bench.wine(self.setup, "/S", "/STARTUP=1"), EXIT_STARTUP_FAILED)
+        self.assertEqual(installation.wine(self.setup, "/S", "/STARTUP=1"), EXIT_STARTUP_FAILED)
         self.assert_installed(self.version)
 
-    def test_life_from_install_over_upgrade_to_removal(self):
+    def test_install_upgrade_and_removal_with_a_pinned_window(self):
         self.open_notepad()
-        before_all = bench.users_files()
+        before_all = installation.users_files()
         self.pin_notepad()
         self.install("/STARTUP=1", "/START=1", setup=self.old_setup)
         self.assert_installed(OLD_VERSION)
         self.report.expect("topmost:Notepad")
-        before = bench.running()
+        before = installation.running()
         settings = SETTINGS.read_bytes()
 
         self.install()
         self.assert_installed(self.version)
         self.assertEqual(digest(INSTALLED / "Morvane.exe"), digest(BUILD / "Morvane.exe"))
-        bench.wait_until(bench.running, "the new version runs")
-        bench.wait_until(lambda: set(before).isdisjoint(bench.running()), "the old one has ended")
+        installation.wait_until(installation.running, "the new version runs")
+        installation.wait_until(lambda: set(before).isdisjoint(installation.running()),
+                                "the old one has ended")
         self.assertEqual(SETTINGS.read_bytes(), settings)
         self.assertTrue(STARTUP_SHORTCUT.exists())
         self.report.expect("topmost:Notepad")
 
-        bench.uninstall()
+        installation.uninstall()
         self.report.expect("ordinary:Notepad")
         self.assert_gone()
         self.assertEqual(SETTINGS.read_bytes(), settings)
 
         self.install("/STARTUP=1", "/START=1")
         self.report.expect("topmost:Notepad")
-        bench.uninstall("/REMOVEDATA")
+        installation.uninstall("/REMOVEDATA")
         self.report.expect("ordinary:Notepad")
         self.assert_gone()
-        # What the system keeps for itself, the folder of per-user programs.
-        self.assertLessEqual(bench.users_files() - before_all,
-                             {str(bench.PROGRAMS.relative_to(bench.DRIVE / "users"))})
+        # The system keeps the folder of per-user programs for itself.
+        self.assertLessEqual(installation.users_files() - before_all,
+                             {str(installation.PROGRAMS.relative_to(installation.DRIVE / "users"))})
 
-    def test_upgrade_lets_windows_go(self):
+    def test_upgrade_releases_windows(self):
         self.open_notepad()
         self.pin_notepad()
         self.install("/START=1", setup=self.old_setup)
         self.report.expect("topmost:Notepad")
         self.install("/START=0")
         self.report.expect("ordinary:Notepad")
-        bench.expect_nothing_running()
+        installation.expect_nothing_running()
 
-    def test_copy_that_is_just_starting_is_closed_too(self):
+    def test_copy_that_is_just_starting_is_closed(self):
         for _ in range(3):
             self.install("/START=1")
-            bench.wait_until(bench.running, "the program is started")
+            installation.wait_until(installation.running, "the program is started")
             self.install("/START=0")
-            bench.expect_nothing_running()
+            installation.expect_nothing_running()
 
     def test_second_install_changes_nothing(self):
         self.install("/STARTUP=1")
         first = {name: digest(INSTALLED / name) for name in FILES}
-        values = bench.registered()
+        values = installation.registered()
         self.install()
         self.assertEqual({name: digest(INSTALLED / name) for name in FILES}, first)
-        self.assertEqual(bench.registered(), values)
+        self.assertEqual(installation.registered(), values)
         self.assertTrue(STARTUP_SHORTCUT.exists())
 
     def test_second_uninstall_has_nothing_to_do(self):
         self.install()
-        self.assertEqual(bench.uninstall_in_place(), 0)
+        self.assertEqual(installation.uninstall_in_place(), 0)
         # Run in place, the uninstaller cannot delete itself.
-        self.assertEqual(bench.files_below(INSTALLED), ["Uninstall.exe"])
-        self.assertEqual(bench.registered(), {})
-        self.assertEqual(bench.uninstall_in_place(), 0)
-        self.assertEqual(bench.uninstall_in_place("/REMOVEDATA"), 0)
-        self.assertEqual(bench.files_below(INSTALLED), ["Uninstall.exe"])
+        self.assertEqual(installation.files_below(INSTALLED), ["Uninstall.exe"])
+        self.assertEqual(installation.registered(), {})
+        self.assertEqual(installation.uninstall_in_place(), 0)
+        self.assertEqual(installation.uninstall_in_place("/REMOVEDATA"), 0)
+        self.assertEqual(installation.files_below(INSTALLED), ["Uninstall.exe"])
 
-    def test_settings_stay_unless_their_removal_is_asked_for_in_so_many_words(self):
+    def test_settings_stay_unless_their_removal_is_requested(self):
         self.pin_notepad()
         for option in ("", "/REMOVEDATA=0", "/REMOVEDATAX"):
             self.install()
-            bench.uninstall(*[option] if option else [])
+            installation.uninstall(*[option] if option else [])
             self.assertTrue(SETTINGS.exists(), option)
 
     def test_uninstall_leaves_the_users_own_files(self):
         self.install()
         (INSTALLED / "notes.txt").write_text("mine")
-        bench.uninstall()
-        self.assertEqual(bench.files_below(INSTALLED), ["notes.txt"])
+        installation.uninstall()
+        self.assertEqual(installation.files_below(INSTALLED), ["notes.txt"])
 
-    def test_settings_that_cannot_be_deleted_are_told(self):
+    def test_settings_that_cannot_be_deleted_are_reported(self):
         self.install()
         SETTINGS.parent.mkdir()
         holder = subprocess.Popen(
-            ["wine", "cmd", "/c", f"pause >{bench.windows_path(SETTINGS)}"],
+            ["wine", "cmd", "/c", f"pause >{installation.windows_path(SETTINGS)}"],
             stdin=subprocess.PIPE, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
         self.addCleanup(holder.wait)
         self.addCleanup(holder.stdin.close)
-        bench.wait_until(SETTINGS.exists, "the file is held open")
-        self.assertEqual(bench.uninstall_in_place("/REMOVEDATA"), EXIT_DATA_KEPT)
-        self.assertEqual(bench.registered(), {})
+        installation.wait_until(SETTINGS.exists, "the file is held open")
+        self.assertEqual(installation.uninstall_in_place("/REMOVEDATA"), EXIT_DATA_KEPT)
+        self.assertEqual(installation.registered(), {})
 
-    def test_folder_with_blanks_and_other_letters(self):
-        folder = bench.DRIVE / "Ünser Ordner 東京" / "O'Brien's b"
+    def test_folder_with_spaces_and_non_ascii_letters(self):
+        folder = installation.DRIVE / "Ünser Ordner 東京" / "O'Brien's b"
         self.assertEqual(
-            bench.wine_unquoted(self.setup, f"/S /D={bench.windows_path(folder)}"), 0)
-        self.assertEqual(bench.files_below(folder), FILES)
+            installation.wine_unquoted(self.setup, f"/S /D={installation.windows_path(folder)}"), 0)
+        self.assertEqual(installation.files_below(folder), FILES)
         self.assertFalse(INSTALLED.exists())
-        # An upgrade finds the folder by itself.
+        # An upgrade finds the folder on its own.
         self.install("/STARTUP=1", "/START=1")
         self.assertFalse(INSTALLED.exists())
-        bench.wait_until(SETTINGS.exists, "the program is started")
-        bench.uninstall(folder=folder)
+        installation.wait_until(SETTINGS.exists, "the program is started")
+        installation.uninstall(folder=folder)
         self.assert_gone()
         self.assertFalse(folder.exists())
         folder.parent.rmdir()
@@ -217,14 +218,15 @@ class InstallerTest(unittest.TestCase):
     def test_another_folder_leaves_nothing_in_the_old_one(self):
         self.install("/STARTUP=1", setup=self.old_setup)
         shortcut = STARTUP_SHORTCUT.read_bytes()
-        folder = bench.DRIVE / "other"
+        folder = installation.DRIVE / "other"
         self.assertEqual(
-            bench.wine_unquoted(self.setup, f"/S /D={bench.windows_path(folder)}"), 0)
-        self.assertEqual(bench.files_below(folder), FILES)
+            installation.wine_unquoted(self.setup, f"/S /D={installation.windows_path(folder)}"), 0)
+        self.assertEqual(installation.files_below(folder), FILES)
         self.assertFalse(INSTALLED.exists())
-        self.assertEqual(bench.registered()["InstallLocation"], bench.windows_path(folder))
+        self.assertEqual(installation.registered()["InstallLocation"],
+                         installation.windows_path(folder))
         self.assertNotEqual(STARTUP_SHORTCUT.read_bytes(), shortcut)
-        bench.uninstall(folder=folder)
+        installation.uninstall(folder=folder)
         self.assert_gone()
 
     def test_older_version_replaces_a_newer_one(self):
@@ -232,107 +234,107 @@ class InstallerTest(unittest.TestCase):
         self.install(setup=self.old_setup)
         self.assert_installed(OLD_VERSION)
 
-    def test_copy_that_does_not_end_stops_the_upgrade(self):
+    def test_running_copy_that_does_not_exit_stops_upgrade_and_removal(self):
         self.install("/START=1", setup=self.old_setup)
-        # Written while its window is created.
-        bench.wait_until(SETTINGS.exists, "the program is started")
+        # The settings file is written while its window is created.
+        installation.wait_until(SETTINGS.exists, "the program is started")
         before = {name: digest(INSTALLED / name) for name in FILES}
-        with bench.Paused():
-            self.assertEqual(bench.wine(self.setup, "/S"), EXIT_STILL_RUNNING)
-            self.assertEqual(bench.uninstall_in_place(), EXIT_STILL_RUNNING)
-        self.assertEqual(bench.files_below(INSTALLED), FILES)
+        with installation.Paused():
+            self.assertEqual(installation.wine(self.setup, "/S"), EXIT_STILL_RUNNING)
+            self.assertEqual(installation.uninstall_in_place(), EXIT_STILL_RUNNING)
+        self.assertEqual(installation.files_below(INSTALLED), FILES)
         self.assertEqual({name: digest(INSTALLED / name) for name in FILES}, before)
-        self.assertEqual(bench.registered()["DisplayVersion"], OLD_VERSION)
+        self.assertEqual(installation.registered()["DisplayVersion"], OLD_VERSION)
 
-    def test_folder_that_cannot_exist_is_told(self):
-        (bench.DRIVE / "file").write_text("no folder")
-        self.addCleanup((bench.DRIVE / "file").unlink)
-        self.assertEqual(bench.wine_unquoted(self.setup, '/S /D=C:\\file\\Morvane'),
+    def test_folder_that_cannot_be_created_is_reported(self):
+        (installation.DRIVE / "file").write_text("no folder")
+        self.addCleanup((installation.DRIVE / "file").unlink)
+        self.assertEqual(installation.wine_unquoted(self.setup, '/S /D=C:\\file\\Morvane'),
                          EXIT_NOT_WRITTEN)
         self.assert_gone()
 
     def test_files_that_cannot_be_written_leave_the_older_version_running(self):
         self.install("/START=1", setup=self.old_setup)
-        bench.wait_until(SETTINGS.exists, "the program is started")
-        before = bench.running()
+        installation.wait_until(SETTINGS.exists, "the program is started")
+        before = installation.running()
         (INSTALLED / "LICENSE.txt.new").mkdir()
-        self.assertEqual(bench.wine(self.setup, "/S"), EXIT_NOT_WRITTEN)
+        self.assertEqual(installation.wine(self.setup, "/S"), EXIT_NOT_WRITTEN)
         (INSTALLED / "LICENSE.txt.new").rmdir()
         self.assert_installed(OLD_VERSION)
-        self.assertEqual(bench.running(), before)
+        self.assertEqual(installation.running(), before)
 
-    def test_failure_in_the_middle_of_replacing_brings_the_older_version_back(self):
+    def test_failure_while_replacing_files_restores_the_older_version(self):
         self.install("/START=1", setup=self.old_setup)
-        bench.wait_until(SETTINGS.exists, "the program is started")
+        installation.wait_until(SETTINGS.exists, "the program is started")
         before = {name: digest(INSTALLED / name) for name in ("Morvane.exe", "Uninstall.exe")}
         # Not even an empty folder can be replaced by a file.
         (INSTALLED / "LICENSE.txt").unlink()
         (INSTALLED / "LICENSE.txt").mkdir()
-        self.assertEqual(bench.wine(self.setup, "/S"), EXIT_NOT_WRITTEN)
+        self.assertEqual(installation.wine(self.setup, "/S"), EXIT_NOT_WRITTEN)
         self.assertEqual({name: digest(INSTALLED / name) for name in before}, before)
-        self.assertEqual(bench.files_below(INSTALLED), sorted(before))
-        self.assertEqual(bench.registered()["DisplayVersion"], OLD_VERSION)
-        bench.wait_until(bench.running, "the older version runs again")
+        self.assertEqual(installation.files_below(INSTALLED), sorted(before))
+        self.assertEqual(installation.registered()["DisplayVersion"], OLD_VERSION)
+        installation.wait_until(installation.running, "the older version runs again")
 
-    def test_failure_in_the_middle_of_a_fresh_install_leaves_nothing(self):
+    def test_failure_during_a_fresh_install_leaves_nothing(self):
         (INSTALLED / "LICENSE.txt").mkdir(parents=True)
-        self.assertEqual(bench.wine(self.setup, "/S"), EXIT_NOT_WRITTEN)
-        self.assertEqual(bench.files_below(INSTALLED), [])
-        self.assertEqual(bench.registered(), {})
+        self.assertEqual(installation.wine(self.setup, "/S"), EXIT_NOT_WRITTEN)
+        self.assertEqual(installation.files_below(INSTALLED), [])
+        self.assertEqual(installation.registered(), {})
         self.assertFalse(START_MENU_ENTRY.exists())
 
-    @unittest.skipUnless(bench.can_mount(), NEEDS_MOUNT)
-    def test_read_only_target_is_told(self):
-        disk = bench.DRIVE / "disk"
-        with bench.Mounted(disk, "ro"):
-            self.assertEqual(bench.wine(self.setup, "/S", "/D=C:\\disk\\Morvane"),
+    @unittest.skipUnless(installation.can_mount(), NEEDS_MOUNT)
+    def test_read_only_target_is_reported(self):
+        disk = installation.DRIVE / "disk"
+        with installation.Mounted(disk, "ro"):
+            self.assertEqual(installation.wine(self.setup, "/S", "/D=C:\\disk\\Morvane"),
                              EXIT_NOT_WRITTEN)
         disk.rmdir()
         self.assert_gone()
 
-    @unittest.skipUnless(bench.can_mount(), NEEDS_MOUNT)
+    @unittest.skipUnless(installation.can_mount(), NEEDS_MOUNT)
     def test_full_disk_leaves_nothing_half_installed(self):
-        disk = bench.DRIVE / "disk"
-        with bench.Mounted(disk, "size=64k"):
-            self.assertEqual(bench.wine(self.setup, "/S", "/D=C:\\disk\\Morvane"),
+        disk = installation.DRIVE / "disk"
+        with installation.Mounted(disk, "size=64k"):
+            self.assertEqual(installation.wine(self.setup, "/S", "/D=C:\\disk\\Morvane"),
                              EXIT_NOT_WRITTEN)
             self.assertEqual(list(disk.iterdir()), [])
         disk.rmdir()
         self.assert_gone()
 
-    @unittest.skipUnless(bench.can_mount(), NEEDS_MOUNT)
+    @unittest.skipUnless(installation.can_mount(), NEEDS_MOUNT)
     def test_full_disk_leaves_the_older_version_running(self):
-        with bench.Mounted(INSTALLED, "size=600k"):
+        with installation.Mounted(INSTALLED, "size=600k"):
             self.install("/START=1", setup=self.old_setup)
-            bench.wait_until(SETTINGS.exists, "the program is started")
-            before = bench.running()
+            installation.wait_until(SETTINGS.exists, "the program is started")
+            before = installation.running()
             room = INSTALLED / "room"
             with self.assertRaises(OSError), room.open("wb", buffering=0) as file:
                 while True:
                     file.write(bytes(4096))
-            self.assertEqual(bench.wine(self.setup, "/S"), EXIT_NOT_WRITTEN)
-            self.assertEqual(bench.running(), before)
+            self.assertEqual(installation.wine(self.setup, "/S"), EXIT_NOT_WRITTEN)
+            self.assertEqual(installation.running(), before)
             room.unlink()
             self.assert_installed(OLD_VERSION)
 
     def walk_through(self, process):
-        """Takes the choice that each page offers first, until the program has ended."""
+        """Accepts the default on each page until the program ends."""
         def press_return():
             subprocess.run(["xdotool", "key", "Return"], check=True)
             return process.poll() is not None
-        bench.wait_until(press_return, "the last page is left")
+        installation.wait_until(press_return, "the last page is left")
         self.assertEqual(process.returncode, 0)
 
-    def test_pages_lead_to_a_running_program_and_back(self):
-        self.walk_through(bench.start(self.setup))
+    def test_default_choices_install_start_and_uninstall_the_program(self):
+        self.walk_through(installation.start(self.setup))
         self.assert_installed(self.version)
-        bench.wait_until(SETTINGS.exists, "the program is started, as the last page offers")
+        installation.wait_until(SETTINGS.exists, "the program is started, as the last page offers")
         self.assertFalse(STARTUP_SHORTCUT.exists())
-        self.walk_through(bench.start(INSTALLED / "Uninstall.exe",
-                                      f"_?={bench.windows_path(INSTALLED)}"))
-        self.assertEqual(bench.files_below(INSTALLED), ["Uninstall.exe"])
-        self.assertEqual(bench.registered(), {})
-        bench.expect_nothing_running()
+        self.walk_through(installation.start(INSTALLED / "Uninstall.exe",
+                                      f"_?={installation.windows_path(INSTALLED)}"))
+        self.assertEqual(installation.files_below(INSTALLED), ["Uninstall.exe"])
+        self.assertEqual(installation.registered(), {})
+        installation.expect_nothing_running()
         self.assertTrue(SETTINGS.exists())
 
     def test_uninstaller_of_a_signed_installer_is_signed(self):

@@ -1,10 +1,10 @@
-"""Throw-away certificates, and what is signed with them."""
+"""Makes throw-away certificates and verifies signatures."""
 
 import subprocess
 
 
 def make_certificate(folder):
-    """A certificate for signing programs, and its key."""
+    """Returns a code-signing certificate and its key."""
     certificate = folder / "certificate.pem"
     key = folder / "key.pem"
     subprocess.run(

@@ -1,4 +1,4 @@
-"""What the tests of installer and uninstaller do to a disposable Wine session, and see in it."""
+"""Installs, uninstalls and inspects the program in a disposable Wine session."""
 
 import functools
 import getpass
@@ -15,7 +15,7 @@ import time
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 sys.path.insert(0, str(ROOT / "packaging"))
 
-PATIENCE = 30  # seconds until something that should happen counts as failed
+PATIENCE = 30  # seconds to wait before giving up
 UNINSTALL_KEY = r"HKCU\Software\Microsoft\Windows\CurrentVersion\Uninstall\Morvane"
 
 PROFILE = pathlib.Path(os.environ.get("WINEPREFIX", "/nonexistent"))
@@ -28,7 +28,7 @@ START_MENU = APP_DATA / "Roaming" / "Microsoft" / "Windows" / "Start Menu" / "Pr
 START_MENU_ENTRY = START_MENU / "Morvane.lnk"
 STARTUP_SHORTCUT = START_MENU / "StartUp" / "Morvane.lnk"
 
-# Of the installer and the uninstaller.
+# Exit codes of the installer and the uninstaller.
 EXIT_CANCELLED = 1
 EXIT_STILL_RUNNING = 3
 EXIT_NOT_WRITTEN = 4
@@ -48,13 +48,13 @@ def wait_until(condition, what):
     end = time.monotonic() + PATIENCE
     while not condition():
         if time.monotonic() > end:
-            raise AssertionError(f"after {PATIENCE} s still not: {what}")
+            raise AssertionError(f"after {PATIENCE} s, still waiting until {what}")
         time.sleep(0.1)
 
 
 def wine(*arguments):
     """Runs a program and returns its exit code."""
-    # A file, not a pipe: what the program starts and leaves running would keep a pipe open.
+    # A file, not a pipe: programs it leaves running would keep a pipe open.
     with tempfile.TemporaryFile() as complaints:
         status = subprocess.run(["wine", *map(str, arguments)], stdin=subprocess.DEVNULL,
                                 stdout=subprocess.DEVNULL, stderr=complaints, timeout=120,
@@ -67,15 +67,17 @@ def wine(*arguments):
 
 
 def install(setup, *arguments):
-    """Installs silently and returns the exit code. One start among hundreds was seen to end with 1
-    without a word: no code of a silent installer, which has nobody to cancel it, but the one that
-    Wine gives for what it cannot start. So it is started again, and what there was is told."""
+    """Installs silently and returns the exit code.
+
+    One start in hundreds has been seen to exit with 1 and no message. A silent installer never
+    exits with 1, as nobody can cancel it, but Wine does when it cannot start a program. So this
+    tries again and prints the state it found."""
     for attempt in range(1, 4):
         status = wine(setup, "/S", *arguments)
         if status != EXIT_CANCELLED:
             break
-        print(f"start of the installer, attempt {attempt}: ended with {status}; there are "
-              f"{files_below(INSTALLED)}, {registered()}", file=sys.stderr)
+        print(f"the installer exited with {status} at attempt {attempt}; files: "
+              f"{files_below(INSTALLED)}, registry: {registered()}", file=sys.stderr)
     return status
 
 
@@ -85,24 +87,24 @@ def start(*arguments):
 
 
 def wine_unquoted(program, arguments):
-    """The same with arguments that reach the program without quotes, blanks or not: what follows
-    /D= and _?= is taken as it stands."""
+    """Runs a program with its arguments unquoted, as /D= and _?= need: they take the rest of the
+    command line literally."""
     return wine(program, *arguments.split(" "))
 
 
-class Report:
-    """The program that tells which windows are on top."""
+class WindowReport:
+    """Runs window_report, which checks the state of windows."""
 
     def __init__(self, build):
         self._program = build / "window_report.exe"
 
     def expect(self, *expectations):
         if wine(self._program, "wait", PATIENCE, *expectations) != 0:
-            raise AssertionError(f"not so after {PATIENCE} s: {' '.join(expectations)}")
+            raise AssertionError(f"does not hold after {PATIENCE} s: {' '.join(expectations)}")
 
 
 def registered():
-    """The values of the entry in the list of installed programs; empty when there is none."""
+    """The values of the entry in the list of installed programs; empty if there is no entry."""
     result = subprocess.run(["wine", "reg", "query", UNINSTALL_KEY], stdin=subprocess.DEVNULL,
                             stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, check=False)
     if result.returncode != 0:
@@ -113,7 +115,7 @@ def registered():
 
 
 def processes():
-    """The command lines, as lists, of all processes of the session, by their numbers."""
+    """All processes of the session: {process ID: command line as a list}."""
     found = {}
     for process in pathlib.Path("/proc").glob("[0-9]*"):
         try:
@@ -126,19 +128,19 @@ def processes():
 
 
 def running():
-    """The processes that run the program, by the file that each was started from; without those
-    that only carry out a switch."""
+    """The running copies: {process ID: program file}. Ignores processes that only handle a
+    command-line switch."""
     return {number: command[0] for number, command in processes().items()
             if len(command) == 1 and command[0].lower().endswith("\\morvane.exe")}
 
 
 def expect_nothing_running():
-    """Waits, since a process is still to be seen for a moment after Windows counts it as ended."""
+    """Waits, as a process stays visible for a moment after it has ended for Windows."""
     wait_until(lambda: not running(), "no copy runs")
 
 
 class Paused:
-    """Stops every running copy for as long as the object is in use."""
+    """Context manager that suspends every running copy."""
 
     def __enter__(self):
         self._processes = list(running())
@@ -155,7 +157,7 @@ def windows_path(path):
 
 
 class Mounted:
-    """A small file system of its own at the folder, for as long as the object is in use."""
+    """Context manager that mounts a small file system at the folder."""
 
     def __init__(self, folder, options):
         self._folder = folder
@@ -167,12 +169,12 @@ class Mounted:
                        check=True)
 
     def __exit__(self, *_):
-        # Lazily: a program that just ended may still hold its file.
+        # Lazily, as a program that just ended may still hold its file.
         subprocess.run(["umount", "-l", str(self._folder)], check=True)
 
 
 def users_files():
-    """Every file and folder of the users, less the folders for temporary files."""
+    """Every file and folder of the users, except temporary ones."""
     users = DRIVE / "users"
     return {str(path.relative_to(users)) for path in users.rglob("*")
             if "Temp" not in path.relative_to(users).parts}
@@ -183,26 +185,26 @@ def files_below(folder):
 
 
 def uninstall(*arguments, folder=INSTALLED):
-    """Returns once the uninstaller, which goes on in a copy of itself, has come to its end."""
+    """Waits for the uninstaller, which continues in a copy of itself, to finish."""
     status = wine(folder / "Uninstall.exe", "/S", *arguments)
     try:
         wait_until(lambda: not (folder / "Uninstall.exe").exists() and not registered(),
-                   f"the uninstaller, started with status {status}, has done its work")
+                   f"the uninstaller, whose start returned {status}, has removed everything")
     except AssertionError as error:
-        raise AssertionError(f"{error}; there are {files_below(folder)}, {registered()}, "
-                             f"{processes()}") from error
+        raise AssertionError(f"{error}; files: {files_below(folder)}, registry: {registered()}, "
+                             f"processes: {processes()}") from error
     wait_until(lambda: not any(folder.parent.glob(folder.name)) or any(folder.iterdir()),
                "the uninstaller ends")
 
 
 def uninstall_in_place(*arguments, folder=INSTALLED):
-    """The uninstaller without its copy, so that its exit code can be seen; the file itself stays."""
+    """Runs the uninstaller without its copy: the exit code is known, its own file stays."""
     return wine_unquoted(folder / "Uninstall.exe",
                          " ".join(["/S", *arguments, f"_?={windows_path(folder)}"]))
 
 
 def clean():
-    """No program, no settings, nothing running: what a test begins and ends with."""
+    """Kills every copy and removes all traces of the program."""
     for process in running():
         os.kill(process, signal.SIGKILL)
     expect_nothing_running()
@@ -215,7 +217,7 @@ def clean():
 
 @functools.cache
 def can_mount():
-    """Whether a file system of a given size can be made, to fill it up."""
+    """Whether a file system of limited size can be mounted here."""
     folder = DRIVE / "mount-trial"
     folder.mkdir()
     done = subprocess.run(["mount", "-t", "tmpfs", "-o", "size=64k", "none", str(folder)],
