@@ -6,7 +6,7 @@
 
 namespace {
 
-// Looked at without any order between threads, which costs no more than a plain bool.
+// Read without ordering between threads, which costs no more than a plain bool.
 std::atomic<bool> counting = false;
 std::atomic<std::size_t> allocations = 0;
 
@@ -26,8 +26,8 @@ std::size_t StopCountingAllocations() {
 
 }  // namespace morvane::test
 
-// The forms for arrays and those that do not throw end in these. The forms for types of a larger
-// alignment do not and are not counted; the program has no such types.
+// The array and non-throwing forms call these. The over-aligned forms do not, so they are not
+// counted; the program has no over-aligned types.
 void* operator new(std::size_t size) {
     if (counting.load(std::memory_order_relaxed)) {
         ++allocations;

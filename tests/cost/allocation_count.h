@@ -4,12 +4,11 @@
 
 namespace morvane::test {
 
-// Only in executables that allocation_count.cpp is a source of: it replaces the operators. Nothing
-// is counted outside of the two, so that what is timed there pays for no counter.
+// Needs allocation_count.cpp in the executable, which replaces the operators. Nothing is counted
+// before the start and after the stop, so code that is timed there does not pay for a counter.
 void StartCountingAllocations();
 
-// How often this process has asked for memory since the counting began, by new and by whatever uses
-// it.
+// How often this process has allocated memory with new, directly or not, since the start.
 [[nodiscard]] std::size_t StopCountingAllocations();
 
 template <typename Work>

@@ -1,4 +1,4 @@
-// How often a pass asks for memory once it has seen all windows: never for a window that does not
+// How often a pass allocates memory once it has seen all windows: never for a window that does not
 // match, at most once for one that does.
 
 #include <cstddef>
@@ -25,14 +25,14 @@ protected:
     }
 };
 
-// Of a pass that has met the same windows before.
+// For a pass over windows that the previous pass has already seen.
 std::size_t AllocationsOfPass() {
     ApplyAll();
     return AllocationsOf(ApplyAll);
 }
 
 TEST_F(AllocationTest, AreCounted) {
-    // Kept, or the compiler would leave out what nobody uses.
+    // These outlive the calls, or the compiler would optimise the allocations away.
     std::unique_ptr<int> one;
     std::unique_ptr<int[]> some;
     std::wstring text;
@@ -43,7 +43,7 @@ TEST_F(AllocationTest, AreCounted) {
     EXPECT_EQ(text.size(), static_cast<std::size_t>(*one + 99 + some[2]));
 }
 
-TEST_F(AllocationTest, AWindowWithoutAMatchCostsNone) {
+TEST_F(AllocationTest, AWindowThatMatchesNothingCostsNone) {
     ASSERT_TRUE(WriteSettings(FullSettings()));
     const std::size_t without = AllocationsOfPass();
     AddWindows(40,
@@ -52,7 +52,7 @@ TEST_F(AllocationTest, AWindowWithoutAMatchCostsNone) {
     EXPECT_TRUE(Engine().pinnedWindows.empty());
 }
 
-TEST_F(AllocationTest, AWindowWithAMatchCostsOneAtMost) {
+TEST_F(AllocationTest, AMatchingWindowCostsOneAtMost) {
     constexpr int Windows = 40;
     ASSERT_TRUE(WriteSettings("editor\n" + FullSettings()));
     const std::size_t without = AllocationsOfPass();
@@ -63,8 +63,8 @@ TEST_F(AllocationTest, AWindowWithAMatchCostsOneAtMost) {
     EXPECT_EQ(AllocationsOfPass(), with);
 }
 
-// Three for the file: its bytes, the line under conversion and the list.
-TEST_F(AllocationTest, AnEntryOfTheFileCostsOneAndTheFileThreeMore) {
+// Three for the file: its bytes, the line being converted and the list.
+TEST_F(AllocationTest, AnEntryInTheFileCostsOneAndTheFileThreeMore) {
     const std::string line = "a pattern too long to need no memory of its own ";
     for (const std::size_t entries : {1U, 10U, 100U}) {
         std::string lines;
@@ -77,7 +77,7 @@ TEST_F(AllocationTest, AnEntryOfTheFileCostsOneAndTheFileThreeMore) {
     }
 }
 
-TEST_F(AllocationTest, IdentityOfATitleCostsNone) {
+TEST_F(AllocationTest, FindingTheEntryOfATitleCostsNone) {
     LoadSettings(FullSettings() + "editor\n");
     const std::wstring title = std::wstring(480, L'x') + L" - ENTRY-42 - text editor";
     ASSERT_EQ(title.size(), 505U);

@@ -15,8 +15,8 @@
 namespace morvane::test {
 namespace {
 
-// Each counted function needs a replacement of its own, which has no other way to know its place
-// than by the number that tells it apart from others of the same type.
+// Each counted function needs a replacement of its own. The number tells replacements for functions
+// of the same type apart.
 template <std::size_t Number, typename Function>
 class CountedCall;
 
@@ -44,20 +44,20 @@ private:
 
 int otherCalls = 0;
 
-// In the place of functions of any type: a caller of this platform cleans up its own arguments.
+// Works for functions of any type: on this platform the caller cleans up its arguments.
 INT_PTR WINAPI CountOther() {
     ++otherCalls;
     return 0;
 }
 
-bool ConcernsFiles(std::string_view name) {
+bool IsAboutFiles(std::string_view name) {
     constexpr std::string_view Words[] = {"File", "Directory", "Path", "Volume", "Profile"};
     return std::any_of(std::begin(Words), std::end(Words), [name](std::string_view word) {
         return name.find(word) != std::string_view::npos;
     });
 }
 
-// Replaces what is not counted by name, so that nothing goes unseen.
+// Replaces the functions that are not counted by name, so that no call goes unseen.
 class OthersReplaced {
 public:
     explicit OthersReplaced(const CallCounts& counted) {
@@ -68,7 +68,7 @@ public:
             }
         }
         for (const ImportedFunction& function : ImportsFrom("kernel32.dll")) {
-            if (ConcernsFiles(function.name)) {
+            if (IsAboutFiles(function.name)) {
                 Replace(function, counted);
             }
         }

@@ -1,5 +1,5 @@
-// What a pass asks of the platform: every window is asked all that the rules want to know, each
-// time anew, and nothing more. And what it takes to save the settings.
+// The platform calls of a pass, which queries exactly what the rules need and does so anew each
+// time, and those of a save.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -21,13 +21,14 @@ class PlatformCallsTest : public EngineTest {
 protected:
     void SetUp() override {
         EngineTest::SetUp();
-        // The desktop has windows of its own, which are all there once its task bar is; so has the
-        // system for every process that opens one.
+        // Waits for the desktop's own windows, which are complete once the taskbar is there, and
+        // for those that the system adds when a process opens its first window.
         ASSERT_TRUE(WaitForTaskbar());
         ASSERT_NE(Other().Create({.visible = false}), nullptr);
     }
 
-    // The calls of a pass that are due to the actor's windows of this kind, for one of them.
+    // Expects these calls for each such window of the actor: in the pass that pins it and in later
+    // ones.
     void ExpectForEach(const WindowSpec& spec, const CallCounts& first, const CallCounts& later) {
         constexpr int Windows = 3;
         const CallCounts before = CountCalls(ApplyAll);
@@ -53,7 +54,7 @@ protected:
     }
 
 private:
-    // A window that was pinned is looked at once more after its death, and then forgotten.
+    // A pinned window that is gone is checked once more and then forgotten.
     [[nodiscard]] static CallCounts OfDead(const CallCounts& first, int windows) {
         return first.contains("SetWindowPos") ? CallCounts{{"IsWindow", windows}} : CallCounts{};
     }
@@ -61,7 +62,7 @@ private:
 
 constexpr DWORD Popup = WS_POPUP | WS_CAPTION;
 
-// A file of this size is read in so many parts; one more read finds the end.
+// A file is read in parts of this size; one more read finds the end.
 CallCounts FileCalls(std::size_t size) {
     constexpr std::size_t PartSize = 0x4000;
     const auto parts = static_cast<int>((size + PartSize - 1) / PartSize);
@@ -70,7 +71,7 @@ CallCounts FileCalls(std::size_t size) {
 
 constexpr std::size_t SmallFile = 20;
 
-TEST_F(PlatformCallsTest, AWindowIsAskedNoMoreThanItsFirstRefusalTakes) {
+TEST_F(PlatformCallsTest, AWindowIsQueriedOnlyUntilTheFirstRefusal) {
     const CallCounts hidden = {{"IsWindowVisible", 1}};
     const CallCounts owned = {{"IsWindowVisible", 1}, {"GetWindow", 1}};
     const CallCounts ours = {{"IsWindowVisible", 1}, {"GetWindow", 1}, {"GetClassNameW", 1}};
@@ -96,9 +97,9 @@ TEST_F(PlatformCallsTest, AWindowIsAskedNoMoreThanItsFirstRefusalTakes) {
     }
 }
 
-TEST_F(PlatformCallsTest, AMatchingWindowIsAskedItsTitleAgainAndThenToBeTopmost) {
-    // Once for its place in the list and once more when it is pinned; later passes also look
-    // whether what they remember still qualifies.
+TEST_F(PlatformCallsTest, AMatchingWindowHasItsTitleReadAgainAndIsMadeTopmost) {
+    // The title is read once to find the entry and again when pinning; later passes also check
+    // whether the remembered windows still qualify.
     const CallCounts first = {{"IsWindowVisible", 1}, {"GetWindow", 1},   {"GetClassNameW", 1},
                               {"GetWindowTextW", 3},  {"IsWindow", 2},    {"IsIconic", 1},
                               {"GetWindowRect", 1},   {"SetWindowPos", 1}};
@@ -134,11 +135,11 @@ TEST_F(PlatformCallsTest, APassEnumeratesOnceAndReadsTheFileOnce) {
     EXPECT_FALSE(counts.contains(OtherCalls));
 }
 
-TEST_F(PlatformCallsTest, EveryPassTakesTheListFromTheFileAnew) {
+TEST_F(PlatformCallsTest, EveryPassReadsTheListFromTheFileAgain) {
     const HWND window = Window(L"Editor");
     ApplySettings("editor\n");
     ASSERT_EQ(Engine().pinnedWindows, PinnedWindowSet({window}));
-    // The file stays as it is, down to its time: what is in memory counts for nothing.
+    // Neither the file nor its time changes; the list in memory must not matter.
     Engine().pinList = {false, {{L"calculator", 0, 0}}};
     ApplyAll();
     EXPECT_TRUE(Engine().pinList.pinning);
@@ -147,7 +148,7 @@ TEST_F(PlatformCallsTest, EveryPassTakesTheListFromTheFileAnew) {
     EXPECT_EQ(Engine().pinnedWindows, PinnedWindowSet({window}));
 }
 
-TEST_F(PlatformCallsTest, WithPinningOffAPassLooksAtNoWindow) {
+TEST_F(PlatformCallsTest, APassWithPinningOffEnumeratesNoWindows) {
     const HWND window = Window(L"Editor");
     ApplySettings("editor\n");
     ASSERT_EQ(Engine().pinnedWindows, PinnedWindowSet({window}));
@@ -158,7 +159,7 @@ TEST_F(PlatformCallsTest, WithPinningOffAPassLooksAtNoWindow) {
     EXPECT_EQ(CountCalls(ApplyAll), FileCalls(SmallFile));
 }
 
-TEST_F(PlatformCallsTest, AFileIsReadInPartsToItsEnd) {
+TEST_F(PlatformCallsTest, AFileIsReadInPartsToTheEnd) {
     for (const std::size_t size : {12U, 0x3FFFU, 0x4000U, 0x4001U, 1'000'000U}) {
         SCOPED_TRACE(size);
         std::string text = "@pinning=0\n";
@@ -174,8 +175,8 @@ TEST_F(PlatformCallsTest, AFileIsReadInPartsToItsEnd) {
     EXPECT_FALSE(missing.contains("ReadFile"));
 }
 
-// Creating a file and saving to it are two steps, of which the second is always taken.
-TEST_F(PlatformCallsTest, AMissingFileIsWrittenTwiceAndAnyOtherOnce) {
+// Creating the file and saving to it are separate steps, and saving always follows.
+TEST_F(PlatformCallsTest, AMissingFileIsWrittenTwiceAndAnExistingOneOnce) {
     const CallCounts write = {
         {"CreateFileW", 1}, {"SetEndOfFile", 1}, {"WriteFile", 1}, {"CloseHandle", 1}};
     ASSERT_TRUE(WriteSettings(""));

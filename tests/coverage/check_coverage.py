@@ -1,10 +1,10 @@
 #!/usr/bin/python3
-"""Reports which lines of the program the tests have run, and judges the rest.
+"""Reports the lines of the program that no test runs.
 
-Every line of src/ that no test runs needs an excuse in excuses.txt: its file and its text, and below
-them, indented, the reason. An excuse covers one line; "x2: " before the text makes it cover two lines
-of that text. A line without an excuse, an excuse without its lines, and a share below the goal are
-findings. Exit code: 0 without findings, 1 otherwise. Needs gcovr.
+Each such line needs an excuse in excuses.txt: its file and text, and below, indented, the reason. An
+excuse covers one line; "x2: " before the text makes it cover two lines with that text. Exits with 1
+if a line has no excuse, an excuse does not match its lines, or the coverage is below the goal.
+Needs gcovr.
 
 usage: check_coverage.py BUILD_FOLDER
 """
@@ -25,7 +25,7 @@ GCOV = "x86_64-w64-mingw32-gcov-posix"
 
 
 def counted_lines(build):
-    """{(file, line number): how often it was run}"""
+    """{(file, line number): execution count}"""
     result = subprocess.run(
         ["gcovr", "--root", str(ROOT), "--filter", str(ROOT / "src") + "/", "--gcov-executable",
          GCOV, "--json", "-", str(build / "src")],
@@ -44,13 +44,13 @@ def read_excuses(text):
             continue
         if line.startswith(" "):
             if subject is None:
-                raise ValueError(f"a reason without a line: {line.strip()}")
+                raise ValueError(f"reason without a line: {line.strip()}")
             lines, reason = found[subject]
             found[subject] = Excuse(lines, f"{reason} {line.strip()}".strip())
             continue
         match = re.fullmatch(r"(\S+): (?:x(\d+): )?(.+)", line.rstrip())
         if not match:
-            raise ValueError(f"no file and text: {line}")
+            raise ValueError(f"not of the form FILE: TEXT: {line}")
         subject = match[1], match[3].strip()
         if subject in found:
             raise ValueError(f"excused twice: {line}")
@@ -59,16 +59,15 @@ def read_excuses(text):
 
 
 def judge(missed, excuses):
-    """The findings about the lines that are not run, [(file, number, text)]."""
-    findings = [f"{file}:{number}: no test runs this line, and nothing excuses it: {text}"
+    """The findings for the missed lines, given as [(file, number, text)]."""
+    findings = [f"{file}:{number}: not run by any test and not excused: {text}"
                 for file, number, text in missed if (file, text) not in excuses]
     counts = Counter((file, text) for file, _, text in missed)
     for (file, text), (lines, reason) in excuses.items():
         if counts[file, text] != lines:
-            findings.append(f"{file}: excused are {lines} lines, not run are {counts[file, text]}: "
-                            f"{text}")
+            findings.append(f"{file}: {lines} lines excused, {counts[file, text]} not run: {text}")
         if not reason:
-            findings.append(f"{file}: an excuse without a reason: {text}")
+            findings.append(f"{file}: excuse without a reason: {text}")
     return findings
 
 
@@ -85,14 +84,14 @@ def main(build):
     findings = judge(missed, excuses)
     share = 100.0 * (len(counts) - len(missed)) / len(counts) if counts else 0.0
     if share < GOAL:
-        findings.append(f"below the goal of {GOAL} %")
+        findings.append(f"coverage is below the goal of {GOAL} %")
 
     for file, number, text in missed:
         print(f"not run: {file}:{number}: {text}")
         if (file, text) in excuses:
             print(f"         {excuses[file, text].reason}")
     print("\n".join(findings))
-    print(f"{len(counts) - len(missed)} of {len(counts)} lines of the program are run: {share:.1f} %")
+    print(f"{len(counts) - len(missed)} of {len(counts)} lines of the program run: {share:.1f} %")
     return 1 if findings else 0
 
 

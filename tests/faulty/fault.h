@@ -6,24 +6,24 @@
 #include "base/win.h"
 #include "support/refusal.h"
 
-// The program with faults: morvane_faulty.exe is made of the program's very objects and of what is
-// here, which exchanges platform functions in its import table before the program begins.
+// morvane_faulty.exe is made of the program's own object files and of this folder, which replaces
+// platform functions in its import table before the program begins.
 //
-// MORVANE_FAULTS names what fails, parted by commas:
+// MORVANE_FAULTS lists what fails, separated by commas:
 //
 //   SetTimer            every call fails
 //   SetTimer@2          the second call fails
 //   SetTimer@2-         the second call and all later ones fail
 //   SetTimer@2-5        the second to the fifth call fail
-//   SetTimer@0          no call fails; the calls are only noted
-//   WriteFile=20        the disk takes 20 more bytes
-//   GetSystemDirectoryW=16  writes 16 characters beyond the caller's buffer
-//   LoadLibraryExW=1    looks for libraries beside the program first
-//   ShellExecuteW=1     makes the library throw: at a text that is not there (1), at a place behind
-//                       the end of one (2), at one longer than any can be (3)
+//   SetTimer@0          no call fails; the calls are only recorded
+//   WriteFile=20        the disk has room for 20 more bytes
+//   GetSystemDirectoryW=16  writes 16 characters past the caller's buffer
+//   LoadLibraryExW=1    searches the program's folder first
+//   ShellExecuteW=1     makes the library throw: for a string from a null pointer (1), for a
+//                       position past the end (2), for an impossible length (3)
 //
-// MORVANE_FAULT_REPORT is a file that gets a line per call of the named functions: the name, and
-// "failed" or "passed". A plan that cannot be carried out ends the process with PlanFailed.
+// MORVANE_FAULT_REPORT names a file that gets a line per call of the listed functions: the name,
+// and "failed" or "passed". An invalid plan ends the process with PlanFailed.
 namespace morvane::faulty {
 
 inline constexpr UINT PlanFailed = 99;
@@ -36,10 +36,10 @@ struct Fault {
     unsigned calls = 0;
     unsigned firstFailing = 0;  // counted from 1
     unsigned lastFailing = 0;
-    unsigned amount = 0;  // what stands behind "="
+    unsigned amount = 0;  // the number after "="
 };
 
-// Counts and notes a call; true when it has to fail.
+// Counts and records a call; true if it must fail.
 bool MustFail(Fault& fault);
 
 // A function's name as a template argument.
@@ -55,7 +55,7 @@ struct Name {
     }
 };
 
-// A function of that name and type which fails when it has to.
+// Replaces the function of this name and type, and fails when it must.
 template <Name FunctionName, typename Function, auto Failure, DWORD Error>
 struct Failing;
 

@@ -9,7 +9,7 @@
 namespace morvane::faulty {
 namespace {
 
-// A disk that takes so many more bytes and then no others.
+// A disk that takes this many more bytes.
 struct FullDisk {
     static inline Fault fault{.name = "WriteFile", .replacement = nullptr};
     static inline DWORD taken = 0;
@@ -39,7 +39,7 @@ struct FullDisk {
     }
 };
 
-// What may be read but not written: a file without the right to write, or in a read-only folder.
+// Files that can be read but not written: without write permission, or in a read-only folder.
 struct WriteProtection {
     static inline Fault fault{.name = "CreateFileW", .replacement = nullptr};
 
@@ -60,7 +60,7 @@ struct WriteProtection {
     }
 };
 
-// Fails; or, with an amount, writes so many characters beyond its caller's buffer.
+// Fails; with an amount, writes that many characters past its caller's buffer.
 struct SystemDirectory {
     static inline Fault fault{.name = "GetSystemDirectoryW", .replacement = nullptr};
 
@@ -72,7 +72,7 @@ struct SystemDirectory {
             SetLastError(ERROR_NOT_ENOUGH_MEMORY);
             return 0;
         }
-        // Not by way of an object whose size the compiler knows.
+        // Through a pointer, as the compiler knows the sizes of objects.
         volatile wchar_t* const end = path + size;
         for (unsigned i = 0; i < fault.amount; ++i) {
             end[i] = L'x';
@@ -86,8 +86,7 @@ struct SystemDirectory {
     }
 };
 
-// Fails; or, with an amount, looks for the library as a program does that does not take care:
-// beside the program first.
+// Fails; with an amount, searches like a careless program: its own folder first.
 struct LibraryLoading {
     static inline Fault fault{.name = "LoadLibraryExW", .replacement = nullptr};
 
@@ -107,7 +106,7 @@ struct LibraryLoading {
     }
 };
 
-// Fails; or, with an amount, makes the runtime's library throw, by the very functions that a broken
+// Fails; with an amount, makes the runtime library throw, through the functions that a broken
 // precondition in the program would call.
 struct EditorStart {
     static inline Fault fault{.name = "ShellExecuteW", .replacement = nullptr};
@@ -140,7 +139,7 @@ using AllocateFunction = void*(WINAPI*)(std::size_t);  // malloc, without its at
 
 constexpr INT_PTR NoHandle = -1;  // INVALID_HANDLE_VALUE as a number
 
-// Only what the program imports: a plan that names anything else cannot be carried out.
+// Only functions that the program imports; any other name makes the plan invalid.
 Fault* const AllFaults[] = {
     FullDisk::Entry(),
     WriteProtection::Entry(),
@@ -188,7 +187,7 @@ Fault* const AllFaults[] = {
     Failing<"CoUninitialize", decltype(&CoUninitialize), 0, ERROR_SUCCESS>::Entry(),
 };
 
-// Before wWinMain, and after the functions that carry it out.
+// Initialised before wWinMain, and after the faults themselves.
 const bool IsPlanCarriedOut = CarryOutPlan(AllFaults);
 
 }  // namespace

@@ -14,7 +14,7 @@ namespace {
 constexpr unsigned Always = std::numeric_limits<unsigned>::max();
 constexpr DWORD LongestValue = 1024;
 
-// Kept before anything is exchanged, so that what fails is noted all the same.
+// Set up before anything is replaced, so that the report itself cannot fail.
 struct Report {
     HANDLE file = INVALID_HANDLE_VALUE;
     decltype(&WriteFile) write = nullptr;
@@ -39,7 +39,7 @@ unsigned ToNumber(std::string_view text) {
     return number;
 }
 
-// What stands behind "@": one call, a range, or a range without an end.
+// The text after "@": one call, a range, or a range without an end.
 void ReadCalls(std::string_view text, Fault& fault) {
     const std::size_t dash = text.find('-');
     fault.firstFailing = ToNumber(text.substr(0, dash));

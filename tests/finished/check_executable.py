@@ -1,7 +1,7 @@
 #!/usr/bin/python3
-"""Checks facts about the finished program file that no test of a running program shows.
+"""Checks properties of the finished program file that running the program does not show.
 
-Prints a line per fact and a closing count. Exit code: 0 when every fact holds, 1 otherwise.
+Prints a line per fact and the totals. Exits with 0 if every fact holds, with 1 otherwise.
 Needs pefile (Debian: python3-pefile).
 """
 
@@ -19,10 +19,10 @@ import pe_resources
 from expected import (
     ALLOWED_ANSI, COMMON_TEXTS, DESCRIPTIONS, KNOWN_LIBRARIES, SUPPORTED_SYSTEMS)
 
-# mov ecx, 2; int 29h: Windows ends the process at once, because of a changed stack guard.
+# mov ecx, 2; int 29h: ends the process at once because a stack guard was changed.
 GUARD_FAILURE = b"\xb9\x02\x00\x00\x00\xcd\x29"
 NEAR_CALL_SIZE = 5
-# Far fewer than there are; without the compiler's option there is none.
+# Far fewer than the program has; without the compiler's option there are none.
 MIN_GUARDED_FUNCTIONS = 40
 
 ICON_ID = 101
@@ -36,7 +36,7 @@ Program = namedtuple("Program", "pe data version max_bytes")
 
 
 class Failed(Exception):
-    """A fact that does not hold; the text says what was found."""
+    """A fact does not hold; the text says what was found."""
 
 
 def require(condition, message):
@@ -50,8 +50,8 @@ def named(constants, value):
 
 def check_size(program):
     size = len(program.data)
-    require(size <= program.max_bytes, f"{size} bytes, allowed are {program.max_bytes}")
-    return f"{size} bytes, allowed are {program.max_bytes}"
+    require(size <= program.max_bytes, f"{size} bytes, the limit is {program.max_bytes}")
+    return f"{size} bytes, the limit is {program.max_bytes}"
 
 
 def check_machine(program):
@@ -75,7 +75,7 @@ def imported_libraries(program):
 
 def check_imports(program):
     libraries = sorted(library for library, _ in imported_libraries(program))
-    require(libraries, "no import table was found")
+    require(libraries, "no import table")
     foreign = [library for library in libraries if library.lower() not in KNOWN_LIBRARIES]
     require(not foreign, "loaded at start: " + ", ".join(foreign))
     return ", ".join(libraries)
@@ -84,7 +84,7 @@ def check_imports(program):
 def check_wide_functions(program):
     ansi = []
     for library, functions in imported_libraries(program):
-        # The C runtime has no pairs of an ANSI and a wide function told apart by a last letter.
+        # The C runtime has no A and W variants of its functions.
         if library.lower() == "msvcrt.dll":
             continue
         names = ((function.name or b"").decode("ascii", "replace") for function in functions)
@@ -92,8 +92,8 @@ def check_wide_functions(program):
     unexpected = sorted(pair for pair in ansi if pair not in ALLOWED_ANSI)
     require(not unexpected, "imported: " + ", ".join(f"{name} of {dll}" for dll, name in unexpected))
     if not ansi:
-        return "no ANSI function is imported"
-    return "ANSI only in the runtime's own " + ", ".join(sorted(name for _, name in ansi))
+        return "no ANSI functions imported"
+    return "only those of the C++ runtime: " + ", ".join(sorted(name for _, name in ansi))
 
 
 def check_dll_characteristic(name):
@@ -126,34 +126,34 @@ def check_sections(program):
 
 
 def check_stack_guard(program):
-    """Functions that, before they return, call what ends a program whose buffer was overrun."""
+    """Counts the calls of the code that ends the process after a buffer overrun."""
     code = next(s for s in program.pe.sections if s.IMAGE_SCN_MEM_EXECUTE)
     data = code.get_data()
     ends = {match.start() for match in re.finditer(re.escape(GUARD_FAILURE), data)}
-    require(ends, "nothing ends the program for an overrun buffer")
-    # A near call's target counts from the instruction behind its four bytes of distance.
+    require(ends, "no code ends the program after a buffer overrun")
+    # A near call's target is relative to the instruction after it.
     calls = sum(position + NEAR_CALL_SIZE + struct.unpack_from("<i", data, position + 1)[0] in ends
                 for position in (match.start() for match in re.finditer(b"\xe8", data))
                 if position + NEAR_CALL_SIZE <= len(data))
     require(calls >= MIN_GUARDED_FUNCTIONS,
-            f"{calls} calls of it, expected at least {MIN_GUARDED_FUNCTIONS}")
-    return f"{calls} functions look at it"
+            f"{calls} functions have a stack guard, expected at least {MIN_GUARDED_FUNCTIONS}")
+    return f"{calls} functions have one"
 
 
 def check_stripped(program):
     header = program.pe.FILE_HEADER
     require(header.PointerToSymbolTable == 0 and header.NumberOfSymbols == 0,
-            f"a symbol table of {header.NumberOfSymbols} symbols was left in")
+            f"contains a symbol table of {header.NumberOfSymbols} symbols")
     directory = pefile.DIRECTORY_ENTRY["IMAGE_DIRECTORY_ENTRY_DEBUG"]
     require(program.pe.OPTIONAL_HEADER.DATA_DIRECTORY[directory].Size == 0,
-            "a debug directory was left in")
+            "contains a debug directory")
     return "no symbols, no debug directory"
 
 
 def check_build_traces(program):
     found = build_traces.traces_in(program.data)
     require(not found, "found " + ", ".join(found))
-    return "no paths and no source names"
+    return "no paths or source names"
 
 
 def check_icon(program):
@@ -170,12 +170,12 @@ def check_icon(program):
             f"the file holds the images {[icon.identifier for icon in icons]}, "
             f"the group names {image.identifier}")
     data = icons[0].data
-    require(len(data) == image.size, f"the image has {len(data)} bytes, listed are {image.size}")
+    require(len(data) == image.size, f"the image has {len(data)} bytes, the group lists {image.size}")
     require(data.startswith(PNG_SIGNATURE), "the image is not stored as PNG")
     png = struct.unpack_from(">IIBB", data, 16)
     require(png == (16, 16, 8, 6),
             "the PNG is {}x{} with depth {} and colour type {}, expected RGBA".format(*png))
-    return f"{ICON_ID}, one image of 16x16 at 32 bits, PNG of {len(data)} bytes"
+    return f"{ICON_ID}, one 16x16 image at 32 bits, PNG of {len(data)} bytes"
 
 
 def manifest_root(program):
@@ -249,7 +249,7 @@ def check_string_table(name):
 def check_translations(program):
     root = version_root(program)
     found = [f"{language:04x}{page:04x}" for language, page in pe_resources.translations(root)]
-    # The program shows the version of the first pair, so the order counts.
+    # The order matters: the program shows the version of the first pair.
     require(found == list(DESCRIPTIONS), f"the translations are {found}")
     tables = list(pe_resources.string_tables(root))
     require(tables == found, f"the translations are {found}, the tables {tables}")
@@ -283,16 +283,16 @@ CHECKS = (
 
 
 def parse(data):
-    """The parsed file; raises pefile.PEFormatError when it is no program file."""
+    """Parses the file; raises pefile.PEFormatError if it is not a program file."""
     pe = pefile.PE(data=data, fast_load=True)
-    # Without the rest, such as the unwinding tables of every function, this takes a fraction.
+    # Skipping the rest, such as every function's unwind table, is much faster.
     pe.parse_data_directories([pefile.DIRECTORY_ENTRY["IMAGE_DIRECTORY_ENTRY_" + name]
                                for name in ("IMPORT", "RESOURCE", "BASERELOC")])
     return pe
 
 
 def run_checks(data, version, max_bytes):
-    """Yields (fact, holds, detail) for the bytes of a program file."""
+    """Yields (fact, holds, detail) for each fact about the program file."""
     try:
         pe = parse(data)
     except pefile.PEFormatError as error:
@@ -307,13 +307,13 @@ def run_checks(data, version, max_bytes):
 
 
 def main():
-    parser = argparse.ArgumentParser(description="Checks facts about the finished program file.")
+    parser = argparse.ArgumentParser(description="Checks properties of the finished program file.")
     parser.add_argument("path", type=Path)
-    parser.add_argument("--version", required=True, help="the version the file must carry")
-    parser.add_argument("--max-bytes", type=int, required=True, help="the most it may have")
+    parser.add_argument("--version", required=True, help="the expected version")
+    parser.add_argument("--max-bytes", type=int, required=True, help="the size limit")
     arguments = parser.parse_args()
 
-    # A failure quotes texts that the terminal's character set may lack.
+    # A failure can quote characters that the terminal's encoding lacks.
     sys.stdout.reconfigure(errors="backslashreplace")
     counts = {True: 0, False: 0}
     data = arguments.path.read_bytes()

@@ -1,8 +1,8 @@
 #!/usr/bin/python3
-"""Shows that every fact of check_executable.py can fail.
+"""Tests that every fact of check_executable.py can fail.
 
-Takes the finished program and its version, spoils one thing at a time in a copy held in memory, and
-expects exactly the facts that depend on it to fail. Needs pefile (Debian: python3-pefile).
+Corrupts one thing at a time in a copy of the finished program in memory, and expects exactly the
+facts that depend on it to fail. Needs pefile (Debian: python3-pefile).
 """
 
 import argparse
@@ -30,7 +30,7 @@ TRANSLATIONS = (struct.pack("<4H", 0x409, 0x4B0, 0x411, 0x4B0),
                 struct.pack("<4H", 0x411, 0x4B0, 0x409, 0x4B0))
 SOURCE_FOLDER = f"{PROJECT_ROOT}/"[: len(DOS_TEXT)].encode()
 
-# What is wrong with the copy, how it came about, and the facts that must then fail.
+# What is wrong with the copy, the change that does it, and the facts that must then fail.
 CASES = (
     ("another processor", file_header(Machine=0xAA64), {"machine"}),
     ("a console program", optional_header(Subsystem=3), {"subsystem"}),
@@ -46,17 +46,17 @@ CASES = (
     ("relocations marked as stripped", file_flag_set(0x0001), {"relocations"}),
     ("no relocations", directory(RELOCATIONS, VirtualAddress=0, Size=0), {"relocations"}),
     ("writable code", code_made_writable(), {"sections"}),
-    ("overrun buffers unnoticed", guard_failure_changed(check_executable.GUARD_FAILURE),
+    ("no end after a buffer overrun", guard_failure_changed(check_executable.GUARD_FAILURE),
      {"stack guard"}),
-    ("no function that looks for them",
+    ("no function with a stack guard",
      calls_diverted(check_executable.GUARD_FAILURE, check_executable.NEAR_CALL_SIZE),
      {"stack guard"}),
-    ("a number of symbols", file_header(NumberOfSymbols=7), {"stripped"}),
+    ("a symbol count", file_header(NumberOfSymbols=7), {"stripped"}),
     ("a symbol table", file_header(PointerToSymbolTable=0x400), {"stripped"}),
     ("a debug directory", directory(DEBUG, Size=28), {"stripped"}),
     ("a home folder", text_left_in(b"/home/me/a.c"), {"build traces"}),
     ("a home folder in UTF-16", text_left_in(wide("/home/me/a.c")), {"build traces"}),
-    ("the folder of root", text_left_in(b"/root/a.c"), {"build traces"}),
+    ("the home folder of root", text_left_in(b"/root/a.c"), {"build traces"}),
     ("a temporary folder", text_left_in(b"/tmp/a.c"), {"build traces"}),
     ("the folder of this project", text_left_in(SOURCE_FOLDER), {"build traces"}),
     ("the name of a source", text_left_in(b"main.cpp"), {"build traces"}),
@@ -69,31 +69,31 @@ CASES = (
      VERSION_FACTS | MANIFEST_FACTS | {"icon"}),
     ("another icon number", resource_renumbered(RT_GROUP_ICON, 102), {"icon"}),
     ("another kind of group", resource_byte(RT_GROUP_ICON, 2, 2), {"icon"}),
-    ("a group of no image", resource_byte(RT_GROUP_ICON, 4, 0), {"icon"}),
+    ("a group without images", resource_byte(RT_GROUP_ICON, 4, 0), {"icon"}),
     ("a group of two images", resource_byte(RT_GROUP_ICON, 4, 2), {"icon"}),
     ("a listed width of 32", resource_byte(RT_GROUP_ICON, 6, 32), {"icon"}),
     ("a listed height of 32", resource_byte(RT_GROUP_ICON, 7, 32), {"icon"}),
     ("a listed depth of 8", resource_byte(RT_GROUP_ICON, 12, 8), {"icon"}),
     ("a wrong listed length", resource_byte(RT_GROUP_ICON, 14, 1), {"icon"}),
     ("an image of another number", resource_renumbered(RT_ICON, 9), {"icon"}),
-    ("an image that is no PNG", resource_byte(RT_ICON, 1, 0), {"icon"}),
+    ("an image that is not a PNG", resource_byte(RT_ICON, 1, 0), {"icon"}),
     ("a PNG 32 wide", resource_byte(RT_ICON, 19, 32), {"icon"}),
     ("a PNG 32 high", resource_byte(RT_ICON, 23, 32), {"icon"}),
     ("a PNG of depth 16", resource_byte(RT_ICON, 24, 16), {"icon"}),
     ("a PNG without transparency", resource_byte(RT_ICON, 25, 2), {"icon"}),
     ("another manifest number", resource_renumbered(RT_MANIFEST, 2), MANIFEST_FACTS),
-    ("a manifest that is no XML", manifest_text(b"</assembly>", b"</assembli>"), MANIFEST_FACTS),
+    ("a manifest that is not XML", manifest_text(b"</assembly>", b"</assembli>"), MANIFEST_FACTS),
     ("other controls", manifest_text(b"Common-Controls", b"Common-Contrals"), {"common controls"}),
     ("older controls", manifest_text(b'"6.0.0.0"', b'"5.0.0.0"'), {"common controls"}),
-    ("another maker of the controls", manifest_text(b"6595b64144ccf1df", b"0" * 16),
+    ("controls of another publisher", manifest_text(b"6595b64144ccf1df", b"0" * 16),
      {"common controls"}),
     ("more rights", manifest_text(b'"asInvoker" uiAccess="false"', b'"highestAvailable"          '),
      {"execution level"}),
     ("access to the user interface", manifest_text(b'"false"', b'"true" '), {"execution level"}),
     ("no Windows 10 and 11", manifest_text(b"8e0f7a12", b"00000000"), {"supported systems"}),
-    ("awareness of DPI", manifest_element_added(b'<dpiAware xmlns="urn:x">true</dpiAware>'),
+    ("DPI awareness", manifest_element_added(b'<dpiAware xmlns="urn:x">true</dpiAware>'),
      {"DPI awareness"}),
-    ("a kind of awareness of DPI", manifest_element_added(b"<dpiAwareness>system</dpiAwareness>"),
+    ("DPI awareness in the newer form", manifest_element_added(b"<dpiAwareness>system</dpiAwareness>"),
      {"DPI awareness"}),
     ("a version block too long for the resource", resource_byte(RT_VERSION, 1, 0x7F), VERSION_FACTS),
     ("no fixed version", resource_text(RT_VERSION, FIXED_VERSION_SIGNATURE, bytes(4)),
@@ -130,10 +130,10 @@ class CheckExecutable(unittest.TestCase):
         self.assertNotEqual(self.data, bytes(spoiled.data))
         self.assertEqual(expected, self.failing(spoiled.data))
 
-    def test_the_program_as_it_was_built_holds_every_fact(self):
+    def test_every_fact_holds_for_the_program_as_built(self):
         self.assertEqual(set(), self.failing(self.data))
 
-    def test_a_spoiled_copy_fails_in_what_was_spoiled(self):
+    def test_a_spoiled_copy_fails_exactly_the_spoiled_facts(self):
         for name, spoil, expected in CASES:
             with self.subTest(name):
                 self.expect_failing(spoil, expected)
@@ -150,10 +150,10 @@ class CheckExecutable(unittest.TestCase):
         failing = self.failing(self.data, version=self.version + "0")
         self.assertEqual({"fixed version"} | TEXT_FACTS, failing)
 
-    def test_one_byte_too_many_fails(self):
+    def test_one_byte_over_the_limit_fails(self):
         self.assertEqual({"size"}, self.failing(self.data, max_bytes=len(self.data) - 1))
 
-    def test_a_file_that_is_no_program_fails(self):
+    def test_a_file_that_is_not_a_program_fails(self):
         self.assertEqual({"program file"}, self.failing(b"#!/bin/sh\n" * 100))
 
     def test_each_fact_has_a_case_that_fails(self):
@@ -162,9 +162,9 @@ class CheckExecutable(unittest.TestCase):
 
 
 def main():
-    parser = argparse.ArgumentParser(description="Shows that every fact of the check can fail.")
+    parser = argparse.ArgumentParser(description="Tests that every fact of the check can fail.")
     parser.add_argument("path", type=Path, help="the finished program")
-    parser.add_argument("--version", required=True, help="the version it carries")
+    parser.add_argument("--version", required=True, help="its version")
     arguments, rest = parser.parse_known_args()
     CheckExecutable.data = arguments.path.read_bytes()
     CheckExecutable.version = arguments.version

@@ -1,13 +1,13 @@
-"""What the finished program file is compared with."""
+"""What check_executable.py expects in the finished program file."""
 
-# Windows maps these from its own list of known libraries, so a planted file of the same name in
-# the program's folder is never loaded in their place.
+# Windows always loads these from its own list of known libraries, never a planted file of that name
+# in the program's folder.
 KNOWN_LIBRARIES = {
     "kernel32.dll", "user32.dll", "gdi32.dll", "shell32.dll", "ole32.dll", "advapi32.dll",
     "msvcrt.dll",
 }
 
-# The thread library under the C++ runtime imports these; no text of the program reaches them.
+# Imported by the C++ runtime's thread library; no text of the program reaches them.
 ALLOWED_ANSI = {
     ("kernel32.dll", "CreateEventA"),
     ("kernel32.dll", "CreateSemaphoreA"),

@@ -1,7 +1,6 @@
 """Reads the resources of a program file: icon groups, manifests and the version resource.
 
-Everything here returns what the file holds and judges nothing. A resource that is too short or
-malformed raises struct.error or ValueError.
+Nothing here judges what it finds. Truncated or malformed resources raise struct.error or ValueError.
 """
 
 import struct
@@ -12,14 +11,14 @@ RT_GROUP_ICON = 14
 RT_VERSION = 16
 RT_MANIFEST = 24
 
-# identifier is the number of the resource, or its name as text.
+# identifier is the resource's number, or its name as text.
 Resource = namedtuple("Resource", "identifier language data")
 IconImage = namedtuple("IconImage", "width height colours planes bits size identifier")
 VersionNode = namedtuple("VersionNode", "key value children")
 
 
 def resources_of_type(pe, kind):
-    """All resources of one type, one item for each identifier and language."""
+    """All resources of one type: one item per identifier and language."""
     root = getattr(pe, "DIRECTORY_ENTRY_RESOURCE", None)
     found = []
     for type_entry in root.entries if root else []:
@@ -35,10 +34,10 @@ def resources_of_type(pe, kind):
 
 
 def icon_images(group_data):
-    """The images that an icon group lists; a width or height of 0 stands for 256."""
+    """The images listed by an icon group; a width or height of 0 means 256."""
     _, kind, count = struct.unpack_from("<HHH", group_data)
     if kind != 1:
-        raise ValueError(f"the group is of kind {kind}, an icon group is of kind 1")
+        raise ValueError(f"the group is of type {kind}, not 1 like an icon group")
     return [IconImage(*struct.unpack_from("<BBBxHHIH", group_data, 6 + 14 * i)) for i in range(count)]
 
 
@@ -47,7 +46,7 @@ def _aligned(position):
 
 
 def version_tree(data, start=0):
-    """The version resource as nodes of a key, a value in bytes and a list of children."""
+    """The version resource as a tree of nodes: key, value as bytes, list of children."""
     length, value_length, is_text = struct.unpack_from("<HHH", data, start)
     if length < 6 or start + length > len(data):
         raise ValueError(f"the block at {start} claims {length} bytes")
@@ -71,7 +70,7 @@ def version_tree(data, start=0):
 
 
 def child_named(node, key):
-    """The only child of that name; a missing or doubled one raises ValueError."""
+    """The only child of that name; raises ValueError unless there is exactly one."""
     found = [child for child in node.children if child.key == key]
     if len(found) != 1:
         raise ValueError(f"{node.key} holds {len(found)} blocks named {key}")
@@ -79,7 +78,7 @@ def child_named(node, key):
 
 
 def fixed_versions(root):
-    """File version and product version of VS_FIXEDFILEINFO as texts such as 1.2.3.4."""
+    """File and product version in VS_FIXEDFILEINFO, as texts such as 1.2.3.4."""
     words = struct.unpack_from("<13I", root.value)
     if words[0] != 0xFEEF04BD:
         raise ValueError("VS_FIXEDFILEINFO lacks its signature")
@@ -89,7 +88,7 @@ def fixed_versions(root):
 
 
 def string_tables(root):
-    """Language and code page (as in 040904b0) -> the table's texts by name."""
+    """{language and code page (such as 040904b0): {name: text}}"""
     tables = {}
     for table in child_named(root, "StringFileInfo").children:
         texts = {}
@@ -101,6 +100,6 @@ def string_tables(root):
 
 
 def translations(root):
-    """The pairs of language and code page, in the order of the file."""
+    """The pairs of language and code page, in file order."""
     value = child_named(child_named(root, "VarFileInfo"), "Translation").value
     return list(struct.iter_unpack("<HH", value))

@@ -1,18 +1,18 @@
-"""Ways to spoil a copy of a program file, each returning a function that takes a SpoiledCopy."""
+"""Ways to spoil a copy of a program file. Each returns a function that takes a SpoiledCopy."""
 
 import copy
 import struct
 
 import pe_resources
 
-# Only DOS would show this text, so that part of the file can hold another one in a copy.
+# Only DOS ever shows this text, so a copy can hold another text in its place.
 DOS_TEXT = b"This program cannot be run in DOS mode."
 
 FIXED_VERSION_SIGNATURE = struct.pack("<I", 0xFEEF04BD)
 
 
 class SpoiledCopy:
-    """Bytes to be changed; pe keeps telling where things are in the unchanged ones."""
+    """The bytes to change; pe still describes the original ones."""
 
     def __init__(self, pe, data):
         self.pe = pe
@@ -20,7 +20,7 @@ class SpoiledCopy:
 
     def put(self, offset, data):
         if offset < 0 or offset + len(data) > len(self.data):
-            raise ValueError(f"{data!r} lies outside of the file")
+            raise ValueError(f"{data!r} lies outside the file")
         self.data[offset : offset + len(data)] = data
 
     def put_fields(self, structure, **fields):
@@ -40,7 +40,7 @@ class SpoiledCopy:
         return next(entry for entry in entries if entry.id == kind).directory.entries[0]
 
     def resource(self, kind):
-        """Place and bytes of the first resource of that type."""
+        """Offset and bytes of the first resource of that type."""
         place = self.resource_entry(kind).directory.entries[0].data.struct
         offset = self.pe.get_offset_from_rva(place.OffsetToData)
         return offset, bytes(self.data[offset : offset + place.Size])
@@ -76,7 +76,7 @@ def directory(number, **fields):
 def code_made_writable():
     def spoil(spoiled):
         section = next(s for s in spoiled.pe.sections if s.IMAGE_SCN_MEM_EXECUTE)
-        # Not through the section's fields: it keeps them in step with flags of its own.
+        # Not through the section's fields, which are tied to flags of their own.
         offset = section.get_field_absolute_offset("Characteristics")
         spoiled.put(offset, struct.pack("<I", section.Characteristics | 0x80000000))
 
@@ -84,7 +84,7 @@ def code_made_writable():
 
 
 def guard_failure_changed(failure):
-    """Takes the instruction that ends the program out of every place where it stands."""
+    """Overwrites every instruction that ends the program."""
     def spoil(spoiled):
         spoiled.data[:] = spoiled.data.replace(failure, b"\x90" * len(failure))
 
@@ -92,7 +92,7 @@ def guard_failure_changed(failure):
 
 
 def calls_diverted(failure, call_size):
-    """Makes every near call of what ends the program a call of the byte behind it."""
+    """Makes every near call of the code that ends the program miss it by one byte."""
     def spoil(spoiled):
         code = next(s for s in spoiled.pe.sections if s.IMAGE_SCN_MEM_EXECUTE)
         begin = code.PointerToRawData
@@ -135,7 +135,7 @@ def resource_byte(kind, position, value):
 
 
 def resource_text(kind, old, new, *before):
-    """Replaces bytes by as many others, at the first place behind those in before, in order."""
+    """Replaces old with new, of the same length, where it first follows all of before in order."""
     if len(old) != len(new):
         raise ValueError(f"{old!r} and {new!r} differ in length")
 
@@ -166,7 +166,7 @@ def fixed_version_byte(position):
 
 
 def manifest_element_added(element):
-    """Puts an element into the manifest in the place of the first comment."""
+    """Replaces the first comment of the manifest with an element."""
     def spoil(spoiled):
         offset, data = spoiled.resource(pe_resources.RT_MANIFEST)
         begin = data.index(b"<!--")

@@ -1,6 +1,6 @@
-// Every block of this program ends in a mark that is looked at when it is freed: most texts do not
-// live until the next look at the heaps. Freed memory is overwritten, so that whoever still reads
-// it reads nonsense.
+// Puts a marker around every block and checks it when the block is freed, as most texts do not live
+// until the next check of all heaps. Freed memory is overwritten, so that a use after free reads
+// garbage.
 
 #include <cstddef>
 #include <cstdint>

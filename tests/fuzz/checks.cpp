@@ -51,7 +51,7 @@ Stability StabilityOf(const PinList& list, Workplace& workplace) {
     return stability;
 }
 
-// The entries of part, in their order, among those of whole.
+// Whether whole contains the entries of part in their order.
 bool HoldsInOrder(const std::vector<PinEntry>& whole, const std::vector<PinEntry>& part) {
     std::size_t next = 0;
     for (const PinEntry& entry : whole) {
@@ -62,25 +62,25 @@ bool HoldsInOrder(const std::vector<PinEntry>& whole, const std::vector<PinEntry
     return next == part.size();
 }
 
-// Writes the list and reads it again; again receives what came of it.
+// Writes the list and reads it back into again.
 std::string CheckRoundTrip(Workplace& workplace, const PinList& list, PinList& again) {
     const std::string text = FormatSettingsText(list);
     if (text != ReferenceFormat(list)) {
-        return "written other than expected: " + Printed(text);
+        return "not written as expected: " + Printed(text);
     }
     again = ParseSettingsText(workplace.second.Place(text, Guard::BehindEnd));
     const PinList expected = ReferenceParse(text);
     if (!SameList(again, expected)) {
-        return Difference("what was written reads wrong", again, expected);
+        return Difference("the written text is read wrongly", again, expected);
     }
     if (!WithinLimits(again)) {
-        return Difference("limits", again, expected);
+        return Difference("a limit is exceeded", again, expected);
     }
     const Stability stability = StabilityOf(list, workplace);
     if (stability.all && !SameList(again, list)) {
         return Difference("the round trip changed something", again, list);
     }
-    // Lines out of one entry may drive later ones beyond the limit.
+    // An entry that falls apart into several lines may push later ones over the limit.
     if (!stability.lineFeeds && !HoldsInOrder(again.entries, stability.stable)) {
         return Difference("the round trip changed an entry", again, list);
     }
@@ -91,7 +91,7 @@ std::string CheckOrigins(const PinList& list) {
     for (const PinEntry& entry : list.entries) {
         const std::optional<Unstable> why = WhyUnstable(entry);
         if (why && !ComesFromFiles(*why)) {
-            return "an entry that no file can give: " + Printed(entry);
+            return "an entry that no file can produce: " + Printed(entry);
         }
     }
     return {};
@@ -113,7 +113,7 @@ struct Code {
     const wchar_t* brief;  // null where there is none
 };
 
-// In the order of the languages' numbers.
+// In the order of the Language values.
 constexpr Code Codes[] = {
     {L"en-us", L"en"}, {L"ja-jp", L"ja"}, {L"zh-cn", nullptr}, {L"zh-tw", nullptr},
     {L"ko-kr", L"ko"}, {L"es-es", L"es"}, {L"fr-fr", L"fr"},   {L"de-de", L"de"},
@@ -138,10 +138,10 @@ std::string CheckDocument(Workplace& workplace, std::string_view document, Guard
     const PinList list = ParseSettingsText(workplace.first.Place(document, guard));
     const PinList expected = ReferenceParse(std::string(document));
     if (!WithinLimits(list)) {
-        return Difference("limits", list, expected);
+        return Difference("a limit is exceeded", list, expected);
     }
     if (!SameList(list, expected)) {
-        return Difference("reads wrong", list, expected);
+        return Difference("the document is read wrongly", list, expected);
     }
     if (std::string wrong = CheckOrigins(list); !wrong.empty()) {
         return wrong;
@@ -172,7 +172,7 @@ std::string CheckTitle(Workplace& workplace, const PinList& list, const std::wst
         if (PatternMatches(guardedTitle, pattern) != ReferenceMatches(title, entry.pattern) ||
             PatternEquals(pattern, guardedTitle) !=
                 (ReferenceLower(title) == ReferenceLower(entry.pattern))) {
-            return "the title " + Printed(title) + " against " + Printed(entry.pattern);
+            return "matching the title " + Printed(title) + " against " + Printed(entry.pattern);
         }
     }
     const int expected = ReferenceBestEntry(list, title);
@@ -197,7 +197,7 @@ std::string CheckCommandLine(Workplace& workplace, const std::wstring& commandLi
 }
 
 std::string CheckLanguageCode(Workplace& workplace, const std::wstring& code) {
-    // The terminator is the last thing that may be read.
+    // Nothing beyond the terminator may be read.
     const std::wstring_view terminated(code.c_str(), code.size() + 1);
     const Language language =
         ParseLanguageCode(workplace.first.Place(terminated, Guard::BehindEnd).data());

@@ -1,7 +1,7 @@
 #pragma once
 
-// One input through the program's functions, compared with the reference and with what must hold
-// for every input. The result is empty, or says what is wrong.
+// Each runs one input through the program's functions and compares the result with the reference
+// and with what holds for every input. Returns what is wrong; empty if nothing is.
 
 #include <array>
 #include <cstdint>
@@ -17,16 +17,16 @@ namespace morvane::test {
 struct Workplace {
     GuardedMemory first;
     GuardedMemory second;
-    // How many entries came back as something else, by kind.
+    // How many entries did not survive a round trip, by kind.
     std::array<std::uint64_t, UnstableKinds> unstableEntries{};
     std::uint64_t entries = 0;
 };
 
-// parse, format, parse, format, parse.
+// Parse, format, parse, format, parse.
 [[nodiscard]] std::string CheckDocument(Workplace& workplace, std::string_view document,
                                         Guard guard);
 
-// format, parse.
+// Format, parse.
 [[nodiscard]] std::string CheckTitleList(Workplace& workplace, const PinList& list);
 
 [[nodiscard]] std::string CheckTitle(Workplace& workplace, const PinList& list,

@@ -23,8 +23,8 @@ constexpr std::string_view Parts[] = {
     "\xFF", "\xE2", "\xE2\x82", "\xC0\xAF", "\xED\xA0\x80", "\xF4\x90\x80\x80",
 };
 
-// Sound ones and known traps, for spoiling. They belong to what a seed stands for: a document that
-// is kept must not change what the seeds give.
+// Valid documents and known traps, to be corrupted. What a seed stands for depends on them, so kept
+// documents must not be added here.
 constexpr std::string_view Bases[] = {
     "# comment\n@pinning=1\nnotepad\nVisual Studio Code\t1280\t720\nx 5 6\n",
     "@pinning=0\r\nNotepad\r\nReport\t0\t600\r\n\r\n# end\r\n",
@@ -72,7 +72,7 @@ std::string RandomBytes(Generator& generator) {
     return bytes;
 }
 
-// Lines about as long as patterns may be, so that the cut falls on anything.
+// Lines of about the length limit, so that the cut falls on anything.
 std::string LongLines(Generator& generator) {
     constexpr std::string_view Fillers[] = {"x", "\xC3\xA9", "\xE8\xB3\x87", "\xF0\x9F\x98\x80"};
     std::string document;
@@ -97,7 +97,7 @@ std::string ManyLines(Generator& generator) {
     return document;
 }
 
-void Spoil(Generator& generator, std::string& document) {
+void Corrupt(Generator& generator, std::string& document) {
     const std::size_t at = generator.Below(document.size() + 1);
     const std::size_t length = std::min(generator.Below(24), document.size() - at);
     switch (generator.Below(6)) {
@@ -125,7 +125,7 @@ void Spoil(Generator& generator, std::string& document) {
     }
 }
 
-std::string SoundDocument(Generator& generator) {
+std::string UncorruptedDocument(Generator& generator) {
     switch (generator.Below(8)) {
         case 0:
             return std::string(generator.OneOf(Bases));
@@ -145,10 +145,10 @@ std::string SoundDocument(Generator& generator) {
 }  // namespace
 
 std::string AnyDocument(Generator& generator) {
-    std::string document = SoundDocument(generator);
+    std::string document = UncorruptedDocument(generator);
     if (generator.Below(2) == 0) {
         for (std::size_t faults = 1 + generator.Below(8); faults > 0; --faults) {
-            Spoil(generator, document);
+            Corrupt(generator, document);
         }
     }
     return document;
@@ -173,7 +173,7 @@ std::wstring AnyTitle(Generator& generator, const PinList& list) {
     if (!list.entries.empty() && generator.Below(4) != 0) {
         std::wstring pattern = generator.OneOf(list.entries).pattern;
         for (wchar_t& unit : pattern) {
-            // A neighbour of the letters among others: only letters may fold.
+            // This also changes characters next to the letters, which must not fold.
             if (unit < 0x80 && generator.Below(3) == 0) {
                 unit = static_cast<wchar_t>(unit ^ 0x20U);
             }

@@ -1,6 +1,6 @@
 #pragma once
 
-// The inputs: made from a generator alone, so that a seed repeats them.
+// Generates the inputs. A seed repeats them.
 
 #include <string>
 
@@ -9,14 +9,14 @@
 
 namespace morvane::test {
 
-// Settings files: put together from what the format knows and what it does not expect, written
-// from a list, random, or one of these spoiled in a few places.
+// A settings file: assembled from valid and unexpected parts, written from a list, or random; and
+// perhaps corrupted in a few places.
 [[nodiscard]] std::string AnyDocument(Generator& generator);
 
-// A list as the menu builds it from window titles, whatever those hold.
+// A list built from window titles, as the menu does, whatever they contain.
 [[nodiscard]] PinList AnyTitleList(Generator& generator);
 
-// A title that has to do with the list's patterns, more or less.
+// A title more or less related to the list's patterns.
 [[nodiscard]] std::wstring AnyTitle(Generator& generator, const PinList& list);
 
 [[nodiscard]] std::wstring AnyCommandLine(Generator& generator);

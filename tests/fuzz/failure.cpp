@@ -23,8 +23,8 @@ struct Input {
     std::string text;
 };
 
-// The clock is watched by a thread of its own, which reports what another one works at. Under the
-// lock nothing is allocated or freed: that may be what fails, and the report needs the lock.
+// A separate thread watches the clock and reports the input being processed. Nothing is allocated
+// or freed under the lock: that may be what fails, and the report needs the lock.
 struct Progress {
     std::wstring folder;
     std::atomic<ULONGLONG> since = 0;
@@ -46,7 +46,7 @@ void Save(const char* what, const std::wstring& path, std::string_view bytes) {
 
 [[noreturn]] void EndWith(const char* what) {
     ReportFailure(what);
-    // The state of the program is not to be trusted with a proper end.
+    // Destructors must not run in whatever state the program is in.
     ExitProcess(CrashStatus);
 }
 
@@ -55,7 +55,7 @@ LONG WINAPI OnFault(EXCEPTION_POINTERS* fault) {
         case EXCEPTION_ILLEGAL_INSTRUCTION:
             EndWith("undefined behaviour (trap)");
         case EXCEPTION_ACCESS_VIOLATION:
-            EndWith("access beyond the text or to nothing");
+            EndWith("access beyond the text, or through a null pointer");
         default:
             EndWith("fault");
     }
@@ -68,10 +68,10 @@ void OnAbort(int /*signal*/) {
 void WatchTheClock() {
     for (;;) {
         Sleep(PatienceMilliseconds / 10);
-        // Loaded before the clock is read: a beginning noted in between would lie after it.
+        // Read before the clock: an input noted in between would have a later time.
         const ULONGLONG since = Current().since;
         if (GetTickCount64() - since > PatienceMilliseconds) {
-            EndWith("no end");
+            EndWith("timeout");
         }
     }
 }

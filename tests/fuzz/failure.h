@@ -1,6 +1,6 @@
 #pragma once
 
-// What becomes of an input that fails, also by a crash or by taking forever.
+// Saves the input that fails, crashes or never finishes.
 
 #include <cstdint>
 #include <string>
@@ -8,19 +8,19 @@
 
 namespace morvane::test {
 
-// From now on a fault, an abort or ten seconds without a new input end the program with status 3,
-// the input under work saved to the folder.
+// From now on, a fault, an abort or ten seconds without a new input save the current input to the
+// folder and end the program with status 3.
 void WatchForCrashes(std::wstring folder);
 
-// The input under work. The document is empty for one that is made from the seed alone.
+// Sets the current input. The document is empty while it is being made from the seed.
 void NoteInput(std::uint32_t seed, std::string document);
 
-// What goes with the document, printed: the titles and other texts that it is checked with. It is
-// saved beside the document; empty while the document alone is under work.
+// Sets the title or other text that the document is checked with, printed, to be saved beside it.
+// Empty while only the document is checked.
 void NoteText(std::string printed);
 
-// Saves the input under work and prints where, with its seed and what is wrong. Only the first
-// failure counts.
+// Saves the current input and prints where, with its seed and what is wrong. Later failures are
+// ignored.
 void ReportFailure(std::string_view wrong);
 
 }  // namespace morvane::test

@@ -13,8 +13,8 @@ constexpr std::size_t PageSize = 4096;
 
 GuardedMemory::GuardedMemory(std::size_t capacity)
     : capacity_((capacity + PageSize - 1) / PageSize * PageSize),
-      // Reserved as a whole, untouchable; only what lies between the first and the last page is
-      // made usable.
+      // Everything is reserved as inaccessible; only the pages between the first and the last are
+      // committed.
       pages_(static_cast<char*>(
           VirtualAlloc(nullptr, capacity_ + 2 * PageSize, MEM_RESERVE, PAGE_NOACCESS))) {
     if (!pages_ ||

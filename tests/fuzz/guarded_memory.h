@@ -1,6 +1,6 @@
 #pragma once
 
-// Memory that ends, or begins, at a page nobody may touch: a read beyond the text is a fault.
+// Memory that ends or begins at an inaccessible page, so that a read beyond the text faults.
 
 #include <cstddef>
 #include <string_view>
@@ -14,10 +14,10 @@ enum class Guard { BehindEnd, BeforeBegin };
 
 class GuardedMemory {
 public:
-    // Capacity in bytes, rounded up to whole pages. Throws std::bad_alloc.
+    // The capacity is in bytes, rounded up to whole pages. Throws std::bad_alloc.
     explicit GuardedMemory(std::size_t capacity);
 
-    // A copy of the text, valid until the next call. Throws std::length_error beyond the capacity.
+    // A copy of the text, valid until the next call. Throws std::length_error if it does not fit.
     [[nodiscard]] std::string_view Place(std::string_view bytes, Guard guard);
     [[nodiscard]] std::wstring_view Place(std::wstring_view text, Guard guard);
 

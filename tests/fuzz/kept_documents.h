@@ -1,6 +1,6 @@
 #pragma once
 
-// The documents that have failed once, or were found worth keeping.
+// Documents that failed once, or were worth keeping.
 
 #include <cstdint>
 #include <optional>
@@ -12,10 +12,10 @@ namespace morvane::test {
 struct KeptDocument {
     std::wstring name;
     std::string bytes;
-    std::optional<std::uint32_t> seed;  // of the other texts it failed with: ...-seed-N.txt
+    std::optional<std::uint32_t> seed;  // from ...-seed-N.txt; makes the texts it failed with
 };
 
-// The folder's text files by their names; empty where it has none or one cannot be read.
+// The folder's text files, sorted by name; empty if there is none or one cannot be read.
 [[nodiscard]] std::vector<KeptDocument> ReadKeptDocuments(const std::wstring& folder);
 
 }  // namespace morvane::test

@@ -1,4 +1,4 @@
-// Feeds generated and spoiled inputs to everything of the program that reads bytes or text.
+// Feeds generated and corrupted inputs to all code that reads bytes or text.
 
 #include <algorithm>
 #include <array>
@@ -29,7 +29,7 @@ using Clock = std::chrono::steady_clock;
 constexpr std::size_t TextCapacity = std::size_t{256} * 1024;
 constexpr std::uint32_t HeapCheckInterval = 500;
 constexpr std::uint32_t SeedsOfAKeptDocument = 16;
-constexpr std::uint32_t SeedOfOtherTexts = 0x9E37'79B9;  // apart from that of the document
+constexpr std::uint32_t SeedOfOtherTexts = 0x9E37'79B9;  // differs from the document's
 constexpr auto ProgressInterval = std::chrono::seconds(15);
 
 struct Options {
@@ -41,7 +41,7 @@ struct Options {
     std::wstring reportPath;
 };
 
-// False for another option, for what is no number, and for a run of nothing.
+// False for an unknown option, for text that is not a number, and for zero.
 bool TakeNumber(Options& options, const std::wstring& name, const std::wstring& text) {
     if (name == L"--seed") {
         const std::optional<std::uint32_t> seed = SeedFromText(text);
@@ -86,15 +86,14 @@ bool HeapsAreSound() {
                        [](HANDLE heap) { return HeapValidate(heap, 0, nullptr) != FALSE; });
 }
 
-// The title, and the list that it is looked up in.
 std::string CheckNotedTitle(Workplace& workplace, const PinList& list, const std::wstring& title,
                             Guard guard) {
     NoteText("the title " + Printed(title) + " in the list\n" + Printed(list));
     return CheckTitle(workplace, list, title, guard);
 }
 
-// Everything that one document is put through. The other texts come of the seed and not of what is
-// left of the document's own generator: a kept document meets the same ones.
+// Runs all checks for one document. The other texts depend on the seed alone and not on the
+// document's generator, so that a kept document is checked with the same ones.
 std::string CheckAll(Workplace& workplace, const std::string& document, std::uint32_t seed) {
     Generator generator(seed ^ SeedOfOtherTexts);
     const Guard guard = generator.Below(4) == 0 ? Guard::BeforeBegin : Guard::BehindEnd;
@@ -192,11 +191,12 @@ int Run(const Options& options) {
     if (!options.keptFolder.empty()) {
         kept = ReadKeptDocuments(options.keptFolder);
         if (kept.empty()) {
-            std::printf("FAILED: nothing can be read in %ls\n", options.keptFolder.c_str());
+            std::printf("FAILED: no kept documents, or one is unreadable, in %ls\n",
+                        options.keptFolder.c_str());
             return 1;
         }
     }
-    std::printf("fuzz: %zu kept documents, then from --seed %" PRIu32 " on\n", kept.size(),
+    std::printf("fuzz: %zu kept documents, then from --seed %" PRIu32 "\n", kept.size(),
                 options.seed);
     static_cast<void>(std::fflush(stdout));
     WatchForCrashes(options.saveFolder);
@@ -210,7 +210,7 @@ int Run(const Options& options) {
            (options.seconds == 0 || SecondsSince(start) < static_cast<double>(options.seconds))) {
         const auto seed = static_cast<std::uint32_t>(options.seed + done);
         Generator generator(seed);
-        // A crash while the document is made is one of the tests' own.
+        // Recorded without a document: a crash while making one is the tests' own fault.
         NoteInput(seed, {});
         const std::string document = AnyDocument(generator);
         if (!Passes(workplace, seed, document)) {

@@ -7,7 +7,7 @@
 namespace morvane::test {
 
 std::optional<std::uint64_t> NumberFromText(const std::wstring& text) {
-    // The conversion itself would take blanks, a sign, and no digits at all.
+    // The conversion would accept blanks, a sign and no digits at all.
     if (text.empty() || text.find_first_not_of(L"0123456789") != std::wstring::npos) {
         return std::nullopt;
     }

@@ -6,7 +6,7 @@
 
 namespace morvane::test {
 
-// Empty when the text is not wholly one decimal number, or too large a one.
+// Empty if the text is not exactly one decimal number, or the number is too large.
 [[nodiscard]] std::optional<std::uint64_t> NumberFromText(const std::wstring& text);
 [[nodiscard]] std::optional<std::uint32_t> SeedFromText(const std::wstring& text);
 

@@ -54,7 +54,7 @@ std::optional<Unstable> WhyUnstable(const PinEntry& entry) {
     if (HasBrokenPair(pattern)) {
         return Unstable::BrokenPair;
     }
-    // A written size is always the last one in its line.
+    // A written size always comes last in its line.
     const bool sized = entry.minWidth > 0 || entry.minHeight > 0;
     const std::optional<PinEntry> bare = ReferenceEntryLine(pattern);
     const bool readsAsIs = sized || (bare && bare->pattern == pattern);

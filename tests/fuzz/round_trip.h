@@ -1,6 +1,6 @@
 #pragma once
 
-// What a list becomes when it is written and read again.
+// What happens to a list when it is written and read back.
 
 #include <array>
 #include <cstdint>
@@ -11,14 +11,14 @@
 
 namespace morvane::test {
 
-// The format has no escape: entries of these kinds do not come back as they were written. The
-// first four also come out of a file (a pattern that was cut, or that stood before "0 0"); the
-// others only come of a title that the menu takes in.
+// The format has no escape, so entries of these kinds do not survive a round trip. Files can
+// produce the first four (a pattern that was cut, or that came before "0 0"); the others come only
+// from window titles.
 enum class Unstable : std::uint8_t {
     Comment,     // begins with "#": gone
-    OuterSpace,  // white space at an end: trimmed; a pattern of nothing else: gone
-    BrokenPair,  // half a surrogate pair: replaced by U+FFFD
-    SizeLike,    // no size, and ends in two numbers: they become one
+    OuterSpace,  // white space at an end: trimmed; only white space: gone
+    BrokenPair,  // half a surrogate pair: becomes U+FFFD
+    SizeLike,    // no size, and ends in two numbers: they become its size
     SwitchLike,  // reads as a master switch: sets it
     LineFeed,    // falls apart into several lines
 };
@@ -32,7 +32,7 @@ constexpr std::array<std::string_view, UnstableKinds> UnstableNames = {
     return kind <= Unstable::SizeLike;
 }
 
-// None for an entry that every reading gives back.
+// Why the entry does not survive; empty if it does.
 [[nodiscard]] std::optional<Unstable> WhyUnstable(const PinEntry& entry);
 
 }  // namespace morvane::test

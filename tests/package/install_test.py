@@ -331,7 +331,7 @@ class InstallerTest(unittest.TestCase):
         installation.wait_until(SETTINGS.exists, "the program is started, as the last page offers")
         self.assertFalse(STARTUP_SHORTCUT.exists())
         self.walk_through(installation.start(INSTALLED / "Uninstall.exe",
-                                      f"_?={installation.windows_path(INSTALLED)}"))
+                                             f"_?={installation.windows_path(INSTALLED)}"))
         self.assertEqual(installation.files_below(INSTALLED), ["Uninstall.exe"])
         self.assertEqual(installation.registered(), {})
         installation.expect_nothing_running()
