@@ -1,4 +1,4 @@
-// The About dialog as a user opens, reads and closes it.
+// The About dialog as the user opens, reads and closes it.
 
 #include "program/menu_scene.h"
 #include "support/tray.h"
@@ -158,7 +158,7 @@ constexpr LanguageCase LanguageCases[] = {
      L"Morvane будет запускаться при входе в Windows."},
 };
 
-// In the bottom right corner of the work area, 16 pixels from its edges, whatever the text.
+// Bottom right corner of the work area, 16 pixels from its edges, whatever the text.
 void ExpectInTheCorner(HWND dialog) {
     RECT area{};
     ASSERT_NE(SystemParametersInfoW(SPI_GETWORKAREA, 0, &area, 0), FALSE);

@@ -1,4 +1,4 @@
-// The commands that the menu sends, sent directly.
+// The menu's commands, sent without the menu.
 
 #include "program/scene.h"
 
@@ -49,8 +49,8 @@ TEST_F(CommandsTest, UnknownTimersRunNoPass) {
         }
     }
     const std::size_t passes = sentinel.PassTicks().size() - before;
-    // The program's own timer goes on: a pass per period, one for the period that has begun, and
-    // one more that may have been late at the start.
+    // The program's own timer keeps running: one pass per period, one for the period already begun,
+    // and one that may have been late at the start.
     EXPECT_LE(passes, (GetTickCount64() - start) / 500 + 2);
     EXPECT_TRUE(sentinel.WaitForTimedPass());
 }
@@ -78,7 +78,7 @@ TEST_F(CommandsTest, SwitchedOffProgramLeavesWindowsAlone) {
     ASSERT_TRUE(program.SendCommand(AlwaysOnTopCommand));
     ASSERT_TRUE(BecomesOrdinary(target));
     actor.ForgetRecords(target);
-    // The user's own choice from now on.
+    // From here on it is the user's own choice.
     actor.SetTopmost(target, true);
     ASSERT_TRUE(program.SendCommand(ApplyNowCommand));
     EXPECT_TRUE(BecomesTopmost(target));
@@ -90,7 +90,7 @@ TEST_F(CommandsTest, ApplyNowAppliesTheFileAtOnce) {
     Actor actor;
     const Sentinel sentinel(actor);
     const Program program = StartedProgram();
-    // The timer may do the command's work by chance; not every time, right after a pass.
+    // The timer may run the pass by chance, but not every time right after another pass.
     for (int round = 0; round < 6; ++round) {
         const std::string title = "Target " + std::to_string(round);
         const HWND target = actor.Create({.title = std::wstring(title.begin(), title.end())});
@@ -139,7 +139,7 @@ TEST_F(CommandsTest, RowCommandRemovesTheShorterPatternAndThenAddsTheTitle) {
     EXPECT_TRUE(BecomesTopmost(window));
 }
 
-TEST_F(CommandsTest, RowCommandLooksAtTheWindowsOfNow) {
+TEST_F(CommandsTest, RowCommandUsesTheCurrentWindows) {
     Actor actor;
     const HWND first = actor.Create({.title = L"M"});
     const Program program = StartedProgram();
@@ -179,8 +179,8 @@ TEST_F(CommandsTest, RowsEndAtTheFiveHundredthWindow) {
     constexpr WORD BeyondMinSize = MinSizeCommand + 500;
     const TrayRecorder recorder;
     Actor actor;
-    // In parts, so that the other process answers in time on a busy machine. No title contains
-    // another one.
+    // In batches, so that the other process answers in time on a busy machine. No title contains
+    // another.
     for (int part = 10; part < 61; ++part) {
         const std::wstring title = L"Row " + std::to_wstring(part) + L".";
         static_cast<void>(actor.CreateMany(
@@ -191,8 +191,8 @@ TEST_F(CommandsTest, RowsEndAtTheFiveHundredthWindow) {
     const std::string last(titles[499].begin(), titles[499].end());
     const Program program = StartedProgram();
     ASSERT_TRUE(program.SendCommand(LastMinSize));
-    EXPECT_TRUE(Balloons(recorder).empty()) << "no list has been made yet";
-    // Makes the list, and adds its row.
+    EXPECT_TRUE(Balloons(recorder).empty()) << "nothing enumerated yet";
+    // Enumerates the windows and adds the row.
     ASSERT_TRUE(program.SendCommand(LastToggle));
     EXPECT_EQ(ReadSettings(), SettingsText(true, {last}));
     ASSERT_TRUE(program.SendCommand(BeyondMinSize));
@@ -204,7 +204,7 @@ TEST_F(CommandsTest, RowsEndAtTheFiveHundredthWindow) {
     EXPECT_EQ(ReadSettings(), SettingsText(true, {last + "\t40\t30"}));
 }
 
-TEST_F(CommandsTest, CommandNumberIsTheLowHalfOnly) {
+TEST_F(CommandsTest, CommandNumberIsTheLowWord) {
     const Program program = StartedProgram();
     EXPECT_EQ(Answer(program.ControlWindow(), WM_COMMAND, MAKEWPARAM(AlwaysOnTopCommand, 1), 0), 0);
     EXPECT_EQ(ReadSettings(), SettingsText(false, {}));

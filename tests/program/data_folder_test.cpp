@@ -1,4 +1,4 @@
-// The folder that holds the program's data: missing, elsewhere, a link, removed.
+// The program's data folder: missing, elsewhere, a link, removed.
 
 #include <algorithm>
 
@@ -51,7 +51,7 @@ TEST_F(DataFolderTest, RemovalLeavesARunningInstanceAlive) {
     Actor actor;
     const Sentinel sentinel(actor);
     const Program program = StartedProgram();
-    // Right after a pass, so that none reads the file while it is removed.
+    // Starts right after a pass, so that none reads the file during the removal.
     ASSERT_TRUE(sentinel.WaitForTimedPass());
     EXPECT_EQ(RunProgram(L"--remove-data"), 0U);
     EXPECT_FALSE(PathExists(SettingsPath()));
@@ -81,7 +81,7 @@ public:
         RemoveDirectoryW(target_.c_str());
     }
 
-    // The settings file and nothing else.
+    // Holds only the settings file.
     [[nodiscard]] bool IsUntouched() const {
         WIN32_FIND_DATAW found{};
         const FindHandle search(FindFirstFileW((target_ + L"\\*").c_str(), &found));
@@ -118,7 +118,7 @@ TEST_F(DataFolderTest, NothingIsDeletedThroughALink) {
     ASSERT_EQ(RunProgram(L"--install-startup"), 0U);
     EXPECT_EQ(RunProgram(L"--remove-data"), 2U);
     EXPECT_TRUE(linked.IsUntouched());
-    EXPECT_FALSE(PathExists(StartupShortcut())) << "goes first, whatever happens next";
+    EXPECT_FALSE(PathExists(StartupShortcut())) << "removed before anything else";
 }
 
 // Without a settings path an added window lasts until the next pass.

@@ -1,4 +1,4 @@
-// The end of the program: nothing of it stays but its file.
+// The program's exit leaves nothing behind but its file.
 
 #include "program/scene.h"
 #include "support/tray.h"
@@ -20,8 +20,8 @@ constexpr Ending Endings[] = {
 
 constexpr std::string_view Untidy = "# mine\r\n Target \r\nOther 10 10\r\n@pinning=yes";
 
-// Nobody but the program makes these windows ordinary again: what is found right after its end has
-// been done before it.
+// Only the program unpins these windows, so if they are ordinary after its exit, it did that
+// before.
 TEST_F(ExitTest, PinnedWindowsAreOrdinaryAgainWhenTheProcessEnds) {
     for (const Ending& ending : Endings) {
         ASSERT_TRUE(EditSettings(Untidy)) << ending.name;
@@ -38,7 +38,7 @@ TEST_F(ExitTest, PinnedWindowsAreOrdinaryAgainWhenTheProcessEnds) {
         EXPECT_FALSE(IsTopmost(target)) << ending.name;
         EXPECT_FALSE(IsTopmost(iconic)) << ending.name;
         EXPECT_NE(IsIconic(iconic), FALSE) << ending.name;
-        EXPECT_TRUE(IsTopmost(hidden)) << ending.name << ": never pinned";
+        EXPECT_TRUE(IsTopmost(hidden)) << ending.name << ": never pinned by the program";
         EXPECT_EQ(ReadSettings(), Untidy) << ending.name;
     }
 }
@@ -101,7 +101,7 @@ TEST_F(ExitTest, SwitchedOffProgramEndsTheSameWay) {
     EXPECT_EQ(ReadSettings(), "@pinning=0\nTarget\n");
 }
 
-// A crash leaves windows topmost, and the next instance takes them over.
+// A crash leaves windows topmost; the next instance takes them over.
 TEST_F(ExitTest, NextInstanceReleasesWhatACrashedOneLeft) {
     ASSERT_TRUE(WriteSettings("Target\n"));
     Actor actor;

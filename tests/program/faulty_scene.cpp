@@ -6,7 +6,7 @@
 namespace morvane::test {
 namespace {
 
-// Beside the data folder and not in it: the tests look at what the program leaves there.
+// Outside the data folder, whose contents the tests check.
 std::wstring ReportPath() {
     return RoamingFolder() + L"\\faults.txt";
 }
@@ -21,12 +21,12 @@ Environment PlanEnvironment(const std::string& plan) {
 void FaultyProgramTest::SetUp() {
     ProgramTest::SetUp();
     if (!IsSkipped()) {
-        ForgetNotedCalls();
+        ForgetRecordedCalls();
     }
 }
 
 void FaultyProgramTest::TearDown() {
-    ForgetNotedCalls();
+    ForgetRecordedCalls();
 }
 
 Program FaultyProgram(const std::string& plan, const std::wstring& arguments) {
@@ -44,7 +44,7 @@ std::optional<DWORD> RunFaultyProgram(const std::string& plan, const std::wstrin
     return FaultyProgram(plan, arguments).WaitForExit();
 }
 
-std::vector<std::string> NotedCalls() {
+std::vector<std::string> RecordedCalls() {
     std::istringstream text(ReadFileBytes(ReportPath()).value_or(std::string()));
     std::vector<std::string> lines;
     for (std::string line; std::getline(text, line);) {
@@ -53,13 +53,13 @@ std::vector<std::string> NotedCalls() {
     return lines;
 }
 
-void ForgetNotedCalls() {
+void ForgetRecordedCalls() {
     DeleteFileW(ReportPath().c_str());
 }
 
-std::size_t CountOf(const std::string& notedCall) {
-    const std::vector<std::string> lines = NotedCalls();
-    return static_cast<std::size_t>(std::count(lines.begin(), lines.end(), notedCall));
+std::size_t CountOf(const std::string& recordedCall) {
+    const std::vector<std::string> lines = RecordedCalls();
+    return static_cast<std::size_t>(std::count(lines.begin(), lines.end(), recordedCall));
 }
 
 }  // namespace morvane::test

@@ -5,11 +5,11 @@
 
 #include "program/scene.h"
 
-// The program with faults of the platform (MORVANE_TEST_FAULTY_PROGRAM): the very program, in which
-// some platform functions fail. tests/faulty/fault.h tells how a plan is written.
+// The program with failing platform functions (MORVANE_TEST_FAULTY_PROGRAM). tests/faulty/fault.h
+// describes how a plan is written.
 namespace morvane::test {
 
-// What the process returns when a plan cannot be carried out.
+// The exit code for an invalid plan.
 inline constexpr DWORD PlanFailed = 99;
 
 class FaultyProgramTest : public ProgramTest {
@@ -20,18 +20,18 @@ protected:
 
 [[nodiscard]] Program FaultyProgram(const std::string& plan, const std::wstring& arguments = L"");
 
-// Its control window is there as well; a failure of the running test otherwise.
+// Waits for its control window too; fails the test if it does not come.
 [[nodiscard]] Program StartedFaultyProgram(const std::string& plan);
 
-// Waits for its end; nothing when it does not end.
+// Returns the exit code; empty if it does not exit.
 [[nodiscard]] std::optional<DWORD> RunFaultyProgram(const std::string& plan,
                                                     const std::wstring& arguments = L"");
 
-// The calls of the functions in the plans of this test so far, oldest first: "SetTimer failed".
-[[nodiscard]] std::vector<std::string> NotedCalls();
-void ForgetNotedCalls();
+// The recorded calls in this test so far, oldest first, such as "SetTimer failed".
+[[nodiscard]] std::vector<std::string> RecordedCalls();
+void ForgetRecordedCalls();
 
-// How often the line is among them.
-[[nodiscard]] std::size_t CountOf(const std::string& notedCall);
+// How often that call was recorded.
+[[nodiscard]] std::size_t CountOf(const std::string& recordedCall);
 
 }  // namespace morvane::test

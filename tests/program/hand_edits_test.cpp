@@ -5,7 +5,7 @@
 namespace morvane::test {
 namespace {
 
-// Runs the program with a target window and a sentinel that are pinned already.
+// Starts the program with a target window and a sentinel already pinned.
 class HandEditsTest : public ProgramTest {
 protected:
     void SetUp() override {
@@ -27,7 +27,7 @@ protected:
     // NOLINTBEGIN(bugprone-unchecked-optional-access): SetUp has filled them before every test.
     [[nodiscard]] bool PassGoesBy() const { return sentinel_->WaitForPass(*program_); }
 
-    // A pass with a file that does not name the sentinel.
+    // Waits for a pass while the file does not name the sentinel.
     [[nodiscard]] bool PassWithoutSentinel() const {
         return program_->SendCommand(ApplyNowCommand) && program_->SendCommand(ApplyNowCommand);
     }
@@ -52,7 +52,7 @@ struct EditCase {
     bool pinsOther;
 };
 
-// Every content names the sentinel in its first lines, so that the effect can be waited for.
+// Each text names the sentinel early, so that its effect can be waited for.
 std::vector<EditCase> EditCases() {
     std::string many = "Sentinel\n";
     for (int i = 0; i < 10'000; ++i) {
@@ -97,7 +97,7 @@ std::vector<EditCase> EditCases() {
     };
 }
 
-TEST_F(HandEditsTest, EveryContentIsUsedAsItReads) {
+TEST_F(HandEditsTest, FileTextsOfEveryKindTakeEffect) {
     for (const EditCase& item : EditCases()) {
         ASSERT_TRUE(EditSettings("Sentinel\n")) << item.name;
         ASSERT_TRUE(PassGoesBy()) << item.name;
@@ -122,7 +122,7 @@ TEST_F(HandEditsTest, RemovedLineLeavesItsWindowAsItIs) {
     ASSERT_TRUE(EditSettings("Sentinel\n"));
     ASSERT_TRUE(PassGoesBy());
     EXPECT_TRUE(IsTopmost(Target()));
-    // Forgotten: what the user now does to it lasts.
+    // It is no longer remembered, so the user's change lasts.
     TheActor().SetTopmost(Target(), false);
     ASSERT_TRUE(PassGoesBy());
     EXPECT_FALSE(IsTopmost(Target()));
@@ -138,7 +138,7 @@ TEST_F(HandEditsTest, EverySpellingOfOffReleases) {
     }
 }
 
-TEST_F(HandEditsTest, OtherValuesOfTheSwitchMeanOn) {
+TEST_F(HandEditsTest, AnyOtherValueOfTheSwitchMeansOn) {
     for (const char* line :
          {"@pinning=1", "@pinning=00", "@pinning=no", "@pinning=on", "@pinning = 0"}) {
         ASSERT_TRUE(EditSettings("@pinning=0\n")) << line;
@@ -176,7 +176,7 @@ TEST_F(HandEditsTest, DeletedFileMeansNoEntriesAndReleasesNothing) {
     ASSERT_TRUE(PassWithoutSentinel());
     EXPECT_EQ(TopmostRequests(TheActor(), Target()), asked);
     EXPECT_FALSE(PathExists(SettingsPath()));
-    // Not remembered any more, so that switching off does not reach it either.
+    // It is no longer remembered, so switching off does not release it either.
     ASSERT_TRUE(EditSettings("@pinning=0\nTarget\n"));
     ASSERT_TRUE(PassWithoutSentinel());
     EXPECT_TRUE(IsTopmost(Target()));
@@ -203,18 +203,18 @@ TEST_F(HandEditsTest, LockedFileMeansNoEntriesUntilItIsFree) {
         TheActor().SetTopmost(Target(), false);
         ASSERT_TRUE(PassWithoutSentinel());
         EXPECT_FALSE(IsTopmost(Target()));
-        // The list that is saved now is lost, and the program lives on.
+        // This list cannot be saved, and the program goes on.
         EXPECT_TRUE(TheProgram().SendCommand(AlwaysOnTopCommand));
     }
     EXPECT_EQ(ReadSettings(), "Sentinel\nTarget\n");
     EXPECT_TRUE(BecomesTopmost(Target()));
 }
 
-// What can be read is what there is, and that is what a command saves.
+// A command saves what was read, and here that is nothing.
 TEST_F(HandEditsTest, CommandLosesTheEntriesOfAFileThatMayOnlyBeWritten) {
     {
         FileHandle holder;
-        // Refused for the moment in which the program reads the file.
+        // Fails while the program is reading the file.
         ASSERT_TRUE(WaitUntil([&holder] {
             holder.reset(CreateFileW(SettingsPath().c_str(), GENERIC_READ,
                                      FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
@@ -224,7 +224,7 @@ TEST_F(HandEditsTest, CommandLosesTheEntriesOfAFileThatMayOnlyBeWritten) {
         ASSERT_TRUE(PassWithoutSentinel());
         TheActor().SetTopmost(Target(), false);
         ASSERT_TRUE(PassWithoutSentinel());
-        EXPECT_FALSE(IsTopmost(Target())) << "the file has been read";
+        EXPECT_FALSE(IsTopmost(Target())) << "the file was read despite the lock";
         EXPECT_TRUE(TheProgram().SendCommand(AlwaysOnTopCommand));
     }
     EXPECT_EQ(ReadSettings(), SettingsText(false, {}));

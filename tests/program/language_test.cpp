@@ -1,4 +1,4 @@
-// Which language the program speaks. The shortcut's description and the balloons tell.
+// The program's language, told by the shortcut's description and the balloons.
 
 #include "program/scene.h"
 #include "support/child_process.h"
@@ -28,7 +28,7 @@ std::wstring InstalledDescription(const Environment& changes) {
     return ReadShortcut(StartupShortcut()).value_or(Shortcut{}).description;
 }
 
-TEST_F(LanguageTest, EnvironmentVariableChoosesIt) {
+TEST_F(LanguageTest, EnvironmentVariableChoosesTheLanguage) {
     struct Case {
         const wchar_t* code;
         const wchar_t* description;
@@ -69,8 +69,8 @@ TEST_F(LanguageTest, EnvironmentVariableChoosesIt) {
     }
 }
 
-// The display language is that of the process's locale on the host, which a Windows program cannot
-// hand on: the host's shell starts the program.
+// Under Wine the display language is the host process's locale, which a Windows program cannot pass
+// on, so the host's shell starts the program.
 std::wstring DescriptionInLocale(const char* locale, const std::string& variables) {
     EmptyStartupFolder();
     const std::string line = std::string("LC_ALL=") + locale + " " + variables + " wine " +
@@ -83,7 +83,7 @@ std::wstring DescriptionInLocale(const char* locale, const std::string& variable
     return ReadShortcut(StartupShortcut()).value_or(Shortcut{}).description;
 }
 
-TEST_F(LanguageTest, DisplayLanguageChoosesItOtherwise) {
+TEST_F(LanguageTest, DisplayLanguageIsTheDefault) {
     struct Case {
         const char* locale;
         const char* variables;
@@ -113,7 +113,7 @@ TEST_F(LanguageTest, DisplayLanguageChoosesItOtherwise) {
     }
 }
 
-TEST_F(LanguageTest, BalloonsSpeakIt) {
+TEST_F(LanguageTest, BalloonsAreInTheChosenLanguage) {
     struct Case {
         const wchar_t* code;
         const wchar_t* text;

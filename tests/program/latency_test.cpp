@@ -1,4 +1,4 @@
-// How often passes come, and how long the user waits for what they do.
+// How often passes run, and how long their effects take.
 
 #include <algorithm>
 #include <cstdio>
@@ -16,10 +16,9 @@ constexpr int Trials = 10;
 
 constexpr double Period = 500;  // milliseconds
 
-// An effect comes with the next pass, half a period after its cause in the median; a busy machine
-// adds to that. These limits are wide: they catch a program that needs two passes more than the
-// next one, or whose passes are more than two seconds apart. How far apart they are is measured by
-// a test of its own.
+// An effect comes with the next pass, so its median delay is half a period, plus some on a busy
+// machine. These wide limits catch a program that needs two extra passes, or whose passes are more
+// than two seconds apart. Another test measures the interval.
 constexpr Milliseconds MaxMedian{2 * Period};
 constexpr Milliseconds MaxSingle{6 * Period};
 
@@ -29,8 +28,7 @@ Milliseconds Since(Clock::time_point start) {
     return Clock::now() - start;
 }
 
-// Returns at another moment of the period in each trial: so long after a pass that the trials
-// together are spread evenly over it.
+// Returns at a different moment of the period in each trial; together the trials cover it evenly.
 bool WaitForMomentOf(const Sentinel& sentinel, int trial) {
     const std::size_t before = sentinel.PassTicks().size();
     if (!WaitUntil([&] { return sentinel.PassTicks().size() > before; })) {

@@ -134,8 +134,8 @@ TEST_F(MenuCommandsTest, ActiveWindowRowPinsTheWindowInFront) {
     }
 }
 
-// The click takes the foreground away from the window before the menu opens, or not: the user
-// means the window in either case.
+// Whether or not the click deactivates the window before the menu opens, the user means that
+// window.
 TEST_F(MenuCommandsTest, ActiveWindowSurvivesTheClickOnTheIcon) {
     ASSERT_TRUE(WriteSettings(SettingsText(true, {"Nowhere"})));
     Actor actor;
@@ -147,9 +147,9 @@ TEST_F(MenuCommandsTest, ActiveWindowSurvivesTheClickOnTheIcon) {
     EXPECT_TRUE(FileBecomes(SettingsText(true, {"Nowhere", "Target\t410\t310"})));
 }
 
-// What leads to the icon is in front both while the timer ticks and when the menu opens.
+// Whatever leads to the icon is in front both when the timer fires and when the menu opens.
 TEST_F(MenuCommandsTest, ActiveWindowSurvivesTheTaskBarsAndTheFlyoutOfTheTray) {
-    // In the taskbar's place, lest the icon and its balloons be sent to the actor's.
+    // Stands in for the taskbar, so that the icon and its balloons are not sent to the actor's.
     const TrayRecorder recorder;
     Actor actor;
     const Sentinel sentinel(actor);
@@ -194,7 +194,7 @@ TEST_F(MenuCommandsTest, OpenSettingsShowsTheFileInNotepad) {
     }
 }
 
-// More passes than the timer alone can have made in the time.
+// The timer alone could not have made so many passes in the time.
 TEST_F(MenuCommandsTest, ApplyNowRunsAPassAtOnce) {
     constexpr std::size_t Rounds = 6;
     ASSERT_TRUE(WriteSettings("Sentinel\n"));

@@ -1,4 +1,4 @@
-// The two lists of windows in the tray menu.
+// The tray menu's two window lists.
 
 #include "program/menu_scene.h"
 #include "support/screen.h"
@@ -12,12 +12,12 @@ using MenuListsTest = ProgramTest;
 constexpr COLORREF CheckColour = RGB(22, 163, 74);
 constexpr COLORREF ArrowColour = RGB(37, 99, 180);
 
-// A placeholder's row: the only one in "Add / Remove", the second in the other list.
+// The rows of placeholders: the only one in "Add / Remove", the second in the other list.
 constexpr Row NoWindowsToAdd{Item::AddRemove, 0, 1};
 constexpr Row NoActiveWindow{Item::AddRemoveMinSize, 0, 2};
 constexpr Row NoWindowsToMeasure{Item::AddRemoveMinSize, 1, 2};
 
-// Settings with one line more than given, up to the limit of a hundred.
+// Settings filled to the limit of a hundred entries, ending in the given line.
 std::string FullSettings(std::string_view lastLine) {
     std::string text(SettingsHeader);
     text += "@pinning=1\n";
@@ -28,8 +28,8 @@ std::string FullSettings(std::string_view lastLine) {
     return text.append(lastLine).append("\n");
 }
 
-// In front, but not to be seen: while it is there, no window counts as the active one. A session in
-// which no window has ever been in front has Wine's desktop there, which counts.
+// An invisible foreground window: while it exists, no window counts as active. In a session where
+// no window has ever been in front, Wine's desktop is, and that counts.
 WindowOwner InvisibleWindowInFront() {
     WindowOwner window = MessageOnlyWindow();
     EXPECT_TRUE(WaitUntil([&window] {
@@ -39,8 +39,8 @@ WindowOwner InvisibleWindowInFront() {
     return window;
 }
 
-// Tells whether the menus are open once the pointer's clicks so far have been carried out: only an
-// open menu follows the pointer to another item and back.
+// Whether the menus are still open once all clicks so far have taken effect: only an open menu
+// follows the pointer to another item and back.
 bool FollowsThePointer(const Program& program, HWND menu, Item submenu) {
     MovePointer(CentreOf(ItemRect(menu, Item::Exit)));
     return WaitUntil([&] { return MenuWindows(program) == std::vector<HWND>{menu}; }) &&
@@ -68,16 +68,16 @@ TEST_F(MenuListsTest, PlaceholdersChooseNothing) {
         ASSERT_NE(OpenSubmenu(program, row.submenu, Way::Keyboard), nullptr);
         TapKeys(VK_DOWN, row.place);
         TapKey(VK_RETURN);
-        // Wine closes a menu on Return over any item; only a click tells grayed ones apart.
+        // Wine closes a menu on Return over any item, so only a click tells grayed ones apart.
         EXPECT_TRUE(MenuCloses(program));
     }
     ASSERT_TRUE(program.SendCommand(ApplyNowCommand));
     EXPECT_EQ(ReadSettings(), SettingsText(true, {"Nowhere"}));
-    // The icon's own call and no balloon.
+    // Only the icon's own call, no balloon.
     ASSERT_EQ(recorder.Calls().size(), 1U) << testing::PrintToString(recorder.Calls().back().info);
 }
 
-TEST_F(MenuListsTest, AddRemoveChoiceAppliesToTheWindowsThatAreLeft) {
+TEST_F(MenuListsTest, AddRemoveChoiceUsesTheRemainingWindows) {
     ASSERT_TRUE(WriteSettings(SettingsText(true, {"Nowhere"})));
     Actor actor;
     const HWND alpha = actor.Create({.title = L"Alpha"});
@@ -93,7 +93,7 @@ TEST_F(MenuListsTest, AddRemoveChoiceAppliesToTheWindowsThatAreLeft) {
     EXPECT_FALSE(IsTopmost(beta));
 }
 
-TEST_F(MenuListsTest, AddRemoveChoiceBeyondTheWindowsThatAreLeftDoesNothing) {
+TEST_F(MenuListsTest, AddRemoveChoiceBeyondTheRemainingWindowsDoesNothing) {
     ASSERT_TRUE(WriteSettings(SettingsText(true, {"Nowhere"})));
     Actor actor;
     const HWND alpha = actor.Create({.title = L"Alpha"});
@@ -141,7 +141,7 @@ TEST_F(MenuListsTest, MinSizeChoiceOfAClosedWindowWarns) {
     EXPECT_EQ(ReadSettings(), SettingsText(true, {"Nowhere"}));
 }
 
-// The row of a minimised window is missing from the one list and present in the other.
+// A minimised window's row is missing from one list and present in the other.
 TEST_F(MenuListsTest, RowsBelowAMinimisedWindowKeepTheirMeaning) {
     const TrayRecorder recorder;
     ASSERT_TRUE(WriteSettings(SettingsText(true, {"Nowhere"})));
@@ -226,7 +226,7 @@ TEST_F(MenuListsTest, ListsEndAtFiveHundredWindows) {
     const TrayRecorder recorder;
     ASSERT_TRUE(WriteSettings(SettingsText(false, {"Nowhere"})));
     Actor actor;
-    // Small, bare and beyond the screen's edge, where so many windows cost the least.
+    // Small windows without a frame beyond the screen's edge cost the least.
     for (const wchar_t* title : {L"A", L"B", L"C", L"D", L"E", L"F"}) {
         static_cast<void>(actor.CreateMany(
             90,
@@ -238,7 +238,7 @@ TEST_F(MenuListsTest, ListsEndAtFiveHundredWindows) {
     for (const Item submenu : {Item::AddRemove, Item::AddRemoveMinSize}) {
         ASSERT_NE(OpenMenu(program), nullptr);
         ASSERT_NE(OpenSubmenu(program, submenu, Way::Keyboard), nullptr);
-        // From the first row upwards to the last.
+        // Up from the first row wraps around to the last.
         TapKey(VK_UP);
         TapKey(VK_RETURN);
         ASSERT_TRUE(MenuCloses(program));
@@ -247,7 +247,7 @@ TEST_F(MenuListsTest, ListsEndAtFiveHundredWindows) {
     }
 }
 
-TEST_F(MenuListsTest, MarksTellHowAWindowIsPinned) {
+TEST_F(MenuListsTest, RowMarksShowHowAWindowIsPinned) {
     struct Case {
         const char* line;
         bool checkInAddRemove;
@@ -288,7 +288,7 @@ TEST_F(MenuListsTest, MarksTellHowAWindowIsPinned) {
     }
 }
 
-// What the check mark's column of an item of the open menu holds besides its background.
+// Whether the item's check mark column holds anything besides background.
 bool HasCheckMark(HWND menu, Item item) {
     RECT column = ItemRect(menu, item);
     column.right = column.left + GetSystemMetrics(SM_CXMENUCHECK);
@@ -301,7 +301,7 @@ TEST_F(MenuListsTest, CheckMarksFollowTheFileAndTheShortcut) {
     for (const bool on : {true, false, true}) {
         ASSERT_TRUE(EditSettings(SettingsText(on, {"Nowhere"})));
         if (on) {
-            ASSERT_TRUE(WriteFileBytes(StartupShortcut(), "made by somebody else"));
+            ASSERT_TRUE(WriteFileBytes(StartupShortcut(), "made by another program"));
         } else {
             EmptyStartupFolder();
         }

@@ -1,4 +1,4 @@
-// How the tray menu opens and goes away.
+// Opening and dismissing the tray menu.
 
 #include "program/menu_scene.h"
 #include "support/tray.h"
@@ -32,7 +32,7 @@ TEST_F(MenuOpenTest, EitherButtonOpensTheMenuBesideTheIcon) {
         EXPECT_TRUE(IsInside(rect, screen)) << NameOf(button);
         EXPECT_GE(rect.right, icon.x - 40) << NameOf(button);
         EXPECT_GE(rect.bottom, icon.y - 40) << NameOf(button);
-        EXPECT_LE(rect.bottom, icon.y + 1) << NameOf(button) << ": it hangs below the pointer";
+        EXPECT_LE(rect.bottom, icon.y + 1) << NameOf(button) << ": opens below the pointer";
         sizes[button == MouseButton::Left ? 0 : 1] = WindowSize(menu);
         EXPECT_TRUE(DismissMenu(program)) << NameOf(button);
     }
@@ -40,7 +40,7 @@ TEST_F(MenuOpenTest, EitherButtonOpensTheMenuBesideTheIcon) {
     EXPECT_EQ(sizes[0].cy, sizes[1].cy);
 }
 
-TEST_F(MenuOpenTest, EscapeDismissesAndLeavesNothingBehind) {
+TEST_F(MenuOpenTest, EscapeDismissesTheMenuAndLeavesNothingBehind) {
     ASSERT_TRUE(WriteSettings("Sentinel\n"));
     Actor actor;
     const Sentinel sentinel(actor);
@@ -69,7 +69,7 @@ TEST_F(MenuOpenTest, EscapeInASubmenuGoesBackToTheMenu) {
     EXPECT_TRUE(MenuCloses(program));
 }
 
-TEST_F(MenuOpenTest, ClickElsewhereDismisses) {
+TEST_F(MenuOpenTest, ClickElsewhereDismissesTheMenu) {
     Actor actor;
     static_cast<void>(actor.Create({.title = L"Target", .x = 100, .y = 100}));
     const Program program = StartedProgram();
@@ -102,8 +102,7 @@ TEST_F(MenuOpenTest, SecondClickOnTheIconDoesNoHarm) {
     EXPECT_TRUE(FileBecomes(SettingsText(false, {"Sentinel"})));
 }
 
-// A click that the taskbar reports while the menu is open: a second menu would take the rows'
-// texts away from the first.
+// A second menu would take the row texts away from the first.
 TEST_F(MenuOpenTest, ClickReportedWhileTheMenuIsOpenChangesNothing) {
     ASSERT_TRUE(WriteSettings(SettingsText(true, {"Sentinel"})));
     Actor actor;
@@ -132,7 +131,7 @@ bool PointerIsInTheCentre() {
     return GetCursorPos(&pointer) != FALSE && pointer.x == centre.x && pointer.y == centre.y;
 }
 
-TEST_F(MenuOpenTest, TimerOfTheMenuOpensItOnceInTheMiddleOfTheScreen) {
+TEST_F(MenuOpenTest, MenuTimerOpensTheMenuOnceInTheMiddleOfTheScreen) {
     ASSERT_TRUE(WriteSettings("Sentinel\n"));
     Actor actor;
     const Sentinel sentinel(actor);
@@ -149,7 +148,7 @@ TEST_F(MenuOpenTest, TimerOfTheMenuOpensItOnceInTheMiddleOfTheScreen) {
     EXPECT_TRUE(MenuWindows(program).empty());
 }
 
-TEST_F(MenuOpenTest, TimerOfTheMenuOpensNoSecondOne) {
+TEST_F(MenuOpenTest, MenuTimerOpensNoSecondMenu) {
     ASSERT_TRUE(WriteSettings(SettingsText(true, {"Sentinel"})));
     Actor actor;
     const Sentinel sentinel(actor);

@@ -1,4 +1,4 @@
-// What goes on while the tray menu or the About dialog is open.
+// What continues while the tray menu or the About dialog is open.
 
 #include "program/menu_scene.h"
 #include "support/screen.h"
@@ -11,7 +11,7 @@ using MenuRunningTest = ProgramTest;
 
 constexpr COLORREF CoverColour = RGB(0xC0, 0x10, 0x20);
 
-// The two windows that a user may have open, each opened in its way and told closed in its way.
+// The two windows that the user may have open, and how to open each and tell that it is closed.
 struct Front {
     const char* name;
     HWND (*open)(const Program& program);
@@ -85,7 +85,7 @@ TEST_F(MenuRunningTest, EditOfTheFileTakesEffect) {
     }
 }
 
-TEST_F(MenuRunningTest, WindowsThatCloseDoNoHarm) {
+TEST_F(MenuRunningTest, ClosingWindowsDoNoHarm) {
     ASSERT_TRUE(WriteSettings("Sentinel\nTarget\n"));
     Actor actor;
     const Sentinel sentinel(actor);
@@ -108,7 +108,7 @@ std::size_t CoverPixels(const RECT& rect) {
     return CaptureScreen(rect).Count(CoverColour);
 }
 
-// A pass asks a window of the right size for nothing but its place at the top.
+// A pass asks a window of the right size only to be topmost.
 void ExpectRequestsOfPasses(Actor& actor, HWND window, std::size_t passes, const char* name) {
     const std::vector<PositionRequest> requests = actor.Requests(window);
     EXPECT_LE(requests.size(), passes + 1) << name;
@@ -119,8 +119,8 @@ void ExpectRequestsOfPasses(Actor& actor, HWND window, std::size_t passes, const
     }
 }
 
-// The cover grows over the whole screen by its minimum size, is raised by every pass and may not
-// hide what the user is looking at.
+// The cover's minimum size makes it fill the screen and every pass raises it, yet it must not hide
+// what the user is looking at.
 TEST_F(MenuRunningTest, PinnedWindowOverTheWholeScreenHidesNothing) {
     ASSERT_TRUE(WriteSettings("Sentinel\nCover 1280 800\n"));
     Actor actor;
@@ -189,7 +189,7 @@ TEST_F(MenuRunningTest, SubmenuStaysAboveItsMenu) {
     EXPECT_TRUE(DismissMenu(program));
 }
 
-// The end comes while a modal loop runs, for whatever reason.
+// The program is told to exit during a modal loop.
 TEST_F(MenuRunningTest, ExitReleasesTheWindowsAndEndsTheProcess) {
     ASSERT_TRUE(WriteSettings("Target\n"));
     Actor actor;
@@ -211,7 +211,7 @@ TEST_F(MenuRunningTest, ExitReleasesTheWindowsAndEndsTheProcess) {
     }
 }
 
-TEST_F(MenuRunningTest, CloseOfTheControlWindowWhileASubmenuIsOpenEndsTheProcess) {
+TEST_F(MenuRunningTest, ClosingTheControlWindowWhileASubmenuIsOpenEndsTheProcess) {
     ASSERT_TRUE(WriteSettings("Target\n"));
     Actor actor;
     const HWND target = actor.Create({.title = L"Target"});

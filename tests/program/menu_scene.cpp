@@ -9,7 +9,7 @@ namespace {
 
 constexpr POINT MenuSpot{500, 450};
 
-// Around the items, and of a separator: what this session's menus are drawn with.
+// The margin around the items and the height of a separator, as this session draws menus.
 constexpr LONG MenuMargin = 3;
 
 LONG SeparatorHeight() {
@@ -63,7 +63,7 @@ HWND WaitForMenu(const Program& program) {
     return came ? menus.front() : nullptr;
 }
 
-// Keys choose what is below the last choice; a menu just opened has none.
+// Arrow keys move from the selected item; a menu just opened has none.
 void MoveSelectionTo(Item item) {
     TapKeys(VK_DOWN, static_cast<int>(item) + 1);
 }
@@ -146,14 +146,15 @@ HWND OpenSubmenu(const Program& program, Item submenu, Way way) {
     const HWND menu = menus.front();
     if (way == Way::Mouse) {
         const POINT at = CentreOf(ItemRect(menu, submenu));
-        // From a little aside: a menu notices the pointer only when it moves.
+        // Starts slightly to the side, as a menu notices the pointer only when it moves.
         MovePointer({at.x - 3, at.y});
         MovePointer(at);
     } else {
         MoveSelectionTo(submenu);
         TapKey(VK_RIGHT);
     }
-    // Told by its handle: while a pass raises one menu after the other, either can be the highest.
+    // Identified by its handle: while a pass raises the menus one by one, either can be the
+    // highest.
     HWND opened = nullptr;
     static_cast<void>(WaitUntil([&] {
         for (const HWND window : MenuWindows(program)) {
@@ -177,7 +178,7 @@ bool Choose(const Program& program, Item item, Way way) {
         MoveSelectionTo(item);
         TapKey(VK_RETURN);
     }
-    return MenuCloses(program) || FailedBecause("the choice leaves the menu open");
+    return MenuCloses(program) || FailedBecause("the menu stays open after the choice");
 }
 
 bool Choose(const Program& program, const Row& row, Way way) {
@@ -192,7 +193,7 @@ bool Choose(const Program& program, const Row& row, Way way) {
         TapKeys(VK_DOWN, row.place);
         TapKey(VK_RETURN);
     }
-    return MenuCloses(program) || FailedBecause("the choice leaves the menu open");
+    return MenuCloses(program) || FailedBecause("the menu stays open after the choice");
 }
 
 bool OpenAndChoose(const Program& program, Item item, Way way) {
@@ -236,7 +237,7 @@ HWND OpenAbout(const Program& program) {
     if (!program.PostCommand(AboutCommand)) {
         return nullptr;
     }
-    // Complete once the owner is disabled: the dialog is laid out and placed before that.
+    // The owner is disabled only after the dialog is laid out and placed.
     static_cast<void>(WaitUntil([&] {
         return AboutDialog(program) != nullptr && IsWindowEnabled(program.ControlWindow()) == FALSE;
     }));

@@ -7,14 +7,14 @@
 #include "program/scene.h"
 #include "support/user_input.h"
 
-// The tray menu and the About dialog as a user meets them: opened by a click, chosen from with the
-// pointer or the arrow keys, read from the screen. Another process's menu tells nothing about its
-// items, so their places follow from the menu's height and from the order of its rows.
+// The tray menu and the About dialog as the user meets them: opened by a click, operated with the
+// pointer or the arrow keys, read from the screen. Another process's menu does not reveal its
+// items, so their places are computed from the menu's height and the order of the rows.
 namespace morvane::test {
 
 inline constexpr WORD AboutCommand = 1009;
 
-// The rows of the menu that can be chosen, from the top.
+// The menu's selectable items, from the top.
 enum class Item {
     AlwaysOnTop,
     AddRemove,
@@ -30,40 +30,39 @@ enum class Way { Mouse, Keyboard };
 inline constexpr Way Ways[] = {Way::Mouse, Way::Keyboard};
 [[nodiscard]] const char* NameOf(Way way);
 
-// A row of a submenu: its place, and how many rows there are besides the separator. In the submenu
-// of minimum sizes the active window's row has the place 0.
+// A row of a submenu: its place and the number of rows without the separator. In the submenu of
+// minimum sizes the active window's row has place 0.
 struct Row {
     Item submenu = Item::AddRemove;
     int place = 0;
     int count = 0;
 };
 
-// The row that a title has now; a failure of the running test when it has none.
+// The title's current row; fails the test if it has none.
 [[nodiscard]] Row AddRemoveRow(std::wstring_view title);
 [[nodiscard]] Row MinSizeRow(std::wstring_view title);
 [[nodiscard]] Row ActiveWindowRow();
 
-// Open menus of the program, the highest first: submenus before the menu, except for moments in
-// which a pass is raising them.
+// The program's open menus, highest first: submenus before the menu, except while a pass is raising
+// them.
 [[nodiscard]] std::vector<HWND> MenuWindows(const Program& program);
 [[nodiscard]] bool MenuCloses(const Program& program);
 
-// These return the menu's window, or null when none comes. The first clicks the icon; the second
-// does what the taskbar does then, with the pointer in the middle of the screen: it works without a
-// taskbar, and the window in the foreground stays there until the menu is built.
+// These return the menu's window; null if none appears. The first clicks the icon. The second does
+// what the taskbar does then, with the pointer in the middle of the screen: it needs no taskbar,
+// and the foreground window stays in front until the menu is built.
 [[nodiscard]] HWND OpenMenuByIcon(const Program& program, MouseButton button = MouseButton::Left);
 [[nodiscard]] HWND OpenMenu(const Program& program);
 
-// Where the item of an open menu is, in screen pixels.
+// The item's area in screen pixels; the menu must be open.
 [[nodiscard]] RECT ItemRect(HWND menu, Item item);
 [[nodiscard]] RECT RowRect(HWND submenu, const Row& row);
 [[nodiscard]] POINT CentreOf(const RECT& rect);
 
-// Opens a submenu of the open menu; its window, or null when none comes.
+// Opens a submenu of the open menu and returns its window; null if none appears.
 [[nodiscard]] HWND OpenSubmenu(const Program& program, Item submenu, Way way);
 
-// Choose from an open menu; false when something on the way does not appear, or when the menu stays
-// open afterwards.
+// Choose from an open menu. False if something does not appear or the menu stays open.
 [[nodiscard]] bool Choose(const Program& program, Item item, Way way);
 [[nodiscard]] bool Choose(const Program& program, const Row& row, Way way);
 
@@ -73,19 +72,19 @@ struct Row {
 
 void TapKeys(WORD virtualKey, int times);
 
-// Dismisses whatever menu is open, submenus included.
+// Dismisses the open menu and its submenus.
 [[nodiscard]] bool DismissMenu(const Program& program);
 
 [[nodiscard]] bool FileBecomes(const std::string& content);
 
-// The dialog, or null when none is open.
+// The open dialog, or null.
 [[nodiscard]] HWND AboutDialog(const Program& program);
 
-// Opens it by the command; null when it does not come.
+// Opens it by its command; null if it does not appear.
 [[nodiscard]] HWND OpenAbout(const Program& program);
 [[nodiscard]] bool AboutCloses(const Program& program);
 
-// The text of a control of the dialog, asked of the control itself.
+// The text of a control of the dialog, read from the control itself.
 [[nodiscard]] std::wstring ControlText(HWND dialog, int id);
 
 inline constexpr int AboutBodyId = 100;

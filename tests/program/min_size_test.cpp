@@ -1,4 +1,4 @@
-// Windows held at a minimum size, by the file and by the commands.
+// Windows kept at a minimum size, through the file and through the commands.
 
 #include "program/scene.h"
 
@@ -98,8 +98,8 @@ TEST_F(MinSizeTest, MinimisedWindowIsPinnedAtOnceAndGrowsWhenRestored) {
     EXPECT_TRUE(IsTopmost(target));
 }
 
-// A "(min size)" command works on the windows as last enumerated; a row that no window has
-// enumerates them and changes nothing.
+// A "(min size)" command uses the windows as last enumerated. A row command without a window
+// enumerates them and changes nothing else.
 bool EnumerateWindows(const Program& program) {
     return program.SendCommand(TogglePinCommand + 499);
 }
@@ -136,7 +136,7 @@ TEST_F(MinSizeTest, CommandChangesTheEntryThatIdentifiesTheWindow) {
     EXPECT_EQ(ReadSettings(), SettingsText(true, {"Other", "get\t640\t360"}));
 }
 
-TEST_F(MinSizeTest, MoreThanCanBeStoredIsCutAndReportedInFull) {
+TEST_F(MinSizeTest, TooLargeASizeIsStoredCappedAndReportedInFull) {
     const TrayRecorder recorder;
     Actor actor;
     const HWND wide =
@@ -149,7 +149,7 @@ TEST_F(MinSizeTest, MoreThanCanBeStoredIsCutAndReportedInFull) {
     EXPECT_EQ(WaitForBalloon(recorder).info, L"Minimum size set to 9000 x 600.");
 }
 
-TEST_F(MinSizeTest, CommandIndexesTheListAsItWasWhenEnumerated) {
+TEST_F(MinSizeTest, CommandUsesTheListAsLastEnumerated) {
     Actor actor;
     const HWND target = actor.Create({.title = L"M", .width = 640, .height = 360});
     const Program program = StartedProgram();
@@ -174,7 +174,7 @@ TEST_F(MinSizeTest, WindowsWithoutAReadableSizeAreRefused) {
     ASSERT_TRUE(MeasureRow(program, L"Iconic"));
     actor.Destroy(gone);
     ASSERT_TRUE(program.SendCommand(static_cast<WORD>(MinSizeCommand + row)));
-    // No menu has been opened, so that there is no active window either.
+    // No menu has been opened, so there is no active window either.
     ASSERT_TRUE(program.SendCommand(MinSizeActiveCommand));
     for (std::size_t i = 0; i < 3; ++i) {
         const TrayCall balloon = WaitForBalloon(recorder, i);

@@ -4,14 +4,14 @@
 
 #include "base/owners.h"
 
-// Need the declarations above.
+// Needs the declarations above.
 #include <tlhelp32.h>
 #include <winternl.h>
 
 namespace morvane::test {
 namespace {
 
-// Reads a value, or count units of text, out of the other process's memory.
+// Reads a value, or count units of text, from the other process's memory.
 template <typename Value>
 bool ReadFrom(HANDLE process, const void* address, Value* values, std::size_t count = 1) {
     SIZE_T bytes = 0;

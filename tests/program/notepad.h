@@ -5,14 +5,14 @@
 
 #include "base/win.h"
 
-// The editor that the program opens its file with. The session is private: every Notepad in it has
-// been opened by the program under test.
+// The editor that the program opens its file with. The session is private, so the program under
+// test has started every Notepad in it.
 namespace morvane::test {
 
 [[nodiscard]] std::vector<DWORD> NotepadProcesses();
 void EndNotepads();
 
-// The command line as the process was started with; no documented call tells it to others.
+// The command line that the process was started with; no documented call returns another process's.
 [[nodiscard]] std::wstring CommandLineOf(HANDLE process);
 
 }  // namespace morvane::test

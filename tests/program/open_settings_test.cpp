@@ -1,4 +1,4 @@
-// The command "Open settings": Notepad with the file.
+// The command "Open settings", which opens the file in Notepad.
 
 #include <algorithm>
 #include <array>
@@ -30,7 +30,7 @@ protected:
     }
 };
 
-// What the one Notepad is started with, and nothing more behind it.
+// Whether the only Notepad was started with these arguments and nothing after them.
 bool IsStartedWith(const std::wstring& arguments) {
     if (!WaitUntil([] { return NotepadProcesses().size() == 1; })) {
         return false;
@@ -45,7 +45,7 @@ HWND NotepadWindow() {
     return windows.empty() ? nullptr : windows.front();
 }
 
-// The text that Notepad shows, line ends as in the file.
+// The text in Notepad, with the file's line endings.
 std::string ShownText() {
     HWND edit = nullptr;
     if (!WaitUntil([&edit] {
@@ -77,7 +77,7 @@ TEST_F(OpenSettingsTest, NotepadShowsTheFile) {
     EXPECT_EQ(ReadSettings(), "Target\n");
 }
 
-TEST_F(OpenSettingsTest, EditorIsTheSystemsOwnWithTheQuotedPathAlone) {
+TEST_F(OpenSettingsTest, EditorIsTheSystemsNotepadWithOnlyTheQuotedPath) {
     const Program program = StartedProgram();
     ASSERT_TRUE(program.SendCommand(OpenSettingsCommand));
     ASSERT_TRUE(WaitUntil([] { return NotepadProcesses().size() == 1; }));
@@ -93,7 +93,7 @@ TEST_F(OpenSettingsTest, EditorIsTheSystemsOwnWithTheQuotedPathAlone) {
     SCOPED_TRACE(testing::PrintToString(commandLine));
     const std::wstring arguments = L" \"" + SettingsPath() + L"\"";
     ASSERT_TRUE(commandLine.ends_with(arguments));
-    // The shell puts the program's path in quotes or not.
+    // The shell may or may not quote the program's path.
     std::wstring start = commandLine.substr(0, commandLine.size() - arguments.size());
     start.erase(std::remove(start.begin(), start.end(), L'"'), start.end());
     EXPECT_TRUE(SamePath(start, editor));
@@ -111,7 +111,7 @@ TEST_F(OpenSettingsTest, DeletedFileIsWrittenBeforeNotepadOpensIt) {
     EXPECT_FALSE(IsTopmost(target));
 }
 
-TEST_F(OpenSettingsTest, BlanksInThePathDoNotSplitIt) {
+TEST_F(OpenSettingsTest, SpacesInThePathDoNotSplitIt) {
     const std::wstring elsewhere = RoamingFolder() + L"\\A folder  with blanks";
     CreateDirectoryW(elsewhere.c_str(), nullptr);
     {
@@ -127,7 +127,7 @@ TEST_F(OpenSettingsTest, BlanksInThePathDoNotSplitIt) {
     RemoveDirectoryW(elsewhere.c_str());
 }
 
-TEST_F(OpenSettingsTest, FolderInPlaceOfTheFileIsHandedToNotepadAsItIs) {
+TEST_F(OpenSettingsTest, FolderInPlaceOfTheFileIsPassedToNotepad) {
     ASSERT_NE(CreateDirectoryW(DataFolder().c_str(), nullptr), FALSE);
     ASSERT_NE(CreateDirectoryW(SettingsPath().c_str(), nullptr), FALSE);
     const Program program = StartedProgram();
@@ -137,14 +137,14 @@ TEST_F(OpenSettingsTest, FolderInPlaceOfTheFileIsHandedToNotepadAsItIs) {
               static_cast<DWORD>(FILE_ATTRIBUTE_DIRECTORY));
 }
 
-TEST_F(OpenSettingsTest, EditorIsFoundWhereTheSystemFolderIsUnknown) {
-    ForgetNotedCalls();
+TEST_F(OpenSettingsTest, EditorIsFoundWithoutTheSystemFolder) {
+    ForgetRecordedCalls();
     const Program program = StartedFaultyProgram("GetSystemDirectoryW");
     ASSERT_TRUE(program.SendCommand(OpenSettingsCommand));
     EXPECT_EQ(CountOf("GetSystemDirectoryW failed"), 1U);
     EXPECT_TRUE(IsStartedWith(L"\"" + SettingsPath() + L"\""));
     EXPECT_EQ(program.ExitByCommand(), 0U);
-    ForgetNotedCalls();
+    ForgetRecordedCalls();
 }
 
 TEST_F(OpenSettingsTest, NothingOpensWithoutASettingsPath) {
@@ -154,7 +154,7 @@ TEST_F(OpenSettingsTest, NothingOpensWithoutASettingsPath) {
     EXPECT_TRUE(NotepadProcesses().empty());
 }
 
-TEST_F(OpenSettingsTest, ProgramGoesOnAndMayEndWhileNotepadIsOpen) {
+TEST_F(OpenSettingsTest, ProgramRunsOnAndExitsWhileNotepadIsOpen) {
     ASSERT_TRUE(WriteSettings("Target\n"));
     Actor actor;
     const Program program = StartedProgram();

@@ -1,4 +1,4 @@
-// What has been done and what has not when the icon comes and when it goes.
+// What happens before the icon appears and before it goes.
 
 #include <utility>
 
@@ -9,7 +9,7 @@ namespace {
 
 using OrderTest = ProgramTest;
 
-// The program waits for the taskbar's answer, so that nothing moves while the recorder looks.
+// The program waits for the taskbar's answer, so nothing changes while the recorder looks.
 TEST_F(OrderTest, IconComesBetweenTheFileAndTheFirstPass) {
     TrayRecorder recorder;
     ASSERT_FALSE(PathExists(SettingsPath()));
@@ -45,7 +45,7 @@ TEST_F(OrderTest, IconGoesAfterTheWindowsHaveBeenReleased) {
         recorder.Watch(target, SettingsPath());
         const Program program = StartedProgram();
         ASSERT_TRUE(BecomesTopmost(target));
-        // A call while the window is pinned shows that the recorder can tell.
+        // A call made while the window is pinned shows that the recorder notices that.
         ASSERT_TRUE(program.SendCommand(MinSizeActiveCommand));
         ASSERT_EQ((program.*end)(), 0U);
         const std::vector<TrayCall> calls = recorder.Calls();

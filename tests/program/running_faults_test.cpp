@@ -1,4 +1,4 @@
-// A running program on a platform that refuses what it needs: it goes on.
+// The running program continues when the platform refuses what it needs.
 
 #include "program/faulty_scene.h"
 #include "program/menu_scene.h"
@@ -8,7 +8,7 @@ namespace {
 
 using RunningFaultsTest = FaultyProgramTest;
 
-TEST_F(RunningFaultsTest, ShellThatTakesNeitherIconNorBalloonsStopsNoCommand) {
+TEST_F(RunningFaultsTest, ShellThatRefusesIconAndBalloonsStopsNoCommand) {
     const TrayRecorder recorder;
     ASSERT_TRUE(WriteSettings("Target\n"));
     Actor actor;
@@ -17,11 +17,11 @@ TEST_F(RunningFaultsTest, ShellThatTakesNeitherIconNorBalloonsStopsNoCommand) {
     EXPECT_EQ(CountOf("Shell_NotifyIconW failed"), 2U) << "the icon is offered twice";
     ASSERT_TRUE(program.SendCommand(StartWithWindowsCommand));
     EXPECT_TRUE(PathExists(StartupShortcut()));
-    EXPECT_EQ(CountOf("Shell_NotifyIconW failed"), 3U) << "the balloon is not repeated";
+    EXPECT_EQ(CountOf("Shell_NotifyIconW failed"), 3U) << "the balloon is tried once";
     ASSERT_TRUE(program.SendCommand(AlwaysOnTopCommand));
     EXPECT_TRUE(BecomesOrdinary(target));
     EXPECT_EQ(program.ExitByCommand(), 0U);
-    EXPECT_EQ(CountOf("Shell_NotifyIconW failed"), 4U) << "the removal";
+    EXPECT_EQ(CountOf("Shell_NotifyIconW failed"), 4U) << "on removing the icon";
     EXPECT_TRUE(recorder.Calls().empty());
 }
 
@@ -44,7 +44,7 @@ TEST_F(RunningFaultsTest, FolderThatCannotBeMadeLeavesTheProgramWithoutAFile) {
     EXPECT_GT(CountOf("CreateDirectoryW failed"), 0U);
     ASSERT_TRUE(SendRowCommand(program, TogglePinCommand, L"Target"));
     ASSERT_TRUE(program.SendCommand(ApplyNowCommand));
-    EXPECT_FALSE(IsTopmost(target)) << "the pass read what the file holds: nothing";
+    EXPECT_FALSE(IsTopmost(target)) << "the pass read nothing";
     EXPECT_EQ(program.ExitByCommand(), 0U);
     EXPECT_FALSE(PathExists(DataFolder()));
 }
@@ -54,7 +54,7 @@ TEST_F(RunningFaultsTest, FolderThatCannotBeWrittenToKeepsWhatItHolds) {
          {std::optional<std::string>(), std::optional<std::string>("Other\n")}) {
         SCOPED_TRACE(held.value_or("no file"));
         ResetProfile();
-        ForgetNotedCalls();
+        ForgetRecordedCalls();
         ASSERT_NE(CreateDirectoryW(DataFolder().c_str(), nullptr), FALSE);
         if (held) {
             ASSERT_TRUE(WriteSettings(*held));
@@ -88,11 +88,11 @@ TEST_F(RunningFaultsTest, FileThatMayNotBeWrittenKeepsWhatItHolds) {
     }
     EXPECT_EQ(CountOf("CreateFileW failed"), 1U);
     EXPECT_EQ(ReadSettings(), bytes);
-    EXPECT_TRUE(BecomesTopmost(target)) << "what the file says wins again";
+    EXPECT_TRUE(BecomesTopmost(target)) << "the file counts again";
     EXPECT_TRUE(Balloons(recorder).empty());
 }
 
-// Rewritten in place: what the file held is gone where the disk refuses the new text.
+// The file is rewritten in place, so what it held is lost when the disk is full.
 TEST_F(RunningFaultsTest, DiskThatFillsUpDuringASaveCutsTheFile) {
     const std::string whole = SettingsText(false, {"Target"});
     for (const std::size_t taken : {std::size_t{0}, std::size_t{20}, whole.size() - 3}) {
@@ -104,7 +104,7 @@ TEST_F(RunningFaultsTest, DiskThatFillsUpDuringASaveCutsTheFile) {
         ASSERT_TRUE(IsTopmost(target));
         ASSERT_TRUE(program.SendCommand(AlwaysOnTopCommand));
         EXPECT_EQ(ReadSettings(), whole.substr(0, taken));
-        EXPECT_TRUE(program.SendCommand(ApplyNowCommand)) << "runs on by what the file holds";
+        EXPECT_TRUE(program.SendCommand(ApplyNowCommand)) << "still running";
         EXPECT_EQ(program.ExitByCommand(), 0U);
         EXPECT_EQ(ReadSettings(), whole.substr(0, taken)) << "nothing is written at the end";
     }
@@ -122,11 +122,11 @@ TEST_F(RunningFaultsTest, FileThatCannotBeReadMeansNoEntriesUntilItCan) {
     ASSERT_TRUE(WriteSettings("Target\n"));
     Actor actor;
     const HWND target = actor.Create({.title = L"Target"});
-    // More than the timer asks for before the commands below do.
+    // More reads than the timer makes before the commands below.
     const Program program = StartedFaultyProgram("ReadFile@1-60");
     ASSERT_TRUE(program.SendCommand(ApplyNowCommand));
     EXPECT_FALSE(IsTopmost(target));
-    ASSERT_EQ(CountOf("ReadFile passed"), 0U) << "not failing any more";
+    ASSERT_EQ(CountOf("ReadFile passed"), 0U) << "no longer failing";
     EXPECT_TRUE(WaitUntil([&] {
         static_cast<void>(program.SendCommand(ApplyNowCommand));
         return IsTopmost(target);
@@ -135,7 +135,7 @@ TEST_F(RunningFaultsTest, FileThatCannotBeReadMeansNoEntriesUntilItCan) {
     EXPECT_EQ(ReadSettings(), "Target\n");
 }
 
-// By design: a command saves what the latest pass has read, whatever the file holds by then.
+// By design, a command saves what the latest pass read, whatever the file holds by then.
 TEST_F(RunningFaultsTest, CommandAfterAFailedReadSavesWhatWasReadAndLosesTheEntries) {
     struct FailedRead {
         const char* plan;
@@ -143,12 +143,12 @@ TEST_F(RunningFaultsTest, CommandAfterAFailedReadSavesWhatWasReadAndLosesTheEntr
     };
     for (const FailedRead& item :
          {FailedRead{"ReadFile", "ReadFile failed"},
-          // Both reads of the start, and no timer brings a third one before the command.
+          // Both reads at the start fail, and without a timer there is no third before the command.
           FailedRead{"ReadFile@1-2,SetTimer", "ReadFile failed"},
-          // The same for the folder.
+          // The same for the folder's path.
           FailedRead{"SHGetFolderPathW@1-4,SetTimer", "SHGetFolderPathW failed"}}) {
         SCOPED_TRACE(item.plan);
-        ForgetNotedCalls();
+        ForgetRecordedCalls();
         ASSERT_TRUE(EditSettings(SettingsText(true, {"First", "Second\t500\t400"})));
         const Program program = StartedFaultyProgram(item.plan);
         ASSERT_GT(CountOf(item.failure), 0U);
@@ -191,9 +191,9 @@ TEST_F(RunningFaultsTest, EditorThatDoesNotStartStopsNothing) {
     EXPECT_TRUE(program.SendCommand(ApplyNowCommand));
 }
 
-// What lies behind the buffer may be the address to return to.
+// The bytes past the buffer may be the return address.
 TEST_F(RunningFaultsTest, OverrunBufferEndsTheProgram) {
-    // In the taskbar's place: there an icon that nobody removes would stay for the tests to come.
+    // Stands in for the taskbar, where an icon that nobody removes would stay for later tests.
     const TrayRecorder recorder;
     constexpr DWORD StackBufferOverrun = 0xC0000409;
     for (const char* plan : {"GetSystemDirectoryW=16", "GetSystemDirectoryW=8"}) {
@@ -201,13 +201,13 @@ TEST_F(RunningFaultsTest, OverrunBufferEndsTheProgram) {
         ASSERT_TRUE(program.PostCommand(OpenSettingsCommand));
         EXPECT_EQ(program.WaitForExit(), StackBufferOverrun) << plan;
         EXPECT_EQ(CountOf("GetSystemDirectoryW failed"), 1U) << plan;
-        ForgetNotedCalls();
+        ForgetRecordedCalls();
     }
 }
 
-// Nothing sensible can be done without; what is left on top is found by the next instance.
+// There is nothing sensible left to do; the next instance finds the windows left on top.
 TEST_F(RunningFaultsTest, WithoutMemoryTheProgramEndsAtOnce) {
-    // In the taskbar's place: there an icon that nobody removes would stay for the tests to come.
+    // Stands in for the taskbar, where an icon that nobody removes would stay for later tests.
     const TrayRecorder recorder;
     ASSERT_TRUE(WriteSettings("Target\n"));
     Actor actor;
@@ -215,7 +215,7 @@ TEST_F(RunningFaultsTest, WithoutMemoryTheProgramEndsAtOnce) {
     {
         const Program program = StartedFaultyProgram("malloc@60");
         EXPECT_TRUE(IsTopmost(target));
-        // Until enough has been asked for.
+        // Until enough memory has been requested.
         EXPECT_TRUE(WaitUntil([&program] {
             static_cast<void>(program.PostCommand(ApplyNowCommand));
             return !program.IsRunning();
@@ -229,9 +229,9 @@ TEST_F(RunningFaultsTest, WithoutMemoryTheProgramEndsAtOnce) {
     EXPECT_FALSE(IsTopmost(target));
 }
 
-// Nobody catches what the runtime's library throws.
+// Nothing catches the runtime library's exceptions.
 TEST_F(RunningFaultsTest, WhateverTheLibraryThrowsEndsTheProgramAtOnce) {
-    // In the taskbar's place: there an icon that nobody removes would stay for the tests to come.
+    // Stands in for the taskbar, where an icon that nobody removes would stay for later tests.
     const TrayRecorder recorder;
     struct Case {
         const char* plan;
@@ -257,24 +257,24 @@ TEST_F(RunningFaultsTest, RefusedShortcutIsAWarning) {
     EXPECT_FALSE(PathExists(StartupShortcut()));
 }
 
-// Windows of programs with more rights refuse every request.
-TEST_F(RunningFaultsTest, RequestsThatAreRefusedAreRepeatedAndDisturbNothing) {
+// Windows of programs with higher privileges refuse every request.
+TEST_F(RunningFaultsTest, RefusedRequestsAreRepeatedAndDisturbNothing) {
     ASSERT_TRUE(WriteSettings("Target 500 400\n"));
     Actor actor;
     const HWND target = actor.Create({.title = L"Target", .width = 300, .height = 200});
-    // Each pass wants to size and to pin.
+    // Each pass resizes and pins.
     const Program program = StartedFaultyProgram("SetWindowPos@1-5");
     EXPECT_TRUE(BecomesTopmost(target));
     EXPECT_EQ(CountOf("SetWindowPos failed"), 5U);
     EXPECT_TRUE(WaitUntil([target] { return WindowSize(target).cx == 500; }));
 }
 
-// The sign-in screen and questions of the system take the screen for a while.
-TEST_F(RunningFaultsTest, DesktopThatComesBackIsServedAgain) {
+// The sign-in screen and system prompts take over the screen for a while.
+TEST_F(RunningFaultsTest, WindowsArePinnedAgainWhenTheDesktopComesBack) {
     ASSERT_TRUE(WriteSettings("Target\n"));
     Actor actor;
     const HWND first = actor.Create({.title = L"Target"});
-    // The first pass is not disturbed; those that find windows again are refused at first.
+    // The first pass succeeds; the passes that find windows again are refused at first.
     const Program program = StartedFaultyProgram("EnumWindows@2-5,SetWindowPos@2-3");
     ASSERT_TRUE(IsTopmost(first));
     const HWND second = actor.Create({.title = L"Target 2"});
@@ -287,8 +287,8 @@ TEST_F(RunningFaultsTest, DesktopThatComesBackIsServedAgain) {
     EXPECT_FALSE(IsTopmost(second));
 }
 
-// A window that was forgotten would stay on top for good.
-TEST_F(RunningFaultsTest, DesktopThatIsAwayLetsNothingBeForgotten) {
+// A forgotten window would stay on top for good.
+TEST_F(RunningFaultsTest, NothingIsForgottenWhileTheDesktopIsAway) {
     ASSERT_TRUE(WriteSettings("Target\n"));
     Actor actor;
     const HWND target = actor.Create({.title = L"Target"});
@@ -302,7 +302,7 @@ TEST_F(RunningFaultsTest, DesktopThatIsAwayLetsNothingBeForgotten) {
     EXPECT_TRUE(IsTopmost(target));
     EXPECT_EQ(program.ExitByCommand(), 0U);
     EXPECT_EQ(CountOf("EnumWindows passed"), 1U);
-    EXPECT_FALSE(IsTopmost(target)) << "remembered all the time";
+    EXPECT_FALSE(IsTopmost(target)) << "was remembered throughout";
 }
 
 TEST_F(RunningFaultsTest, MenuOpensInTheCornerWithoutACursor) {
@@ -315,7 +315,7 @@ TEST_F(RunningFaultsTest, MenuOpensInTheCornerWithoutACursor) {
     EXPECT_TRUE(DismissMenu(program));
 }
 
-TEST_F(RunningFaultsTest, MenuThatCannotBeMadeChangesNothing) {
+TEST_F(RunningFaultsTest, MenuThatCannotBeCreatedChangesNothing) {
     ASSERT_TRUE(WriteSettings("Sentinel\n"));
     Actor actor;
     const Sentinel sentinel(actor);
@@ -324,21 +324,21 @@ TEST_F(RunningFaultsTest, MenuThatCannotBeMadeChangesNothing) {
     EXPECT_EQ(CountOf("CreatePopupMenu failed"), 1U);
     EXPECT_TRUE(MenuWindows(program).empty());
     EXPECT_TRUE(sentinel.WaitForTimedPass());
-    ASSERT_NE(OpenMenu(program), nullptr) << "the next one can be made";
+    ASSERT_NE(OpenMenu(program), nullptr) << "the next menu can be created";
     EXPECT_TRUE(DismissMenu(program));
 }
 
 TEST_F(RunningFaultsTest, AboutThatCannotBeCreatedLeavesTheTrayUsable) {
-    // The first class and the first window are the control window's.
+    // The first class and window are the control window's.
     for (const std::string function : {"RegisterClassW", "CreateWindowExW"}) {
         SCOPED_TRACE(function);
-        ForgetNotedCalls();
+        ForgetRecordedCalls();
         const Program program = StartedFaultyProgram(function + "@2");
         ASSERT_TRUE(program.SendCommand(AboutCommand));
         EXPECT_EQ(CountOf(function + " failed"), 1U);
         EXPECT_EQ(AboutDialog(program), nullptr);
         EXPECT_NE(IsWindowEnabled(program.ControlWindow()), FALSE);
-        EXPECT_NE(OpenAbout(program), nullptr) << "the next one can be created";
+        EXPECT_NE(OpenAbout(program), nullptr) << "the next dialog can be created";
         EXPECT_EQ(program.ExitByCommand(), 0U);
     }
 }

@@ -29,7 +29,7 @@ bool EditSettings(std::string_view bytes) {
     if (!WriteFileBytes(draft, bytes)) {
         return false;
     }
-    // Refused for the moment in which the program reads the old file.
+    // Fails while the program is reading the old file.
     return WaitUntil([&draft] {
         return MoveFileExW(draft.c_str(), SettingsPath().c_str(), MOVEFILE_REPLACE_EXISTING) !=
                FALSE;
@@ -56,7 +56,7 @@ bool BecomesOrdinary(HWND window) {
 }
 
 std::optional<LRESULT> Answer(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
-    // Neither 0 nor 1, so that an answer which was never given is not taken for one.
+    // Neither 0 nor 1, so that a missing answer is not taken for one.
     DWORD_PTR result = 0xDEAD;
     if (SendMessageTimeoutW(window, message, wParam, lParam, SMTO_NORMAL,
                             static_cast<UINT>(DefaultTimeout.count()), &result) == 0) {
@@ -81,15 +81,15 @@ bool Sentinel::WaitForPin() const {
 }
 
 bool Sentinel::WaitForRequests(std::size_t before) const {
-    // The first request may come from a pass that was under way before; the second comes from a
-    // later pass, and the third shows that this one is over.
+    // The first request may come from a pass already running; the second comes from a later pass,
+    // and the third shows that this one is over.
     return WaitUntil([this, before] { return TopmostRequests(*actor_, window_) >= before + 3; });
 }
 
 bool Sentinel::WaitForPass(const Program& program) const {
     const std::size_t before = TopmostRequests(*actor_, window_);
-    // Posted and not sent: a sent command would be carried out in the middle of a pass that waits
-    // for a window's answer, which would then go on with what it had found before.
+    // Posted, as a sent command would run in the middle of a pass that waits for a window, and that
+    // pass would then go on with outdated state.
     for (int i = 0; i < 3; ++i) {
         if (!program.PostCommand(ApplyNowCommand)) {
             return false;

@@ -20,9 +20,8 @@
 #include "support/wait.h"
 #include "support/window_state.h"
 
-// What the tests of the whole program share. Identifiers, texts and file contents are written down
-// here a second time instead of being taken from the program: they are what users and other
-// programs rely on.
+// Shared by the tests of the whole program. Identifiers, texts and file contents are repeated here
+// and not taken from the program, as users and other programs rely on them.
 namespace morvane::test {
 
 inline constexpr WORD ApplyNowCommand = 1001;
@@ -37,54 +36,53 @@ inline constexpr UINT TrayMessage = WM_APP + 1;
 
 inline constexpr wchar_t MutexName[] = L"Local\\Morvane_SingleInstance";
 
-// A file as the program writes it, with one line per entry.
+// A settings file as the program writes it, one line per entry.
 [[nodiscard]] std::string SettingsText(bool pinning, std::initializer_list<std::string_view> lines);
 
-// Puts the content in place of the settings file in one step, as editors do that save by renaming:
-// no pass ever meets a half-written file, which it would take for a list without these entries.
+// Replaces the settings file in one step, like editors that save by renaming: a pass would take a
+// half-written file for a list without the other entries.
 [[nodiscard]] bool EditSettings(std::string_view bytes);
 
-// Starts every test as if the program had never run; skips it where the profile is somebody's.
+// Resets the profile before every test; skips the test if the profile is not disposable.
 class ProgramTest : public ::testing::Test {
 protected:
     void SetUp() override;
 };
 
-// Started, and its control window is there; a failure of the running test otherwise.
+// Waits for its control window; fails the test if it does not come.
 [[nodiscard]] Program StartedProgram(const Environment& changes = {});
 
 [[nodiscard]] bool BecomesTopmost(HWND window);
 [[nodiscard]] bool BecomesOrdinary(HWND window);
 
-// The answer to a message sent to a window, or nothing when none comes.
+// The answer to a message sent to a window; empty if none comes.
 [[nodiscard]] std::optional<LRESULT> Answer(HWND window, UINT message, WPARAM wParam,
                                             LPARAM lParam);
 
-// How often the window has been asked to the top of the topmost band.
+// How often the window has been asked to the top of the topmost windows.
 [[nodiscard]] std::size_t TopmostRequests(Actor& actor, HWND window);
 
-// A pinned window that tells when passes have gone by: for "nothing happens" without a delay. Its
-// pattern, SentinelLine, has to be in the settings file.
+// A pinned window that shows when passes have run, so that a test can check that nothing happens
+// without a delay. Its pattern, SentinelLine, must be in the settings file.
 class Sentinel {
 public:
     explicit Sentinel(Actor& actor);
 
-    // It is pinned, for the first time.
+    // Waits until it is pinned for the first time.
     [[nodiscard]] bool WaitForPin() const;
 
-    // Orders passes by command and returns when one that began after this call is over.
+    // Triggers passes by command and returns when one that began after this call is over.
     [[nodiscard]] bool WaitForPass(const Program& program) const;
 
-    // The same without a command: the program's own timer has to do it.
+    // The same, waiting for the program's own timer.
     [[nodiscard]] bool WaitForTimedPass() const;
 
-    // When each pass so far reached it, oldest first: GetTickCount64, milliseconds. As the first
-    // entry of the list it is the last window of a pass.
+    // When each pass so far reached it, oldest first, in GetTickCount64's milliseconds. If it is
+    // the list's first entry, it is the last window of a pass.
     [[nodiscard]] std::vector<ULONGLONG> PassTicks() const;
 
-    // The times between the passes that reached it since its records were forgotten, shortest
-    // first, once there are so many; milliseconds. A failure of the running test when they do not
-    // come.
+    // Waits for this many intervals between passes since its records were cleared. Returns them in
+    // milliseconds, shortest first; fails the test if they do not come.
     [[nodiscard]] std::vector<ULONGLONG> PassGaps(std::size_t count) const;
 
     [[nodiscard]] HWND Window() const { return window_; }
@@ -98,24 +96,25 @@ private:
 
 inline constexpr std::string_view SentinelLine = "Sentinel";
 
-// The titles of the program's list of windows, in the order of its rows.
+// The titles in the program's window list, in row order.
 [[nodiscard]] std::vector<std::wstring> RowTitles();
 
-// The row that the title has among them; -1 when it has none.
+// The title's row; -1 if it has none.
 [[nodiscard]] int RowOfTitle(std::wstring_view title);
 
-// Sends the row's command of a family that begins with firstCommand; false without such a row too.
+// Sends the command of the title's row, counted from firstCommand; false if there is no such row or
+// the command fails.
 [[nodiscard]] bool SendRowCommand(const Program& program, WORD firstCommand,
                                   std::wstring_view title);
 
-// What the taskbar gets of the system's icon for programs, asked for by this very process. The
-// recorder forgets it again.
+// What the taskbar receives for the system's program icon, sent by the test itself. The recorder
+// forgets it again.
 [[nodiscard]] TrayCall SystemIconCall(TrayRecorder& recorder);
 
 // The balloons among the calls, oldest first.
 [[nodiscard]] std::vector<TrayCall> Balloons(const TrayRecorder& recorder);
 
-// The next balloon after those already seen, or an empty call when none comes.
+// The next balloon after those already seen; an empty call if none comes.
 [[nodiscard]] TrayCall WaitForBalloon(const TrayRecorder& recorder, std::size_t seen = 0);
 
 }  // namespace morvane::test

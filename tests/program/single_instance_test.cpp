@@ -1,4 +1,4 @@
-// One instance per sign-in session, and what other starts do beside it.
+// One instance per sign-in session, and what further starts do.
 
 #include <algorithm>
 
@@ -35,7 +35,7 @@ TEST_F(SingleInstanceTest, SecondStartEndsAndLeavesTheFirstUndisturbed) {
     EXPECT_EQ(ReadSettings(), "Sentinel\nTarget\n");
 }
 
-TEST_F(SingleInstanceTest, SecondStartSaysNothingToTheTaskbar) {
+TEST_F(SingleInstanceTest, SecondStartDoesNotContactTheTaskbar) {
     const TrayRecorder recorder;
     const Program first = StartedProgram();
     ASSERT_TRUE(WaitUntil([&] { return !recorder.Calls().empty(); }));
@@ -104,14 +104,14 @@ TEST_F(SingleInstanceTest, InstanceThatCrashedDoesNotBlockTheNext) {
     EXPECT_TRUE(second.IsRunning());
 }
 
-TEST_F(SingleInstanceTest, MutexOfAnybodyElseEndsTheStartSilently) {
+TEST_F(SingleInstanceTest, MutexOfAnotherProcessEndsTheStartSilently) {
     const KernelHandle mutex(CreateMutexW(nullptr, TRUE, MutexName));
     ASSERT_TRUE(mutex);
     EXPECT_EQ(RunProgram(L""), 0U);
     EXPECT_FALSE(PathExists(DataFolder()));
 }
 
-// The name taken by another kind of object: the mutex cannot be created at all.
+// Another kind of object has the name, so the mutex cannot be created.
 TEST_F(SingleInstanceTest, ProgramDoesNotRunWithoutItsMutex) {
     const KernelHandle event(CreateEventW(nullptr, TRUE, FALSE, MutexName));
     ASSERT_TRUE(event);
@@ -119,7 +119,7 @@ TEST_F(SingleInstanceTest, ProgramDoesNotRunWithoutItsMutex) {
     EXPECT_FALSE(PathExists(DataFolder()));
 }
 
-TEST_F(SingleInstanceTest, SwitchesActAlsoWhenTheMutexIsTaken) {
+TEST_F(SingleInstanceTest, SwitchesActEvenIfTheMutexIsTaken) {
     const KernelHandle mutex(CreateMutexW(nullptr, TRUE, MutexName));
     EXPECT_EQ(RunProgram(L"--install-startup"), 0U);
     EXPECT_TRUE(PathExists(StartupShortcut()));

@@ -1,4 +1,4 @@
-// Starts and switches on a platform that refuses what they need.
+// Starts and switches when the platform refuses what they need.
 
 #include <algorithm>
 
@@ -9,13 +9,13 @@ namespace {
 
 using StartFaultsTest = FaultyProgramTest;
 
-// Otherwise the tests below would show nothing.
+// The tests below rely on both.
 TEST_F(StartFaultsTest, ProgramWithoutFaultsRunsAndUnknownFaultsStopIt) {
     {
         const Program program = StartedFaultyProgram("SetTimer@0");
         EXPECT_EQ(program.ExitByCommand(), 0U);
     }
-    EXPECT_EQ(NotedCalls(), std::vector<std::string>{"SetTimer passed"});
+    EXPECT_EQ(RecordedCalls(), std::vector<std::string>{"SetTimer passed"});
     for (const char* plan : {"NoSuchFunction", "SetTimer@", "SetTimer@x", "SetTimer,,"}) {
         EXPECT_EQ(RunFaultyProgram(plan), PlanFailed) << plan;
     }
@@ -29,43 +29,43 @@ TEST_F(StartFaultsTest, WithoutComNothingIsDone) {
         EXPECT_EQ(RunFaultyProgram("CoInitializeEx,CoUninitialize@0", arguments), 1U) << arguments;
     }
     EXPECT_EQ(CountOf("CoInitializeEx failed"), 4U);
-    EXPECT_EQ(CountOf("CoUninitialize passed"), 0U) << "nothing to leave";
+    EXPECT_EQ(CountOf("CoUninitialize passed"), 0U) << "COM was never entered";
     EXPECT_FALSE(PathExists(DataFolder()));
-    EXPECT_TRUE(PathExists(StartupShortcut())) << "no switch was looked at";
+    EXPECT_TRUE(PathExists(StartupShortcut())) << "the switch did nothing";
     EXPECT_TRUE(recorder.Calls().empty());
 }
 
 constexpr const char* ComIsLeft = "CoUninitialize passed";
 constexpr const char* MutexIsClosed = "CloseHandle passed";
 
-// The last two calls so far.
-std::vector<std::string> LastNotedCalls() {
-    const std::vector<std::string> calls = NotedCalls();
+// The last two recorded calls.
+std::vector<std::string> LastRecordedCalls() {
+    const std::vector<std::string> calls = RecordedCalls();
     return {calls.end() - static_cast<std::ptrdiff_t>(std::min<std::size_t>(calls.size(), 2)),
             calls.end()};
 }
 
-// As long as the mutex is there no other instance begins: nothing of this one is left by then.
+// No other instance starts while the mutex exists, so COM must be done with before it goes.
 TEST_F(StartFaultsTest, ComIsLeftBeforeTheMutexUnlessAnotherInstanceHasIt) {
     const std::string plan = "CoUninitialize@0,CloseHandle@0";
     const TrayRecorder recorder;
     {
         const Program other = StartedProgram();
         EXPECT_EQ(RunFaultyProgram(plan), 0U);
-        EXPECT_EQ(LastNotedCalls(), (std::vector<std::string>{MutexIsClosed, ComIsLeft}));
+        EXPECT_EQ(LastRecordedCalls(), (std::vector<std::string>{MutexIsClosed, ComIsLeft}));
         EXPECT_EQ(other.ExitByCommand(), 0U);
     }
-    ForgetNotedCalls();
+    ForgetRecordedCalls();
     const Program program = StartedFaultyProgram(plan);
     EXPECT_EQ(program.ExitByCommand(), 0U);
-    EXPECT_EQ(LastNotedCalls(), (std::vector<std::string>{ComIsLeft, MutexIsClosed}));
+    EXPECT_EQ(LastRecordedCalls(), (std::vector<std::string>{ComIsLeft, MutexIsClosed}));
 }
 
 TEST_F(StartFaultsTest, EverySwitchLeavesCom) {
     for (const wchar_t* argument : {L"--install-startup", L"--remove-startup", L"--remove-data"}) {
-        ForgetNotedCalls();
+        ForgetRecordedCalls();
         EXPECT_EQ(RunFaultyProgram("CoUninitialize@0", argument), 0U) << argument;
-        EXPECT_EQ(NotedCalls(), std::vector<std::string>{ComIsLeft}) << argument;
+        EXPECT_EQ(RecordedCalls(), std::vector<std::string>{ComIsLeft}) << argument;
     }
 }
 
@@ -81,13 +81,13 @@ TEST_F(StartFaultsTest, RefusedClassAndWindowEndTheStartSilently) {
         const std::string function = item.function;
         EXPECT_EQ(RunFaultyProgram(function + ",CoUninitialize@0,CloseHandle@0"), item.exitCode)
             << function;
-        EXPECT_EQ(NotedCalls(),
+        EXPECT_EQ(RecordedCalls(),
                   (std::vector<std::string>{function + " failed", ComIsLeft, MutexIsClosed}));
         EXPECT_FALSE(PathExists(DataFolder())) << function;
-        ForgetNotedCalls();
+        ForgetRecordedCalls();
     }
     EXPECT_TRUE(recorder.Calls().empty());
-    // The mutex went with the process.
+    // The process took its mutex with it.
     const Program program = StartedProgram();
     EXPECT_TRUE(program.IsRunning());
 }
@@ -95,7 +95,7 @@ TEST_F(StartFaultsTest, RefusedClassAndWindowEndTheStartSilently) {
 TEST_F(StartFaultsTest, RefusedMutexEndsTheStartSilently) {
     const TrayRecorder recorder;
     EXPECT_EQ(RunFaultyProgram("CreateMutexW,CoUninitialize@0,CloseHandle@0"), 0U);
-    EXPECT_EQ(NotedCalls(), (std::vector<std::string>{"CreateMutexW failed", ComIsLeft}));
+    EXPECT_EQ(RecordedCalls(), (std::vector<std::string>{"CreateMutexW failed", ComIsLeft}));
     EXPECT_FALSE(PathExists(DataFolder()));
     EXPECT_TRUE(recorder.Calls().empty());
 }
@@ -107,7 +107,7 @@ TEST_F(StartFaultsTest, WithoutATimerCommandsStillRunPasses) {
     const HWND first = actor.Create({.title = L"Target"});
     const Program program = StartedFaultyProgram("SetTimer");
     EXPECT_EQ(CountOf("SetTimer failed"), 1U);
-    EXPECT_TRUE(IsTopmost(first)) << "by the pass at the start";
+    EXPECT_TRUE(IsTopmost(first)) << "pinned by the first pass";
     const HWND second = actor.Create({.title = L"Target 2"});
     EXPECT_TRUE(StaysTrue([second] { return !IsTopmost(second); }, 1500ms));
     ASSERT_TRUE(program.SendCommand(ApplyNowCommand));
@@ -117,9 +117,9 @@ TEST_F(StartFaultsTest, WithoutATimerCommandsStillRunPasses) {
     EXPECT_FALSE(IsTopmost(second));
 }
 
-// The loop ends as with a quit message, but the control window was not destroyed before.
+// The loop ends as on a quit message, but the control window has not been destroyed.
 TEST_F(StartFaultsTest, FailureOfTheMessageLoopReleasesTheWindows) {
-    // In the taskbar's place: there an icon that nobody removes would stay for the tests to come.
+    // Stands in for the taskbar, where an icon that nobody removes would stay for later tests.
     const TrayRecorder recorder;
     ASSERT_TRUE(WriteSettings("Target\n"));
     Actor actor;
@@ -128,17 +128,17 @@ TEST_F(StartFaultsTest, FailureOfTheMessageLoopReleasesTheWindows) {
     EXPECT_EQ(CountOf("GetMessageW failed"), 1U);
     EXPECT_GT(TopmostRequests(actor, target), 0U);
     EXPECT_FALSE(IsTopmost(target));
-    // It is left to the taskbar, which drops it when the pointer passes over it.
+    // It is left to the taskbar, which drops it when the pointer moves over it.
     const std::vector<TrayCall> calls = recorder.Calls();
     ASSERT_EQ(calls.size(), 1U) << "the icon was removed";
     EXPECT_EQ(calls.front().message, static_cast<DWORD>(NIM_ADD));
 }
 
-TEST_F(StartFaultsTest, WithoutItsIconTheProgramShowsThatOfTheSystem) {
+TEST_F(StartFaultsTest, WithoutItsIconTheProgramShowsTheSystemsIcon) {
     TrayRecorder recorder;
     const TrayCall systemIcon = SystemIconCall(recorder);
     ASSERT_NE(systemIcon.pictureHash, 0U);
-    // The first one is that of the window's class.
+    // The first call is for the window class.
     const Program program = StartedFaultyProgram("LoadIconW@2");
     EXPECT_EQ(CountOf("LoadIconW failed"), 1U);
     ASSERT_TRUE(WaitUntil([&] { return !recorder.Calls().empty(); }));
@@ -174,8 +174,8 @@ TEST_F(StartFaultsTest, RemovalThatGetsStuckFailsTheSwitch) {
         const std::wstring folder = DataFolder();
         EXPECT_EQ(RunFaultyProgram(plan, L"--remove-data"), 2U) << plan;
         EXPECT_TRUE(PathExists(folder)) << plan;
-        EXPECT_FALSE(PathExists(StartupShortcut())) << plan << ": goes first";
-        EXPECT_EQ(RunProgram(L"--remove-data"), 0U) << plan << ": can be asked for again";
+        EXPECT_FALSE(PathExists(StartupShortcut())) << plan << ": removed first";
+        EXPECT_EQ(RunProgram(L"--remove-data"), 0U) << plan << ": works when repeated";
         EXPECT_FALSE(PathExists(folder)) << plan;
     }
 }

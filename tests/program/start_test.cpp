@@ -1,4 +1,4 @@
-// What is there once the program has started.
+// The state once the program has started.
 
 #include "program/scene.h"
 
@@ -27,8 +27,8 @@ TEST_F(StartTest, EmptyFileIsLeftEmpty) {
     EXPECT_EQ(ReadSettings(), "");
 }
 
-// A posted command is served before the timer: what the window has been asked for when the first
-// command ends the program was asked for before the message loop.
+// A posted command runs before the timer, so if the first command ends the program, all requests
+// until then were made before the message loop.
 TEST_F(StartTest, FirstPassRunsBeforeTheMessageLoop) {
     ASSERT_TRUE(WriteSettings("Target\n"));
     Actor actor;

@@ -29,7 +29,7 @@ TEST_F(StartupCommandTest, ShortcutAppearsAndDisappears) {
     ExpectBalloon(WaitForBalloon(recorder, 1), Disabled, NIIF_INFO);
 }
 
-// What the file is, or where it leads, does not matter.
+// The file's type and target do not matter.
 TEST_F(StartupCommandTest, AnyFileOfTheNameCountsAsEnabled) {
     const TrayRecorder recorder;
     ASSERT_TRUE(WriteFileBytes(StartupShortcut(), "anything"));

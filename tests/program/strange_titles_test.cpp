@@ -1,4 +1,4 @@
-// Windows whose titles are a trial for the file, the menu and the comparison.
+// Titles that are hard for the file, the menu and the matching.
 
 #include "program/scene.h"
 
@@ -17,7 +17,7 @@ struct TitleCase {
     std::string line;
 };
 
-// The longest title that the program sees, of characters that take three bytes in the file.
+// The longest title that the program reads, in characters of three bytes each in the file.
 TitleCase LongestTitle() {
     constexpr std::size_t Units = 511;
     std::string line;
@@ -27,7 +27,7 @@ TitleCase LongestTitle() {
     return {"511 units", std::wstring(Units, L'\x7A93'), line};
 }
 
-TEST_F(StrangeTitlesTest, TitlesThatTheFileCanHoldArePinnedAndLetGo) {
+TEST_F(StrangeTitlesTest, TitlesThatTheFileCanHoldArePinnedAndReleased) {
     const TitleCase cases[] = {
         LongestTitle(),
         {"ampersands", L"Tom & Jerry && all", "Tom & Jerry && all"},
@@ -60,8 +60,8 @@ TEST_F(StrangeTitlesTest, TitlesThatTheFileCanHoldArePinnedAndLetGo) {
     }
 }
 
-// The format has no way to write them down. What becomes of them is an entry all the same, which
-// the user sees in the file.
+// The format cannot express these titles. Something is still saved as an entry, which the user sees
+// in the file.
 TEST_F(StrangeTitlesTest, TitlesThatTheFileCannotHoldAreNotPinned) {
     const TitleCase cases[] = {
         {"lone high surrogate", L"half \xD83D", "half \xEF\xBF\xBD"},
@@ -88,8 +88,8 @@ TEST_F(StrangeTitlesTest, TitleOfSeveralLinesBecomesSeveralEntries) {
     const Program program = StartedProgram();
     ASSERT_TRUE(ToggleRow(program, title));
     EXPECT_EQ(ReadSettings(), SettingsText(true, {"first", "second"}));
-    EXPECT_TRUE(IsTopmost(window)) << "by the longer one";
-    // Each choice takes one of the entries away.
+    EXPECT_TRUE(IsTopmost(window)) << "pinned by the longer entry";
+    // Each choice removes one of the entries.
     ASSERT_TRUE(ToggleRow(program, title));
     EXPECT_EQ(ReadSettings(), SettingsText(true, {"first"}));
     ASSERT_TRUE(ToggleRow(program, title));

@@ -1,4 +1,4 @@
-// What the program does when it is started with a switch, and what it takes for one.
+// What the program does with a switch, and what counts as one.
 
 #include <algorithm>
 
@@ -39,7 +39,7 @@ constexpr SwitchCase SwitchCases[] = {
     {"data removal in quotes", L"\"x --remove-data\"", Effect::RemovesData},
 };
 
-TEST_F(SwitchesTest, FirstSwitchInFixedOrderActsAndIsTheOnlyOne) {
+TEST_F(SwitchesTest, OnlyTheFirstSwitchInTheFixedOrderActs) {
     for (const SwitchCase& item : SwitchCases) {
         ResetProfile();
         ASSERT_TRUE(WriteSettings("kept\n")) << item.name;
@@ -80,7 +80,7 @@ TEST_F(SwitchesTest, InstallingTwiceSucceedsBothTimesAndLeavesOneShortcut) {
     EXPECT_EQ(names.size(), 3U);  // "." and ".." are listed too
 }
 
-TEST_F(SwitchesTest, InstallingReplacesWhateverFileHasTheName) {
+TEST_F(SwitchesTest, InstallingReplacesAnyFileOfThatName) {
     ASSERT_TRUE(WriteFileBytes(StartupShortcut(), "no shortcut at all"));
     EXPECT_EQ(RunProgram(L"--install-startup"), 0U);
     EXPECT_TRUE(ReadShortcut(StartupShortcut()).has_value());
@@ -126,8 +126,8 @@ TEST_F(SwitchesTest, EverythingElseStartsTheProgram) {
         {"unknown switch", L"--help"},
         {"one dash", L"-install-startup"},
         {"part of a switch", L"--install"},
-        {"switch in two pieces", L"--remove- data"},
-        {"letters that fold elsewhere only", L"--\x0131nstall-startup"},
+        {"switch with a space inside", L"--remove- data"},
+        {"letter that matches only in other locales", L"--\x0131nstall-startup"},
         {"a long line",
          L"aaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaa"},
     };

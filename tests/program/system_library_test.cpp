@@ -1,5 +1,5 @@
-// A portable program lies in a folder that other files get into, downloads for example: libraries
-// there must not become part of it.
+// A portable program may lie in a folder that other files get into, such as downloads. Libraries
+// there must not be loaded.
 
 #include <algorithm>
 #include <array>
@@ -20,10 +20,9 @@ namespace {
 
 constexpr const wchar_t* ProgramName = L"Morvane.exe";
 
-// What Windows maps from its own list of known libraries (KnownDLLs in the registry, and what those
-// import), whatever lies beside a program: a planted file of such a name is never looked at. Wine
-// has no such list, so that these names are left out here; that the program imports no others at
-// load time is a fact about its file, which the tests of the finished program check.
+// Windows loads these from its own list of known libraries (KnownDLLs in the registry, and what
+// those import) and ignores planted files of these names. Wine has no such list, so they are left
+// out here. The tests of the finished program check that it imports no others at load time.
 constexpr std::wstring_view KnownLibraries[] = {
     L"advapi32.dll", L"clbcatq.dll", L"combase.dll",    L"gdi32.dll",   L"imm32.dll",
     L"kernel32.dll", L"msctf.dll",   L"msvcrt.dll",     L"ole32.dll",   L"oleaut32.dll",
@@ -31,19 +30,18 @@ constexpr std::wstring_view KnownLibraries[] = {
     L"user32.dll",   L"ntdll.dll",   L"kernelbase.dll", L"win32u.dll",  L"ucrtbase.dll",
 };
 
-// Wine's own libraries import these, wherever they lie: they are put beside the program once the
-// program runs. By then they are loaded already under Wine, so that asking for them again finds
-// them by their names; only on Windows could they come from the wrong place.
+// Wine's own libraries import these from anywhere, so they are planted once the program runs. Under
+// Wine they are loaded by then and found by name when asked for again; only on Windows could they
+// come from the wrong place.
 constexpr std::wstring_view ImportedByWine[] = {L"version.dll", L"zlib1.dll"};
 
-// Wine's uxtheme imports these only when it draws, by a way of Wine's that does not know what the
-// program has said about folders: they are not put beside the program at all. What Windows does
-// with them is a point of docs/windows-checklist.md.
+// Wine's uxtheme imports these only when it draws, ignoring the program's library search settings,
+// so they are not planted at all. docs/windows-checklist.md covers them on Windows.
 constexpr std::wstring_view ImportedLateByWine[] = {L"msimg32.dll"};
 
-// What Windows's own libraries load by name in programs like this one, beside what Wine's load.
-// Where Wine's libraries do not ask for a name, it cannot fail here; with these names planted on
-// Windows, docs/windows-checklist.md has a step.
+// What Windows's own libraries load by name in programs like this one, beyond what Wine's load. A
+// name that Wine's libraries never ask for cannot fail here; docs/windows-checklist.md has a step
+// that plants these names on Windows.
 constexpr const wchar_t* LoadedByWindows[] = {
     L"apphelp.dll",  L"bcrypt.dll",   L"cryptbase.dll",     L"cryptsp.dll",
     L"edputil.dll",  L"iertutil.dll", L"linkinfo.dll",      L"kernel.appcore.dll",
@@ -53,7 +51,7 @@ constexpr const wchar_t* LoadedByWindows[] = {
     L"wldp.dll",     L"xmllite.dll",
 };
 
-// Copied under the names of libraries that Wine does not have.
+// The copy for libraries that Wine does not have.
 constexpr const wchar_t* AnyLibrary = L"dwmapi.dll";
 
 std::wstring PortableFolder() {
@@ -81,8 +79,8 @@ std::vector<std::wstring> FromPortableFolder(std::vector<std::wstring> files) {
     return files;
 }
 
-// Puts a copy of the system's library beside the program, without the mark by which Wine knows
-// its own libraries: it would load the original in place of a marked copy.
+// Puts a copy of the system's library beside the program. The copy lacks the mark by which Wine
+// knows its own libraries, as Wine would load the original for a marked one.
 bool Plant(const std::wstring& name) {
     constexpr std::string_view Mark = "Wine builtin DLL";
     std::array<wchar_t, MAX_PATH> system{};
@@ -125,9 +123,9 @@ std::vector<std::wstring> LoadedModules(DWORD processId) {
     return files;
 }
 
-// Opens and closes all that the program has to show, and writes what it has to write. Returns every
-// library that is loaded before, meanwhile and at the end, let go again or not.
-std::vector<std::wstring> LibrariesOfAllThatThereIs(const Program& program) {
+// Opens and closes everything the program can show, and makes it write everything it can write.
+// Returns every library loaded at any time, even if unloaded again.
+std::vector<std::wstring> LibrariesLoadedAtAnyTime(const Program& program) {
     const LibraryWatch watch(program.ProcessId());
     EXPECT_NE(OpenMenu(program), nullptr);
     EXPECT_NE(OpenSubmenu(program, Item::AddRemove, Way::Keyboard), nullptr);
@@ -187,7 +185,7 @@ TEST_F(SystemLibraryTest, LibrariesBesideTheProgramAreNotLoaded) {
     std::set<std::wstring> names(std::begin(LoadedByWindows), std::end(LoadedByWindows));
     {
         const Program program = StartedProgram();
-        for (const std::wstring& file : LibrariesOfAllThatThereIs(program)) {
+        for (const std::wstring& file : LibrariesLoadedAtAnyTime(program)) {
             names.insert(NameOf(file));
         }
         ASSERT_EQ(program.ExitByCommand(), 0U);
@@ -197,7 +195,7 @@ TEST_F(SystemLibraryTest, LibrariesBesideTheProgramAreNotLoaded) {
     for (const std::wstring_view known : KnownLibraries) {
         names.erase(std::wstring(known));
     }
-    // Let go again as soon as it has been used, hence not among the modules.
+    // Unloaded right after use, hence not among the modules.
     EXPECT_TRUE(names.contains(L"dwmapi.dll"));
     EXPECT_TRUE(names.contains(L"uxtheme.dll"));
     std::set<std::wstring> afterStart;
@@ -214,7 +212,7 @@ TEST_F(SystemLibraryTest, LibrariesBesideTheProgramAreNotLoaded) {
     const Program program = Program::FromFile(PortableFile(ProgramName));
     ASSERT_NE(program.WaitForControlWindow(), nullptr);
     PlantAll(afterStart);
-    const std::vector<std::wstring> files = LibrariesOfAllThatThereIs(program);
+    const std::vector<std::wstring> files = LibrariesLoadedAtAnyTime(program);
     EXPECT_TRUE(std::any_of(files.begin(), files.end(), [](const std::wstring& file) {
         return NameOf(file) == L"dwmapi.dll";
     }));
@@ -222,9 +220,9 @@ TEST_F(SystemLibraryTest, LibrariesBesideTheProgramAreNotLoaded) {
     EXPECT_EQ(program.ExitByCommand(), 0U);
 }
 
-// Otherwise the test above would show nothing: the same program without its care takes what is
-// beside it.
-TEST_F(SystemLibraryTest, PlantedLibraryIsLoadedByAProgramThatTakesNoCare) {
+// Shows that the test above can fail: without its precautions the same program loads the planted
+// library.
+TEST_F(SystemLibraryTest, PlantedLibraryIsLoadedByACarelessProgram) {
     ASSERT_NE(CopyFileW(RequiredPath(L"MORVANE_TEST_FAULTY_PROGRAM").c_str(),
                         PortableFile(ProgramName).c_str(), FALSE),
               FALSE);
@@ -233,7 +231,7 @@ TEST_F(SystemLibraryTest, PlantedLibraryIsLoadedByAProgramThatTakesNoCare) {
         Program::FromFile(PortableFile(ProgramName), L"",
                           {{L"MORVANE_FAULTS", L"SetDefaultDllDirectories,LoadLibraryExW=1"}});
     ASSERT_NE(program.WaitForControlWindow(), nullptr);
-    const std::vector<std::wstring> files = FromPortableFolder(LibrariesOfAllThatThereIs(program));
+    const std::vector<std::wstring> files = FromPortableFolder(LibrariesLoadedAtAnyTime(program));
     EXPECT_TRUE(std::any_of(files.begin(), files.end(),
                             [](const std::wstring& file) { return NameOf(file) == AnyLibrary; }));
     EXPECT_EQ(program.ExitByCommand(), 0U);

@@ -43,7 +43,7 @@ TEST_F(TrayTest, IconIsAddedOnceInTheClassicForm) {
     EXPECT_EQ(call.stateMask, 0U);
 }
 
-TEST_F(TrayTest, RefusedIconIsTriedOnceMoreAndThenDoneWithout) {
+TEST_F(TrayTest, RefusedIconIsTriedOnceMoreAndThenGivenUp) {
     struct Case {
         int refused;
         std::size_t calls;
@@ -93,7 +93,7 @@ TEST_F(TrayTest, BalloonLeavesIconAndTipAlone) {
     EXPECT_EQ(balloon.timeout, 0U);
 }
 
-TEST_F(TrayTest, BalloonIsSeenOnTheScreen) {
+TEST_F(TrayTest, BalloonAppearsOnTheScreen) {
     const Program program = StartedProgram();
     ASSERT_TRUE(WaitUntil([] { return TrayIconPresent(); }));
     ASSERT_TRUE(program.SendCommand(StartWithWindowsCommand));
@@ -145,7 +145,7 @@ TEST_F(TrayTest, OtherNotificationsAnswerZeroAndOpenNothing) {
         NIN_SELECT,
         NIN_BALLOONSHOW,
         NIN_BALLOONUSERCLICK,
-        // Forms in which a newer taskbar convention would carry a release.
+        // How a newer taskbar convention would encode a release.
         MAKELPARAM(WM_LBUTTONUP, 1),
         MAKELPARAM(WM_RBUTTONUP, 1),
     };

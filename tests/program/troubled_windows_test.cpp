@@ -1,4 +1,4 @@
-// Windows that hang, die, refuse or come in crowds.
+// Windows that hang, die, refuse requests or are numerous.
 
 #include <algorithm>
 
@@ -38,12 +38,12 @@ TEST_F(TroubledWindowsTest, ExitWaitsForAHungWindowAndReleasesIt) {
     ASSERT_TRUE(BecomesTopmost(stuck));
     hanging.Hang(1000ms);
     EXPECT_EQ(program.ExitByCommand(), 0U);
-    EXPECT_FALSE(IsTopmost(stuck)) << "not waited for";
+    EXPECT_FALSE(IsTopmost(stuck)) << "the exit did not wait";
 }
 
-// A message that another program sends is carried out while a pass waits for a window, and the
-// rest of that pass comes after it.
-TEST_F(TroubledWindowsTest, EndThatIsSentIntoAHangingPassLeavesNoWindowTopmost) {
+// A message sent by another program is handled while a pass waits for a window; the rest of that
+// pass runs after it.
+TEST_F(TroubledWindowsTest, ExitSentDuringAHangingPassLeavesNoWindowTopmost) {
     struct SentEnd {
         const char* name;
         UINT message;
@@ -61,7 +61,8 @@ TEST_F(TroubledWindowsTest, EndThatIsSentIntoAHangingPassLeavesNoWindowTopmost) 
         ASSERT_TRUE(BecomesTopmost(hung));
         ASSERT_TRUE(BecomesTopmost(healthy));
         hanging.Hang(2500ms);
-        // The later entry is asked first: as long as a pass waits for it, the other is not asked.
+        // The later entry is requested first; while the pass waits for it, the other gets no
+        // request.
         ASSERT_TRUE(WaitUntil(
             [&] { return GetTickCount64() - other.Requests(healthy).back().tickCount > 1'000; }));
         const std::size_t before = TopmostRequests(hanging, hung);
@@ -91,7 +92,7 @@ TEST_F(TroubledWindowsTest, WindowThatDiesWhileItIsPinnedDisturbsNoOther) {
     }
 }
 
-TEST_F(TroubledWindowsTest, WindowThatRefusesIsAskedAgainAtEveryPass) {
+TEST_F(TroubledWindowsTest, WindowThatRefusesIsAskedAgainInEveryPass) {
     ASSERT_TRUE(WriteSettings("Target\n"));
     Actor actor;
     const HWND refusing = actor.Create({.title = L"Target"});
@@ -125,14 +126,14 @@ TEST_F(TroubledWindowsTest, RestartedProgramIsPinnedAgain) {
     EXPECT_TRUE(BecomesTopmost(actor.Create({.title = L"Target"})));
 }
 
-// A pass over so many windows takes longer than the time between two passes.
-TEST_F(TroubledWindowsTest, TwoThousandWindowsAreLookedThrough) {
+// A pass over this many windows takes longer than the timer's interval.
+TEST_F(TroubledWindowsTest, ProgramCopesWithTwoThousandWindows) {
     constexpr int Parts = 40;
     constexpr int PartSize = 50;
     ASSERT_TRUE(WriteSettings("Target\n"));
     Actor actor;
     const HWND below = actor.Create({.title = L"Target below"});
-    // In parts, so that the other process answers in time on a busy machine.
+    // In batches, so that the other process answers in time on a busy machine.
     for (int part = 0; part < Parts; ++part) {
         static_cast<void>(actor.CreateMany(
             PartSize, {.title = L"Passer-by ", .style = WS_POPUP, .width = 40, .height = 30}));
@@ -162,8 +163,8 @@ TEST_F(TroubledWindowsTest, CrowdOfWindowsIsPinnedAndReleased) {
     EXPECT_TRUE(WaitUntil([&] { return topmost(crowd) == 64; }));
     EXPECT_EQ(topmost(others), 0);
     EXPECT_TRUE(program.SendCommand(AlwaysOnTopCommand));
-    // A sent command may come in the middle of a pass, which then ends before the next sets it
-    // right.
+    // A sent command may come in the middle of a pass, which then finishes; the next pass corrects
+    // the result.
     EXPECT_TRUE(WaitUntil([&] { return topmost(crowd) == 0; }));
     EXPECT_TRUE(program.SendCommand(AlwaysOnTopCommand));
     EXPECT_TRUE(WaitUntil([&] { return topmost(crowd) == 64; }));

@@ -1,4 +1,4 @@
-// Which window lies above which, as the user sees it on the screen.
+// The order of windows as the user sees it on the screen.
 
 #include <algorithm>
 
@@ -15,7 +15,7 @@ constexpr COLORREF Blue = RGB(0x10, 0x20, 0xC0);
 
 using ZOrderTest = ProgramTest;
 
-// 400 by 300 pixels in three places that overlap at Shared; each has a point of its own.
+// Three places of 400 by 300 pixels that overlap at Shared, each with a point of its own.
 constexpr POINT Shared{330, 330};
 constexpr POINT OfSecond{560, 400};
 
@@ -102,7 +102,7 @@ TEST_F(ZOrderTest, ClickOnALowerEntryIsUndoneWithoutTakingTheKeyboard) {
     Click(OfSecond, MouseButton::Left);
     ASSERT_TRUE(Received(actor, second, WM_LBUTTONUP));
     ASSERT_TRUE(WaitUntil([&] { return GetForegroundWindow() == second; }));
-    // Activation alone does not raise a window on every desktop; the order has to be lost for sure.
+    // Activation alone does not raise a window on every desktop, so raise it explicitly.
     const std::size_t before = TopmostRequests(actor, first);
     actor.Raise(second);
     EXPECT_TRUE(WaitUntil([&] { return TopmostRequests(actor, first) > before; }));
@@ -145,7 +145,7 @@ TEST_F(ZOrderTest, RequestsMoveAndActivateNothing) {
     EXPECT_EQ(requests.back().insertAfter, HWND_NOTOPMOST);
 }
 
-TEST_F(ZOrderTest, WindowsThatAreNoneOfTheListsBusinessStayOrdinary) {
+TEST_F(ZOrderTest, WindowsThatTheListDoesNotConcernStayOrdinary) {
     ASSERT_TRUE(WriteSettings("Sentinel\naccount\nHidden\nOwned\n"));
     Actor actor;
     const HWND owner = actor.Create({.title = L"Some owner"});
@@ -182,7 +182,7 @@ TEST_F(ZOrderTest, WindowWhoseTitleStopsMatchingIsLeftAsItIs) {
     EXPECT_TRUE(IsTopmost(target));
 }
 
-TEST_F(ZOrderTest, SwitchingOffReleasesAlsoWhatWasTopmostBefore) {
+TEST_F(ZOrderTest, SwitchingOffAlsoReleasesWindowsThatWereTopmostBefore) {
     ASSERT_TRUE(WriteSettings("Target\n"));
     Actor actor;
     const HWND target = actor.Create({.title = L"Target"});
