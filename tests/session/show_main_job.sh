@@ -1,11 +1,10 @@
 #!/usr/bin/env bash
 #
-# Shows the program at its main job, with three real programs in a private Wine session: what is on
-# top and what is not, before and after edits of the settings file. Succeeds only when all of it
-# came about.
+# Shows the program at its main job, with three real programs in a private Wine session: which windows
+# are on top before and after edits of the settings file. Fails if any step does not work.
 #
-# With a reachable display the session is one window on it and stays until Morvane has ended;
-# without one it has a virtual screen and ends by itself.
+# If a display is available, the session is a window on it and lasts until Morvane exits. Otherwise
+# it has a virtual screen and ends on its own.
 
 set -euo pipefail
 
@@ -16,7 +15,7 @@ source "$ROOT/tests/session/wine_session.sh"
 PROGRAM=$ROOT/build/release/Morvane.exe
 REPORT=$ROOT/build/release/window_report.exe
 PICTURES=build/run
-PATIENCE=15   # seconds until something that should happen counts as failed
+PATIENCE=15   # seconds to wait before giving up
 MORVANE_PID=''
 
 say() {
@@ -32,30 +31,30 @@ report() {
     wine "$REPORT" "$@"
 }
 
-# Waits until the expectations hold, and shows what is there to see then.
+# Waits until the expectations hold, then lists the windows.
 show() {
-    report wait "$PATIENCE" "$@" || fail "the windows are not as they should be"
+    report wait "$PATIENCE" "$@" || fail "the windows are not as expected"
     report list
 }
 
-# Out of reach of the terminal's Ctrl+C, which is to reach this script alone.
+# In a session of its own, so that Ctrl+C in the terminal reaches only this script.
 start_program() {
     setsid wine "$@" </dev/null >/dev/null 2>&1 &
 }
 
-# Renamed into place: a pass that met a half-written file would take it at its word.
+# Renamed into place, as a pass would use a half-written file as it is.
 edit_settings() {
     printf '%s\n' "$@" >"$SETTINGS.new"
     mv "$SETTINGS.new" "$SETTINGS"
     sed 's/^/    | /' "$SETTINGS"
 }
 
-# The session's screen: the display at hand when it answers, else a virtual one.
+# Uses the current display if it responds, else a virtual one.
 choose_screen() {
     HAND_DISPLAY=''
     [[ ${DISPLAY:-} ]] && timeout 5 xdotool getdisplaygeometry >/dev/null 2>&1 || return 0
     HAND_DISPLAY=$DISPLAY
-    # The session has another home folder, where the display's key would not be found.
+    # The session has its own home folder, where the display's key would not be found.
     HAND_KEY=${XAUTHORITY:-$HOME/.Xauthority}
     session_start_screen() {
         export DISPLAY=$HAND_DISPLAY
@@ -64,19 +63,19 @@ choose_screen() {
 }
 
 # Takes the screenshot $1 once the pinned window is drawn in front. Where Notepad and WineMine
-# overlap, at 705, 460, Notepad is white (1) and WineMine black (0): $2 says which is to be seen.
+# overlap, at 705, 460, Notepad is white (1) and WineMine black (0); $2 is the expected value.
 #
-# Wine draws a window that becomes active above all others, whatever its own order of the windows
-# says, until a request changes that order. With two pinned windows every pass does: each in turn
-# is put above the other. With a single one the picture would stay wrong.
+# Wine draws a newly active window above all others, whatever its own window order, until a request
+# changes that order. With two pinned windows every pass does, putting one above the other in turn.
+# With a single one the picture would stay wrong.
 take_picture() {
     local picture=$PICTURES/$1 brightness=$2 desktop end=$((SECONDS + PATIENCE))
     mkdir -p "$ROOT/$PICTURES"
-    # Only the session's own window: the rest of a display at hand is nobody's business.
+    # Only the session's window: the rest of a real display is private.
     desktop=$(xdotool search --onlyvisible --name '^session - Wine desktop$' | tail -n 1)
     while :; do
         import -window "$desktop" "$ROOT/$picture" || fail "no screenshot"
-        # On a display at hand, something else may lie over the spot.
+        # On a real display, something else may cover the spot.
         [[ -z $HAND_DISPLAY ]] || break
         [[ $(convert "$ROOT/$picture" -crop 1x1+705+460 -format '%[fx:mean]' info:) != "$brightness" ]] ||
             break
@@ -89,13 +88,13 @@ end_morvane() {
     report close-hidden MorvaneHiddenWindow >/dev/null || fail "Morvane has no control window"
 }
 
-# Returns the exit status of Morvane once it has ended.
+# Waits until Morvane exits and returns its exit status.
 wait_for_morvane() {
     local status
     while :; do
         INTERRUPTED='' status=0
         wait "$MORVANE_PID" || status=$?
-        # A signal with a trap ends the wait, not the program.
+        # A trapped signal ends the wait, not the program.
         [[ $INTERRUPTED ]] || return "$status"
     done
 }
@@ -116,17 +115,17 @@ open_windows() {
 }
 
 show_pinning() {
-    say "1. Three programs are open, Morvane is not running. From the front to the back:"
+    say "1. Three programs are open, Morvane is not running. From front to back:"
     report activate WineMine
     show ordinary:Notepad ordinary:Registry active:WineMine above:WineMine:Notepad
 
-    say "2. The settings file names Notepad and the Registry Editor, and Morvane is started:"
+    say "2. The settings file names Notepad and the Registry Editor, and Morvane starts:"
     edit_settings '@pinning=1' 'Notepad' 'Registry Editor'
     start_program "$PROGRAM"
     MORVANE_PID=$!
     show topmost:Notepad topmost:Registry ordinary:WineMine above:Notepad:Registry
 
-    say "   WineMine is brought to the front, but the two stay before it:"
+    say "   WineMine is brought to the front, but the two stay above it:"
     report activate Notepad
     report wait "$PATIENCE" active:Notepad || fail "Notepad does not become active"
     report activate WineMine
@@ -135,38 +134,38 @@ show_pinning() {
 }
 
 show_hand_edits() {
-    say "3. The file is edited by hand, pinning off: the two are let go."
+    say "3. The file is edited by hand to switch pinning off, and the two are released:"
     edit_settings '@pinning=0' 'Notepad' 'Registry Editor'
     show ordinary:Notepad ordinary:Registry ordinary:WineMine
 
-    say "4. Edited again, pinning on with WineMine in Notepad's place:"
+    say "4. It is edited again, pinning on and WineMine in place of Notepad:"
     edit_settings '@pinning=1' 'WineMine' 'Registry Editor'
     show topmost:WineMine topmost:Registry ordinary:Notepad above:WineMine:Registry
 
-    say "   Notepad is brought to the front, but the two stay before it:"
+    say "   Notepad is brought to the front, but the two stay above it:"
     report activate Notepad
     show active:Notepad ordinary:Notepad above:WineMine:Registry above:Registry:Notepad
     take_picture morvane-edited.png 0
 }
 
-# What the user did meanwhile is unknown: only what Morvane leaves behind is looked at.
+# The user may have done anything meanwhile, so only Morvane's exit is checked.
 stay() {
     local status=0
     trap 'INTERRUPTED=1; end_morvane' INT
     say "Morvane runs in the window \"session - Wine desktop\". Try it: the settings file is"
     echo "    $SETTINGS"
-    echo "It goes on until Morvane ends; Ctrl+C here asks it to."
+    echo "The session lasts until Morvane exits. Ctrl+C here asks it to."
     wait_for_morvane || status=$?
     trap 'exit 130' INT
-    say "Morvane has ended with exit code $status. From the front to the back:"
+    say "Morvane has exited with code $status. From front to back:"
     report list
-    ((status == 0)) || fail "Morvane has not ended properly"
+    ((status == 0)) || fail "Morvane did not exit properly"
     ! report list | grep -q '^ *ON TOP' || fail "a window was left on top"
 }
 
 finish() {
     local status=0
-    say "5. Morvane is asked to end: nothing stays on top."
+    say "5. Morvane is asked to exit, and nothing stays on top:"
     end_morvane
     wait_for_morvane || status=$?
     ((status == 0)) || fail "Morvane's exit code is $status"
@@ -189,4 +188,4 @@ if [[ $HAND_DISPLAY ]]; then
 else
     finish
 fi
-say "All as it should be."
+say "Everything is as expected."

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 #
-# Takes the pictures of docs/screenshots anew: the program as it is now, among real windows, in a
-# private Wine session. The menu is worked with the pointer, as a user would do it.
+# Retakes the pictures in docs/screenshots: the current program among real windows in a private Wine
+# session. The menu is operated with the pointer, as a user would.
 
 set -euo pipefail
 
@@ -14,13 +14,13 @@ REPORT=$ROOT/build/release/window_report.exe
 AREAS=$ROOT/build/release/screen_areas.exe
 PICTURES=$ROOT/docs/screenshots
 FONT=/usr/share/fonts/truetype/liberation/LiberationSans-Regular.ttf
-PATIENCE=15   # seconds until something that should happen counts as failed
+PATIENCE=15   # seconds to wait before giving up
 CONTROL_CLASS=MorvaneHiddenWindow
-ABOUT=1009    # the menu's number of this command
+ABOUT=1009    # its command number
 MORVANE_PID=''
 
-# How far down the menu the middle of an item lies, in hundredths of the menu's height. Only the
-# height of all items together depends on the font of a language.
+# How far down the middle of an item is, in hundredths of the menu's height. The language's font
+# affects only the total height.
 ADD_REMOVE=21
 MIN_SIZE=31
 
@@ -42,18 +42,18 @@ areas() {
     wine "$AREAS" "$@" || fail "screen_areas $*"
 }
 
-# Out of reach of the terminal's Ctrl+C, which is to reach this script alone.
+# In a session of its own, so that Ctrl+C in the terminal reaches only this script.
 start_program() {
     setsid wine "$@" </dev/null >/dev/null 2>&1 &
 }
 
-# Renamed into place: a pass that met a half-written file would take it at its word.
+# Renamed into place, as a pass would use a half-written file as it is.
 write_settings() {
     printf '%s\n' "$@" >"$SETTINGS.new"
     mv "$SETTINGS.new" "$SETTINGS"
 }
 
-# Returns once the menu can be opened. The language is $1.
+# Returns once the menu can be opened. $1 is the language.
 start_morvane() {
     MORVANE_LANG=$1 start_program "$PROGRAM"
     MORVANE_PID=$!
@@ -75,7 +75,7 @@ click_at() {
     xdotool click 1
 }
 
-# The window $1 is the one that was worked with last.
+# The window $1 is activated first.
 open_menu() {
     local x y width height
     report activate "$1"
@@ -85,7 +85,7 @@ open_menu() {
     areas menus 1 >/dev/null
 }
 
-# Opens the submenu at the height $1 of the open menu.
+# Opens the submenu at height $1 of the open menu.
 open_submenu() {
     local x y width height
     read -r x y width height < <(areas menus 1)
@@ -94,13 +94,13 @@ open_submenu() {
     areas no-tips
 }
 
-# A click on the empty desktop, where no picture reaches.
+# Clicks on the empty desktop, outside every picture.
 close_menu() {
     click_at 20 20
     areas menus 0
 }
 
-# The smallest area that holds the open menu and submenu, in ImageMagick's form.
+# The bounding box of the open menu and submenu, in ImageMagick's form.
 menu_area() {
     areas menus 2 | awk '{
              if (NR == 1 || $1 < left) left = $1
@@ -111,7 +111,7 @@ menu_area() {
          END { printf "%dx%d+%d+%d\n", right - left, bottom - top, left, top }'
 }
 
-# Photographs the screen once nothing changes on it any more, and cuts the area $2 out as $1.
+# Captures the screen once it stops changing, and saves the area $2 as $1.
 take() {
     local picture=$1 area=$2 end=$((SECONDS + PATIENCE)) now=$SESSION_DIR/now.rgb
     local before=$SESSION_DIR/before.rgb
@@ -120,12 +120,12 @@ take() {
         [[ ! -e $now ]] || mv "$now" "$before"
         import -window root -depth 8 "$now"
         ! cmp -s "$before" "$now" || break
-        ((SECONDS < end)) || fail "the screen does not come to rest for $picture"
+        ((SECONDS < end)) || fail "the screen keeps changing for $picture"
     done
     convert -size "$SESSION_SCREEN" -depth 8 "$now" -crop "$area" +repage "$picture"
 }
 
-# Makes the picture $1 of the documentation from the picture $2: as small as it can be.
+# Saves the picture $2 as the documentation's $1, as small as possible.
 publish() {
     convert "$2" +dither -colors 256 -strip -define png:compression-level=9 \
         -define png:exclude-chunks=all "PNG8:$PICTURES/$1.png"
@@ -155,13 +155,13 @@ open_two_windows() {
     report wait "$PATIENCE" ordinary:Notes ordinary:Report
     report place Report 520 270 620 440
     report place Notes 720 360 340 220
-    # From now on Wine draws it in front, until Morvane changes that.
+    # Wine draws it in front from here on, until Morvane changes that.
     report activate Report
     report wait "$PATIENCE" active:Report
     areas taskbar
 }
 
-# All of them out of the corner where the menu opens.
+# None of them covers the corner where the menu opens.
 open_more_windows() {
     start_program winemine
     start_program regedit
@@ -192,13 +192,13 @@ take_main() {
     close_menu
 }
 
-# The About window of the running program as the file $1.
+# Saves the About window of the running program as $1.
 take_about() {
     local x y width height
     report command-hidden "$CONTROL_CLASS" "$ABOUT"
     read -r x y width height < <(areas about)
     take "$1" "${width}x$height+$x+$y"
-    # Its button lies in the lower right corner.
+    # Its button is in the lower right corner.
     click_at $((x + width - 40)) $((y + height - 30))
     areas no-about
 }
@@ -230,7 +230,7 @@ take_languages() {
             "$SESSION_DIR/about.png" -append +set label "$SESSION_DIR/$code.png"
         cells+=("$SESSION_DIR/$code.png")
     done
-    # It insists on a font, although nothing is left to write.
+    # montage needs a font even with nothing to write.
     montage -font "$FONT" -background white -gravity northwest -tile 2x \
         -geometry '504x352+12+16>' "${cells[@]}" "$SESSION_DIR/picture.png"
     publish languages "$SESSION_DIR/picture.png"
@@ -249,7 +249,7 @@ take_menus() {
     take_and_publish menu-min-size "$area"
 }
 
-# The first row of the open submenu, which is to the left of the menu.
+# Clicks the first row of the open submenu, which is to the left of the menu.
 take_balloon() {
     local x y width height
     read -r x y width height < <(areas menus 2)

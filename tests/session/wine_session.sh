@@ -1,14 +1,14 @@
 #!/usr/bin/env bash
 #
-# A private, disposable Windows session: a fresh Wine profile on a virtual screen of its own, with a
-# desktop and a task bar. Several may be open side by side. Nothing of the user's own profile,
-# screen or home folder is read or written, and nothing is left when the session closes.
+# A private, disposable Windows session: a fresh Wine profile on its own virtual screen, with a
+# desktop and a taskbar. Several can be open at once. The user's own profile, screen and home folder
+# are not touched, and nothing is left when the session closes.
 #
-#   wine_session.sh run COMMAND [ARGUMENT...]   runs a command in a session, returns its status
+#   wine_session.sh run COMMAND [ARGUMENT...]   runs a command in a session and returns its status
 #
-# Sourced instead, it offers session_open and session_close to a script that steers the session
-# itself. While one is open the environment holds DISPLAY, WINEPREFIX, HOME, the Wine switches and
-# MORVANE_TEST_DISPOSABLE=1; SESSION_DIR is the session's own folder.
+# A script that sources it controls the session with session_open and session_close. While one is
+# open, the environment has DISPLAY, WINEPREFIX, HOME, the Wine switches and
+# MORVANE_TEST_DISPOSABLE=1, and SESSION_DIR is the session's own folder.
 
 SESSION_ROOT=$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)
 SESSION_TEMPLATE=$SESSION_ROOT/build/wine-template
@@ -21,7 +21,7 @@ session_fail() {
 }
 
 # Kills every process whose environment names the profile $1 and returns once none is left. Wine's
-# services detach themselves, so neither parents nor process groups lead to them.
+# services detach themselves, so they cannot be found through parents or process groups.
 session_kill_strays() {
     local profile=$1 round signal=TERM strays
     for round in {1..100}; do
@@ -41,11 +41,11 @@ session_stop_server() {
     WINEPREFIX=$1 timeout 20 wineserver -k 2>/dev/null
     WINEPREFIX=$1 timeout 20 wineserver -w 2>/dev/null
     session_kill_strays "$1" || return
-    # The folder of the server's socket outlives it, unless it lies in TMPDIR.
+    # The server leaves its socket's folder behind, unless that is in TMPDIR.
     rm -rf "/run/user/$EUID/wine/server-$(printf '%s-%x' "$(stat -c %D "$1")" "$(stat -c %i "$1")")"
 }
 
-# What the template depends on; another value means that it has to be made anew.
+# Everything the template depends on; it is rebuilt when this changes.
 session_template_stamp() {
     {
         WINEDEBUG=-all wine --version
@@ -59,20 +59,20 @@ session_fill_template() {
     local -x WINEPREFIX=$1 HOME=$1/home
     local face
     wineboot -i || return
-    # Wine does not look for fonts in its own package: without this there is no Tahoma for the
+    # Wine does not look for fonts in its own package. Without these there is no Tahoma for the
     # interface and no Marlett for check marks.
     cp /usr/share/wine/fonts/*.ttf "$WINEPREFIX/drive_c/windows/Fonts/" || return
-    # Glyphs that a font lacks are looked up only where the registry says so.
+    # Missing glyphs are looked up in another font only if the registry says so.
     for face in "Tahoma" "Tahoma Bold" "MS Shell Dlg" "MS Sans Serif" "Liberation Sans"; do
         wine reg add 'HKLM\Software\Microsoft\Windows NT\CurrentVersion\FontLink\SystemLink' \
             /v "$face" /t REG_MULTI_SZ /d "${SESSION_CJK_FONT##*/},WenQuanYi Micro Hei" /f || return
     done
-    # A desktop window with a task bar, as large as the screen.
+    # A desktop window with a taskbar, as large as the screen.
     wine reg add 'HKCU\Software\Wine\Explorer' /v Desktop /d session /f || return
     wine reg add 'HKCU\Software\Wine\Explorer\Desktops' /v session /d "$SESSION_SCREEN" /f
 }
 
-# Makes the profile that every session starts as a copy of. Takes some ten seconds.
+# Makes the profile that every session starts from. Takes about ten seconds.
 session_make_template() {
     local stamp=$1 new=$SESSION_TEMPLATE.new filled=0 link
     echo "session: preparing the Wine profile template" >&2
@@ -81,8 +81,8 @@ session_make_template() {
     session_fill_template "$new" </dev/null >"$SESSION_TEMPLATE.log" 2>&1 || filled=$?
     session_stop_server "$new" || return
     ((filled == 0)) || { session_fail "no profile template, see $SESSION_TEMPLATE.log"; return; }
-    # The profile's Documents, Desktop, ... are links into the home folder; real folders in their
-    # place keep a session inside its own profile.
+    # The profile's Documents, Desktop, ... are links into the home folder; real folders instead
+    # keep a session inside its profile.
     find "$new/drive_c/users" -type l -print0 | while IFS= read -r -d '' link; do
         rm "$link" && mkdir "$link"
     done
@@ -91,8 +91,8 @@ session_make_template() {
     mv -T "$new" "$SESSION_TEMPLATE"
 }
 
-# Copies the template to the new profile $1. The Windows folder, never written to in place, is
-# shared by hard links; the registry must be copied, as the server rewrites it in place.
+# Copies the template to the new profile $1. The Windows folder is never modified in place, so it is
+# shared by hard links; the server rewrites the registry in place, so that is copied.
 session_copy_template() {
     local profile=$1 stamp
     mkdir -p "$(dirname "$SESSION_TEMPLATE")" "$profile/drive_c" || return
@@ -100,7 +100,7 @@ session_copy_template() {
         flock 9 || exit
         stamp=$(session_template_stamp)
         if [[ $(cat "$SESSION_TEMPLATE/stamp" 2>/dev/null) != "$stamp" ]]; then
-            # Without the lock in their hands: Wine's services may outlive this shell.
+            # Close the lock for Wine's services, which may outlive this shell.
             session_make_template "$stamp" 9>&- || exit
         fi
         cd "$SESSION_TEMPLATE" &&
@@ -132,7 +132,7 @@ session_start_screen() {
 session_open() {
     local variable
     mkdir -p "$SESSION_ROOT/build/sessions" || return
-    # Beside the template, as hard links do not reach across file systems.
+    # On the template's file system, as hard links need.
     SESSION_DIR=$(mktemp -d "$SESSION_ROOT/build/sessions/XXXXXXXX") || return
     mkdir "$SESSION_DIR/home" "$SESSION_DIR/profile" "$SESSION_DIR/tmp" || return
     for variable in $(compgen -e); do
@@ -142,22 +142,22 @@ session_open() {
                 ;;
         esac
     done
-    # Without a UTF-8 locale Wine could not name files beyond ASCII; C makes the session English.
+    # Without a UTF-8 locale Wine cannot name files beyond ASCII; C makes the session English.
     export LC_ALL=C.UTF-8
     export HOME=$SESSION_DIR/home
-    # Every server leaves a folder behind in the folder for temporary files.
+    # Every server leaves a folder behind in TMPDIR.
     export TMPDIR=$SESSION_DIR/tmp
     export WINEDEBUG=-all
-    # No offers to install add-ons, no debugger window that hangs on a crash, and no menu entries of
-    # the host made from shortcuts: their maker holds a new shortcut open for a while.
+    # No offers to install add-ons, no debugger window that hangs on a crash, and no host menu
+    # entries made from shortcuts: winemenubuilder holds a new shortcut open for a while.
     export WINEDLLOVERRIDES='mscoree=;mshtml=;winedbg.exe=d;winemenubuilder.exe=d'
     unset DISPLAY
     session_copy_template "$SESSION_DIR/profile" || return
     session_start_screen || return
     export WINEPREFIX=$SESSION_DIR/profile
     export MORVANE_TEST_DISPOSABLE=1
-    # A server that stays, and a first command that starts the services and the desktop: otherwise
-    # every single program pays for that again, and the first one's output pipe stays open.
+    # A persistent server, and a first command that starts the services and the desktop. Otherwise
+    # every program pays for that again, and the first one's output pipe stays open.
     { wineserver -p && wine cmd /c exit; } </dev/null >"$SESSION_DIR/start.log" 2>&1 && return
     session_fail "Wine does not start: $(tail -n 3 "$SESSION_DIR/start.log")"
 }
@@ -180,7 +180,7 @@ session_run() {
     trap 'exit 130' INT
     trap 'exit 143' TERM
     session_open || exit
-    # In the background, since a signal is not handled while a command runs in the foreground.
+    # In the background, as bash handles signals only after a foreground command ends.
     "$@" <&0 &
     command=$!
     wait "$command" || status=$?

@@ -1,15 +1,15 @@
-// Tells a shell script where on the screen something is, as soon as it is there.
+// Waits for something to appear on the screen and tells a shell script where it is.
 //
 //   screen_areas icon          the icon in the notification area
 //   screen_areas menus COUNT   that many open menus, from left to right
 //   screen_areas about         the About window, once it is laid out
 //   screen_areas balloon       the balloon of the notification area
-//   screen_areas taskbar       nothing, once there is a task bar to put icons on
-//   screen_areas no-about      nothing, once there is no About window any more
-//   screen_areas no-tips       nothing, once no tool tip is shown any more
+//   screen_areas taskbar       nothing, once there is a taskbar for icons
+//   screen_areas no-about      nothing, once the About window is gone
+//   screen_areas no-tips       nothing, once no tool tip is shown
 //
-// Each area is a line "X Y WIDTH HEIGHT" in screen pixels. The exit status is 0 on success, 1 when
-// something did not come about in ten seconds, 2 for a wrong call.
+// Each area is a line "X Y WIDTH HEIGHT" in screen pixels. The exit status is 0 on success, 1 after
+// ten seconds without it, 2 for wrong arguments.
 
 #include <algorithm>
 #include <cstddef>
@@ -34,7 +34,7 @@ namespace {
 
 using Areas = std::vector<RECT>;
 
-enum ExitStatus : int { Done = 0, NotDone = 1, WrongCall = 2 };
+enum ExitStatus : int { Done = 0, NotDone = 1, WrongArguments = 2 };
 
 Areas IconAreas() {
     Areas areas;
@@ -57,7 +57,7 @@ Areas MenuAreas() {
 Areas AboutAreas() {
     Areas areas;
     for (const HWND dialog : test::VisibleWindowsOfClass(L"MorvaneAboutDialog")) {
-        // Its owner is disabled only after the dialog has been laid out and placed.
+        // The owner is disabled only after the dialog is laid out and placed.
         if (IsWindowEnabled(GetWindow(dialog, GW_OWNER)) == FALSE) {
             areas.push_back(test::WindowRect(dialog));
         }
@@ -83,7 +83,7 @@ bool NoAbout() {
     return test::VisibleWindowsOfClass(L"MorvaneAboutDialog").empty();
 }
 
-// An area without extent is a window that is still being made.
+// An empty area belongs to a window still being created.
 bool AreComplete(const Areas& areas, std::size_t count) {
     return areas.size() == count && std::none_of(areas.begin(), areas.end(), [](const RECT& area) {
                return IsRectEmpty(&area) != FALSE;
@@ -126,7 +126,7 @@ int Run(std::wstring_view what) {
     if (what == L"no-tips") {
         return WaitFor(NoTips);
     }
-    return WrongCall;
+    return WrongArguments;
 }
 
 }  // namespace
@@ -138,10 +138,10 @@ int wmain(int count, wchar_t** values);
 
 int wmain(int count, wchar_t** values) {
     using namespace morvane::areas;
-    // Plain LF, as the script that reads it expects.
+    // Plain LF, as the calling script expects.
     static_cast<void>(_setmode(_fileno(stdout), _O_BINARY));
     if (count == 3 && std::wstring_view(values[1]) == L"menus") {
         return Print(MenuAreas, std::wcstoul(values[2], nullptr, 10));
     }
-    return count == 2 ? Run(values[1]) : WrongCall;
+    return count == 2 ? Run(values[1]) : WrongArguments;
 }

@@ -17,7 +17,7 @@ constexpr std::array ClaimNames = {
     ClaimName{L"above", Claim::Above},
 };
 
-// Cuts the text up to the next colon off and returns it; all of it when there is no colon.
+// Removes and returns the text up to the next colon, or all of it if there is none.
 std::wstring_view NextPart(std::wstring_view& text) {
     const std::size_t colon = std::min(text.find(L':'), text.size());
     const std::wstring_view part = text.substr(0, colon);
@@ -36,7 +36,7 @@ std::optional<Expectation> ParseExpectation(std::wstring_view text) {
         return std::nullopt;
     }
     Expectation expectation{known->second, std::wstring(NextPart(text)), std::wstring(text)};
-    // An empty title would be found in every window.
+    // Every window title contains the empty text.
     const bool complete = !expectation.title.empty() &&
                           expectation.lowerTitle.empty() == (expectation.claim != Claim::Above);
     return complete ? std::optional(std::move(expectation)) : std::nullopt;

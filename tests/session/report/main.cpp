@@ -1,13 +1,13 @@
-// Shows and arranges the windows of other programs from a shell script.
+// Lists, checks and arranges the windows of other programs for a shell script.
 //
 //   window_report list                               prints the windows from top to bottom
-//   window_report wait SECONDS EXPECTATION...        waits until all of them hold at once
+//   window_report wait SECONDS EXPECTATION...        waits until all hold at once
 //   window_report place TITLE X Y WIDTH HEIGHT       moves a window (pixels)
 //   window_report activate TITLE                     brings a window to the front, as a click does
 //   window_report close-hidden CLASS                 asks a message-only window to close
 //   window_report command-hidden CLASS NUMBER        sends it a command, as its menu would
 //
-// The exit status is 0 on success, 1 when something did not come about, 2 for a wrong call.
+// The exit status is 0 on success, 1 on failure or timeout, 2 for wrong arguments.
 
 #include <algorithm>
 #include <cstdio>
@@ -30,7 +30,7 @@ using Arguments = std::vector<std::wstring>;
 
 constexpr DWORD PollPeriod = 50;  // milliseconds
 
-enum ExitStatus : int { Done = 0, NotDone = 1, WrongCall = 2 };
+enum ExitStatus : int { Done = 0, NotDone = 1, WrongArguments = 2 };
 
 std::string Utf8(std::wstring_view text) {
     const int units = static_cast<int>(text.size());
@@ -59,8 +59,8 @@ int Wait(const Arguments& arguments) {
     for (auto text = arguments.begin() + 1; text != arguments.end(); ++text) {
         const std::optional<Expectation> expectation = ParseExpectation(*text);
         if (!expectation) {
-            std::printf("window_report: no expectation: %s\n", Utf8(*text).c_str());
-            return WrongCall;
+            std::printf("window_report: not an expectation: %s\n", Utf8(*text).c_str());
+            return WrongArguments;
         }
         expectations.push_back(*expectation);
     }
@@ -85,7 +85,7 @@ int Wait(const Arguments& arguments) {
     }
 }
 
-// The window that an argument names, or null after a message.
+// The window named by an argument, or null after printing a message.
 HWND NamedWindow(const std::wstring& title) {
     const std::vector<ShownWindow> windows = ShownWindows();
     const ShownWindow* const shown = FindShown(windows, title);
@@ -138,15 +138,16 @@ int Run(std::wstring_view verb, const Arguments& arguments) {
         return PostToHidden(arguments[0], WM_COMMAND,
                             std::wcstoul(arguments[1].c_str(), nullptr, 10));
     }
-    std::puts("window_report: wrong call");
-    return WrongCall;
+    std::puts("window_report: wrong arguments");
+    return WrongArguments;
 }
 
-// Words are what was typed, with the name of this program first.
+// The first word is the name of this program.
 int Start(const Arguments& words) {
-    // Plain LF, as the script that reads it expects.
+    // Plain LF, as the calling script expects.
     static_cast<void>(_setmode(_fileno(stdout), _O_BINARY));
-    return words.size() < 2 ? WrongCall : Run(words[1], Arguments(words.begin() + 2, words.end()));
+    return words.size() < 2 ? WrongArguments
+                            : Run(words[1], Arguments(words.begin() + 2, words.end()));
 }
 
 }  // namespace

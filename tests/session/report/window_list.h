@@ -1,6 +1,6 @@
 #pragma once
 
-// What there is to see on the desktop: the visible, unowned, titled top-level windows.
+// The windows to see on the desktop: visible, unowned, titled top-level windows.
 
 #include <string>
 #include <string_view>
@@ -17,10 +17,10 @@ struct ShownWindow {
     bool active = false;  // the foreground window
 };
 
-// From the top of the Z-order downwards.
+// From the top of the Z-order down.
 [[nodiscard]] std::vector<ShownWindow> ShownWindows();
 
-// The highest window whose title contains the text, letter case included; null when there is none.
+// The highest window whose title contains the text, case-sensitively; null if there is none.
 [[nodiscard]] const ShownWindow* FindShown(const std::vector<ShownWindow>& windows,
                                            std::wstring_view text);
 
