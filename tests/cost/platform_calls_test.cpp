@@ -1,5 +1,5 @@
-// The platform calls of a pass, which queries exactly what the rules need and does so anew each
-// time, and those of a save.
+// The platform calls of a pass, which queries exactly what the rules need, every time, and those
+// of a save.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
