@@ -166,6 +166,20 @@ protected:
             });
     }
 
+    // The same, with About and then the menu opened first.
+    void WalkWithMenuOverAbout(std::vector<ControlStandIn::Step> steps) {
+        std::vector<ControlStandIn::Step> all = {
+            AboutHasFocus,
+            [this] {
+                PostMessageW(Control(), WM_TRAYICON, 1, WM_RBUTTONUP);
+                return true;
+            },
+            [] { return MenusOpen(1); },
+        };
+        all.insert(all.end(), steps.begin(), steps.end());
+        Walk([this] { PostMessageW(Control(), WM_COMMAND, 1009, 0); }, std::move(all));
+    }
+
 private:
     ComApartment com_;
     ControlStandIn steps_{L"MorvaneTestSteps"};
@@ -225,35 +239,28 @@ TEST_F(ControlWindowTest, TickThatRaisesAWindowRaisesTheDialogAndTheMenuOnce) {
         SendMessageW(Control(), WM_TIMER, PassTimer, 0);
         return asked;
     };
-    Walk([this] { PostMessageW(Control(), WM_COMMAND, 1009, 0); },
-         {AboutHasFocus,
-          [this] {
-              PostMessageW(Control(), WM_TRAYICON, 1, WM_RBUTTONUP);
-              return true;
-          },
-          [] { return MenusOpen(1); },
-          [&] {
-              const std::vector<HWND> all = {cover, AboutDialog(), OpenMenuWindows().front()};
-              const struct {
-                  const char* settings;
-                  std::vector<HWND> asked;
-              } ticks[] = {
-                  {"", {}},
-                  {"nobody\n", {}},
-                  {"@pinning=0\ncover\n", {}},
-                  {"cover\n", all},
-                  {"cover\n", all},
-                  {"@pinning=0\ncover\n", {cover}},
-                  {"@pinning=0\ncover\n", {}},
-                  {"cover\n", all},
-                  {"nobody\n", {}},
-              };
-              int tick = 0;
-              for (const auto& [settings, asked] : ticks) {
-                  EXPECT_EQ(askedByATick(settings), asked) << tick++ << ": " << settings;
-              }
-              return true;
-          }});
+    WalkWithMenuOverAbout({[&] {
+        const std::vector<HWND> all = {cover, AboutDialog(), OpenMenuWindows().front()};
+        const struct {
+            const char* settings;
+            std::vector<HWND> asked;
+        } ticks[] = {
+            {"", {}},
+            {"nobody\n", {}},
+            {"@pinning=0\ncover\n", {}},
+            {"cover\n", all},
+            {"cover\n", all},
+            {"@pinning=0\ncover\n", {cover}},
+            {"@pinning=0\ncover\n", {}},
+            {"cover\n", all},
+            {"nobody\n", {}},
+        };
+        int tick = 0;
+        for (const auto& [settings, asked] : ticks) {
+            EXPECT_EQ(askedByATick(settings), asked) << tick++ << ": " << settings;
+        }
+        return true;
+    }});
 }
 
 TEST_F(ControlWindowTest, MenuTimerOpensTheMenuOnceInTheMiddleOfTheScreen) {
@@ -302,41 +309,35 @@ TEST_F(ControlWindowTest, MenuIsAboveTheDialogAndBothAboveAPinnedWindowAfterEver
     SystemParametersInfoW(SPI_GETWORKAREA, 0, &work, 0);
     // Moves the real pointer: a late report of its position would undo SetCursorPos.
     MovePointer({work.right - 200, work.bottom - 40});
-    Walk([this] { PostMessageW(Control(), WM_COMMAND, 1009, 0); },
-         {AboutHasFocus,
-          [this] {
-              PostMessageW(Control(), WM_TRAYICON, 1, WM_RBUTTONUP);
-              return true;
-          },
-          [] { return MenusOpen(1); },
-          [&] {
-              RECT common{};
-              const RECT dialog = WindowRect(AboutDialog());
-              const RECT menu = WindowRect(OpenMenuWindows().front());
-              EXPECT_NE(IntersectRect(&common, &dialog, &menu), FALSE) << "they must overlap";
-              Other().ForgetRecords(cover);
-              return true;
-          },
-          [cover, passes = Ticks(PassTimer), inOrder = 0]() mutable {
-              if (Ticks(PassTimer) == passes) {
-                  return false;
-              }
-              passes = Ticks(PassTimer);
-              // Three times in a row, because the first may precede any pass with the menu open. A
-              // busy desktop sometimes raises a window late; the next pass corrects that.
-              const std::vector<HWND> order = {OpenMenuWindows().front(), AboutDialog(), cover};
-              inOrder = InDesktopOrder(order) == order ? inOrder + 1 : 0;
-              return inOrder == 3;
-          },
-          [] {
-              EndMenu();
-              return true;
-          },
-          [] { return MenusOpen(0); },
-          [] {
-              CloseAbout();
-              return AboutDialog() == nullptr;
-          }});
+    WalkWithMenuOverAbout(
+        {[&] {
+             RECT common{};
+             const RECT dialog = WindowRect(AboutDialog());
+             const RECT menu = WindowRect(OpenMenuWindows().front());
+             EXPECT_NE(IntersectRect(&common, &dialog, &menu), FALSE) << "they must overlap";
+             Other().ForgetRecords(cover);
+             return true;
+         },
+         [cover, passes = Ticks(PassTimer), inOrder = 0]() mutable {
+             if (Ticks(PassTimer) == passes) {
+                 return false;
+             }
+             passes = Ticks(PassTimer);
+             // Three times in a row, because the first may precede any pass with the menu open. A
+             // busy desktop sometimes raises a window late; the next pass corrects that.
+             const std::vector<HWND> order = {OpenMenuWindows().front(), AboutDialog(), cover};
+             inOrder = InDesktopOrder(order) == order ? inOrder + 1 : 0;
+             return inOrder == 3;
+         },
+         [] {
+             EndMenu();
+             return true;
+         },
+         [] { return MenusOpen(0); },
+         [] {
+             CloseAbout();
+             return AboutDialog() == nullptr;
+         }});
     EXPECT_GE(Asked(cover).size(), 2U) << "each pass raises it";
 }
 
