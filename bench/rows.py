@@ -44,7 +44,6 @@ COMPARISONS = (
     Comparison("idle_time", "processor time, 50 windows pinned", "bare loop", 1.2),
     Comparison("idle_memory", "private bytes, 50 windows pinned", "bare program", 1.5),
 )
-MAX_PROGRAM_BYTES = 170_000
 MAX_PATTERN_COST = 1.10
 MIN_FIT = 0.99
 TIME_UNITS = ((1e6, "s"), (1e3, "ms"), (1, "µs"), (1e-3, "ns"))
@@ -163,7 +162,6 @@ def report(result):
     table += growth_rows(measured)
     table += pattern_rows(measured)
     table += allocation_rows(measured)
-    size = result["program_bytes"]
-    table.append(("Morvane.exe", f"{size:,} bytes", "–", "–", "–",
-                  f"≤ {MAX_PROGRAM_BYTES:,} bytes", verdict(size <= MAX_PROGRAM_BYTES)))
+    # The tests hold it to its limit.
+    table.append(("Morvane.exe", f"{result['program_bytes']:,} bytes", *["–"] * 5))
     return table

@@ -3,7 +3,8 @@
 //
 // libssp takes the value from the cryptographic service before the program's first statement. That
 // loads libraries which are not KnownDLLs, so one planted beside a portable program would run. The
-// value below needs no library, and the exe is no larger for it (GCC 12: 97.3 KB instead of 97.8).
+// value below needs no library, and the exe is no larger for it (GCC 12: 97.3 KB instead of 97.8;
+// GCC 14: 95.7 KB both ways).
 
 #include <cstdint>
 

@@ -17,7 +17,8 @@ import build_traces
 import pefile
 import pe_resources
 from expected import (
-    ALLOWED_ANSI, COMMON_TEXTS, DESCRIPTIONS, KNOWN_LIBRARIES, SUPPORTED_SYSTEMS)
+    COMMON_TEXTS, DESCRIPTIONS, IMPORT_LIBRARIES, KNOWN_LIBRARIES, LINKED_CODE, SUPPORTED_SYSTEMS)
+from link_map import linked_members
 
 # mov ecx, 2; int 29h: ends the process at once because a stack guard was changed.
 GUARD_FAILURE = b"\xb9\x02\x00\x00\x00\xcd\x29"
@@ -32,7 +33,12 @@ ASM_V1 = "{urn:schemas-microsoft-com:asm.v1}"
 ASM_V3 = "{urn:schemas-microsoft-com:asm.v3}"
 COMPATIBILITY = "{urn:schemas-microsoft-com:compatibility.v1}"
 
-Program = namedtuple("Program", "pe data version max_bytes")
+# The program's own code; its members are its sources.
+OWN_LIBRARY = "libmorvane_core.a"
+# The numbered members of a library for a DLL, and its head and tail.
+IMPORT_MEMBER = re.compile(r"lib\w+(?:h|t|s\d+)\.o")
+
+Program = namedtuple("Program", "pe data link_map version max_bytes")
 
 
 class Failed(Exception):
@@ -81,19 +87,23 @@ def check_imports(program):
     return ", ".join(libraries)
 
 
+def check_linked_members(program):
+    members = linked_members(program.link_map)
+    require(members, "the link map lists no members")
+    unexpected = [f"{library}({member})" for library, member in members
+                  if library != OWN_LIBRARY and member not in LINKED_CODE.get(library, ())
+                  and not (library in IMPORT_LIBRARIES and IMPORT_MEMBER.fullmatch(member))]
+    require(not unexpected, "linked: " + ", ".join(unexpected))
+    return f"{len(members)}, all expected"
+
+
 def check_wide_functions(program):
-    ansi = []
-    for library, functions in imported_libraries(program):
-        # The C runtime has no A and W variants of its functions.
-        if library.lower() == "msvcrt.dll":
-            continue
-        names = ((function.name or b"").decode("ascii", "replace") for function in functions)
-        ansi += [(library.lower(), name) for name in names if name.endswith("A")]
-    unexpected = sorted(pair for pair in ansi if pair not in ALLOWED_ANSI)
-    require(not unexpected, "imported: " + ", ".join(f"{name} of {dll}" for dll, name in unexpected))
-    if not ansi:
-        return "no ANSI functions imported"
-    return "only those of the C++ runtime: " + ", ".join(sorted(name for _, name in ansi))
+    # The C runtime has no A and W variants of its functions.
+    ansi = [f"{function.name.decode('ascii', 'replace')} of {library}"
+            for library, functions in imported_libraries(program) if library.lower() != "msvcrt.dll"
+            for function in functions if (function.name or b"").endswith(b"A")]
+    require(not ansi, "imported: " + ", ".join(ansi))
+    return "no ANSI functions imported"
 
 
 def check_dll_characteristic(name):
@@ -262,6 +272,7 @@ CHECKS = (
     ("subsystem", check_subsystem),
     ("load-time libraries", check_imports),
     ("wide functions", check_wide_functions),
+    ("linked members", check_linked_members),
     ("DYNAMIC_BASE", check_dll_characteristic("DYNAMIC_BASE")),
     ("HIGH_ENTROPY_VA", check_dll_characteristic("HIGH_ENTROPY_VA")),
     ("NX_COMPAT", check_dll_characteristic("NX_COMPAT")),
@@ -291,14 +302,14 @@ def parse(data):
     return pe
 
 
-def run_checks(data, version, max_bytes):
+def run_checks(data, link_map, version, max_bytes):
     """Yields (fact, holds, detail) for each fact about the program file."""
     try:
         pe = parse(data)
     except pefile.PEFormatError as error:
         yield "program file", False, f"not readable: {error.value}"
         return
-    program = Program(pe, data, version, max_bytes)
+    program = Program(pe, data, link_map, version, max_bytes)
     for fact, check in CHECKS:
         try:
             yield fact, True, check(program)
@@ -309,6 +320,7 @@ def run_checks(data, version, max_bytes):
 def main():
     parser = argparse.ArgumentParser(description="Checks properties of the finished program file.")
     parser.add_argument("path", type=Path)
+    parser.add_argument("--map", type=Path, required=True, help="the linker's map of it")
     parser.add_argument("--version", required=True, help="the expected version")
     parser.add_argument("--max-bytes", type=int, required=True, help="the size limit")
     arguments = parser.parse_args()
@@ -317,7 +329,8 @@ def main():
     sys.stdout.reconfigure(errors="backslashreplace")
     counts = {True: 0, False: 0}
     data = arguments.path.read_bytes()
-    for fact, holds, detail in run_checks(data, arguments.version, arguments.max_bytes):
+    link_map = arguments.map.read_text(encoding="utf-8")
+    for fact, holds, detail in run_checks(data, link_map, arguments.version, arguments.max_bytes):
         counts[holds] += 1
         print(f"{'ok    ' if holds else 'FAILED'} {fact}: {detail}")
     print(f"{counts[True]} passed, {counts[False]} failed")

@@ -113,15 +113,17 @@ CASES = (
 
 class CheckExecutable(unittest.TestCase):
     data = b""
+    link_map = ""
     version = ""
 
     @classmethod
     def setUpClass(cls):
         cls.pe = check_executable.parse(cls.data)
 
-    def failing(self, data, version=None, max_bytes=None):
+    def failing(self, data, version=None, max_bytes=None, link_map=None):
         results = check_executable.run_checks(
-            bytes(data), version or self.version, max_bytes or len(self.data))
+            bytes(data), self.link_map if link_map is None else link_map, version or self.version,
+            max_bytes or len(self.data))
         return {fact for fact, holds, _ in results if not holds}
 
     def expect_failing(self, spoil, expected):
@@ -153,20 +155,33 @@ class CheckExecutable(unittest.TestCase):
     def test_one_byte_over_the_limit_fails(self):
         self.assertEqual({"size"}, self.failing(self.data, max_bytes=len(self.data) - 1))
 
+    def test_a_library_member_that_nobody_named_fails(self):
+        for member in ("/lib/libstdc++.a(wstring-inst.o)", "/lib/libgcc.a(unwind-seh.o)",
+                       "/lib/libwinpthread.a(libwinpthread_la-rwlock.o)", "libversion.a(versions1.o)",
+                       "/lib/libmsvcrt.a(lib64_libmsvcrt_common_a-strnlen.o)"):
+            with self.subTest(member):
+                link_map = self.link_map.replace("\n\n", f"\n\n{member}\n    needed.o (it)\n", 1)
+                self.assertEqual({"linked members"}, self.failing(self.data, link_map=link_map))
+
+    def test_a_link_map_that_cannot_be_read_fails(self):
+        self.assertEqual({"linked members"}, self.failing(self.data, link_map=""))
+
     def test_a_file_that_is_not_a_program_fails(self):
         self.assertEqual({"program file"}, self.failing(b"#!/bin/sh\n" * 100))
 
     def test_each_fact_has_a_case_that_fails(self):
-        seen = {"size"}.union(*(expected for _, _, expected in CASES))
+        seen = {"size", "linked members"}.union(*(expected for _, _, expected in CASES))
         self.assertEqual({fact for fact, _ in check_executable.CHECKS}, seen)
 
 
 def main():
     parser = argparse.ArgumentParser(description="Tests that every fact of the check can fail.")
     parser.add_argument("path", type=Path, help="the finished program")
+    parser.add_argument("--map", type=Path, required=True, help="the linker's map of it")
     parser.add_argument("--version", required=True, help="its version")
     arguments, rest = parser.parse_known_args()
     CheckExecutable.data = arguments.path.read_bytes()
+    CheckExecutable.link_map = arguments.map.read_text(encoding="utf-8")
     CheckExecutable.version = arguments.version
     unittest.main(argv=[sys.argv[0], *rest])
 
