@@ -38,11 +38,17 @@ session_kill_strays() {
 }
 
 session_stop_server() {
+    local name folder
     WINEPREFIX=$1 timeout 20 wineserver -k 2>/dev/null
     WINEPREFIX=$1 timeout 20 wineserver -w 2>/dev/null
     session_kill_strays "$1" || return
-    # The server leaves its socket's folder behind, unless that is in TMPDIR.
-    rm -rf "/run/user/$EUID/wine/server-$(printf '%s-%x' "$(stat -c %D "$1")" "$(stat -c %i "$1")")"
+    # The server leaves its socket's folder behind: the user's run-time folder has one for all
+    # servers, /tmp one for each.
+    name=server-$(printf '%s-%x' "$(stat -c %D "$1")" "$(stat -c %i "$1")")
+    rm -rf "/run/user/$EUID/wine/$name"
+    for folder in /tmp/wine-*/"$name"; do
+        [[ ! -d $folder ]] || rm -rf "${folder%/*}"
+    done
 }
 
 # Everything the template depends on; it is rebuilt when this changes.
@@ -134,7 +140,7 @@ session_open() {
     mkdir -p "$SESSION_ROOT/build/sessions" || return
     # On the template's file system, as hard links need.
     SESSION_DIR=$(mktemp -d "$SESSION_ROOT/build/sessions/XXXXXXXX") || return
-    mkdir "$SESSION_DIR/home" "$SESSION_DIR/profile" "$SESSION_DIR/tmp" || return
+    mkdir "$SESSION_DIR/home" "$SESSION_DIR/profile" || return
     for variable in $(compgen -e); do
         case $variable in
             LC_* | LANG | LANGUAGE | XDG_* | XAUTHORITY | WAYLAND_DISPLAY | MORVANE_LANG | WINE*)
@@ -145,8 +151,8 @@ session_open() {
     # Without a UTF-8 locale Wine cannot name files beyond ASCII; C makes the session English.
     export LC_ALL=C.UTF-8
     export HOME=$SESSION_DIR/home
-    # Every server leaves a folder behind in TMPDIR.
-    export TMPDIR=$SESSION_DIR/tmp
+    # Debian's Wine 10.0 aborts where it is set.
+    unset TMPDIR
     export WINEDEBUG=-all
     # No offers to install add-ons, no debugger window that hangs on a crash, and no host menu
     # entries made from shortcuts: winemenubuilder holds a new shortcut open for a while.
