@@ -7,12 +7,13 @@
 #   wine_session.sh run COMMAND [ARGUMENT...]   runs a command in a session and returns its status
 #
 # A script that sources it controls the session with session_open and session_close. While one is
-# open, the environment has DISPLAY, WINEPREFIX, HOME, the Wine switches and
-# MORVANE_TEST_DISPOSABLE=1, and SESSION_DIR is the session's own folder.
+# open, the environment has DISPLAY, WINEPREFIX, HOME, the Wine switches, MORVANE_TEST_DISPOSABLE=1
+# and MORVANE_TEST_KNOWN_SKIPS, and SESSION_DIR is the session's own folder.
 
 SESSION_ROOT=$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)
 SESSION_TEMPLATE=$SESSION_ROOT/build/wine-template
 SESSION_SCREEN=1280x800
+SESSION_SKIPS=$SESSION_ROOT/tests/session/skips
 SESSION_CJK_FONT=/usr/share/fonts/truetype/wqy/wqy-microhei.ttc
 
 session_fail() {
@@ -136,7 +137,7 @@ session_start_screen() {
 }
 
 session_open() {
-    local variable
+    local variable version
     mkdir -p "$SESSION_ROOT/build/sessions" || return
     # On the template's file system, as hard links need.
     SESSION_DIR=$(mktemp -d "$SESSION_ROOT/build/sessions/XXXXXXXX") || return
@@ -162,6 +163,9 @@ session_open() {
     session_start_screen || return
     export WINEPREFIX=$SESSION_DIR/profile
     export MORVANE_TEST_DISPOSABLE=1
+    # The tests that this version of Wine cannot judge. Wine's drive Z: is the root folder.
+    version=$(wine --version 2>/dev/null)
+    export MORVANE_TEST_KNOWN_SKIPS=Z:$SESSION_SKIPS/${version%% *}.txt
     # A persistent server, and a first command that starts the services and the desktop. Otherwise
     # every program pays for that again, and the first one's output pipe stays open.
     { wineserver -p && wine cmd /c exit; } </dev/null >"$SESSION_DIR/start.log" 2>&1 && return
