@@ -24,10 +24,11 @@ constexpr const wchar_t* ProgramName = L"Morvane.exe";
 // those import) and ignores planted files of these names. Wine has no such list, so they are left
 // out here. The tests of the finished program check that it imports no others at load time.
 constexpr std::wstring_view KnownLibraries[] = {
-    L"advapi32.dll", L"clbcatq.dll", L"combase.dll",    L"gdi32.dll",   L"imm32.dll",
-    L"kernel32.dll", L"msctf.dll",   L"msvcrt.dll",     L"ole32.dll",   L"oleaut32.dll",
-    L"rpcrt4.dll",   L"sechost.dll", L"shcore.dll",     L"shell32.dll", L"shlwapi.dll",
-    L"user32.dll",   L"ntdll.dll",   L"kernelbase.dll", L"win32u.dll",  L"ucrtbase.dll",
+    L"advapi32.dll", L"clbcatq.dll",  L"coml2.dll",   L"combase.dll",    L"gdi32.dll",
+    L"imm32.dll",    L"kernel32.dll", L"msctf.dll",   L"msvcrt.dll",     L"ole32.dll",
+    L"oleaut32.dll", L"rpcrt4.dll",   L"sechost.dll", L"shcore.dll",     L"shell32.dll",
+    L"shlwapi.dll",  L"user32.dll",   L"ntdll.dll",   L"kernelbase.dll", L"win32u.dll",
+    L"ucrtbase.dll",
 };
 
 // Wine's own libraries import these from anywhere, so they are planted once the program runs. Under
