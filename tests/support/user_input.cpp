@@ -2,9 +2,7 @@
 
 #include <array>
 #include <stdexcept>
-#include <string>
 
-#include "support/unix_command.h"
 #include "support/wait.h"
 
 namespace morvane::test {
@@ -12,19 +10,29 @@ namespace {
 
 constexpr LONG AsidePixels = 3;
 
-void RunPointerTool(const std::string& operands) {
-    const UnixResult result = RunUnix("xdotool " + operands);
-    if (result.exitCode != 0) {
-        throw std::runtime_error("xdotool " + operands + ": " + result.output);
+void SendMouse(DWORD flags, LONG x = 0, LONG y = 0) {
+    INPUT input{};
+    input.type = INPUT_MOUSE;
+    input.mi.dx = x;
+    input.mi.dy = y;
+    input.mi.dwFlags = flags;
+    if (SendInput(1, &input, sizeof(input)) != 1) {
+        throw std::runtime_error("the mouse was not accepted");
     }
 }
 
-std::string MoveWords(POINT to) {
-    return "mousemove " + std::to_string(to.x) + " " + std::to_string(to.y);
+// The screen's width and height are 65536 units of input; the middle of a pixel is in that pixel
+// whichever way the system rounds.
+LONG PixelCentre(LONG pixel, int firstMetric, int sizeMetric) {
+    constexpr LONG Units = 65'536;
+    const LONG first = GetSystemMetrics(firstMetric);
+    return MulDiv(2 * (pixel - first) + 1, Units, 2 * GetSystemMetrics(sizeMetric));
 }
 
-const char* ButtonNumber(MouseButton button) {
-    return button == MouseButton::Left ? "1" : "3";
+void SendPointer(POINT to) {
+    SendMouse(MOUSEEVENTF_MOVE | MOUSEEVENTF_ABSOLUTE | MOUSEEVENTF_VIRTUALDESK,
+              PixelCentre(to.x, SM_XVIRTUALSCREEN, SM_CXVIRTUALSCREEN),
+              PixelCentre(to.y, SM_YVIRTUALSCREEN, SM_CYVIRTUALSCREEN));
 }
 
 void WaitForPointer(POINT at) {
@@ -40,22 +48,23 @@ void WaitForPointer(POINT at) {
 }  // namespace
 
 void MovePointer(POINT to) {
-    RunPointerTool(MoveWords(to));
+    SendPointer(to);
     WaitForPointer(to);
 }
 
 void PressButton(MouseButton button) {
-    RunPointerTool(std::string("mousedown ") + ButtonNumber(button));
+    SendMouse(button == MouseButton::Left ? MOUSEEVENTF_LEFTDOWN : MOUSEEVENTF_RIGHTDOWN);
 }
 
 void ReleaseButton(MouseButton button) {
-    RunPointerTool(std::string("mouseup ") + ButtonNumber(button));
+    SendMouse(button == MouseButton::Left ? MOUSEEVENTF_LEFTUP : MOUSEEVENTF_RIGHTUP);
 }
 
 void Click(POINT at, MouseButton button) {
-    RunPointerTool(MoveWords({at.x - AsidePixels, at.y - AsidePixels}));
+    SendPointer({at.x - AsidePixels, at.y - AsidePixels});
     MovePointer(at);
-    RunPointerTool(std::string("click ") + ButtonNumber(button));
+    PressButton(button);
+    ReleaseButton(button);
 }
 
 void TapKey(WORD virtualKey) {

@@ -2,8 +2,8 @@
 
 #include "base/win.h"
 
-// The real pointer and keyboard of the session: input goes through the display server to whatever
-// window is there, as it does for a user. Coordinates are screen pixels. Calls that cannot be
+// The real pointer and keyboard of the session: input goes through the system to whatever window is
+// there, as it does for a user. Coordinates are screen pixels. Calls that cannot be
 // carried out throw std::runtime_error.
 namespace morvane::test {
 
