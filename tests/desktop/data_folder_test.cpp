@@ -3,8 +3,8 @@
 #include "shell/data_folder.h"
 
 #include <gtest/gtest.h>
+#include <optional>
 #include <string>
-#include <vector>
 
 #include "desktop/engine_fixture.h"
 #include "pin/engine.h"
@@ -82,28 +82,24 @@ class LinkedDataFolderTest : public DataFolderPathTest {
 protected:
     void SetUp() override {
         DataFolderPathTest::SetUp();
-        if (IsSkipped()) {
-            return;
+        if (!IsSkipped()) {
+            linked_.emplace(LinkPlace::DataFolder);
+            ASSERT_TRUE(WriteFileBytes(Settings(), "@pinning=0\nplanted\n"));
+            ASSERT_EQ(ReadSettings(), "@pinning=0\nplanted\n") << "the link leads there";
         }
-        target_ = RoamingFolder() + L"\\Link target";
-        CreateDirectoryW(target_.c_str(), nullptr);
-        ASSERT_TRUE(WriteFileBytes(Settings(), "@pinning=0\nplanted\n"));
-        ASSERT_TRUE(MakeDirectoryLink(DataFolder(), target_));
-        ASSERT_EQ(ReadSettings(), "@pinning=0\nplanted\n") << "the link leads there";
     }
     void TearDown() override {
         if (!IsSkipped()) {
-            RemoveLink(DataFolder());
             DeleteFileW(Settings().c_str());
-            EXPECT_NE(RemoveDirectoryW(target_.c_str()), FALSE) << "must still be empty";
+            EXPECT_NE(RemoveDirectoryW(linked_->Target().c_str()), FALSE) << "must still be empty";
         }
         DataFolderPathTest::TearDown();
     }
 
-    [[nodiscard]] std::wstring Settings() const { return target_ + L"\\config.txt"; }
+    [[nodiscard]] std::wstring Settings() const { return linked_->Target() + L"\\config.txt"; }
 
 private:
-    std::wstring target_;
+    std::optional<LinkedAppData> linked_;
 };
 
 TEST_F(LinkedDataFolderTest, LinkCountsAsNoFolder) {

@@ -3,6 +3,7 @@
 #include "shell/data_removal.h"
 
 #include <algorithm>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <set>
 #include <string>
@@ -11,7 +12,6 @@
 #include "support/import_patch.h"
 #include "support/test_environment.h"
 #include "support/test_files.h"
-#include "support/unix_command.h"
 
 namespace morvane::test {
 namespace {
@@ -179,144 +179,75 @@ TEST_F(DataRemovalTest, ShortcutThatCannotBeDeletedIsNotAFailure) {
     EXPECT_TRUE(PathExists(StartupShortcut()));
 }
 
-// A folder outside the data folder, for links to point to.
-class LinkedDataRemovalTest : public DataRemovalTest {
-protected:
-    void SetUp() override {
-        DataRemovalTest::SetUp();
-        if (!IsSkipped()) {
-            target_ = RoamingFolder() + L"\\Link target";
-            MakeFolder(target_);
-            MakeFolder(target_ + L"\\inner");
-            MakeFile(Sentinel());
-            MakeFile(StartupShortcut());
-        }
-    }
-    void TearDown() override {
-        if (!IsSkipped()) {
-            DeleteFileW(Sentinel().c_str());
-            RemoveDirectoryW((target_ + L"\\inner").c_str());
-            EXPECT_NE(RemoveDirectoryW(target_.c_str()), FALSE) << "must be unchanged";
-        }
-        ResetProfile();
-    }
-
-    [[nodiscard]] const std::wstring& Target() const { return target_; }
-    [[nodiscard]] std::wstring Sentinel() const { return target_ + L"\\inner\\kept.txt"; }
-
-    // Whether the platform can delete a link itself, tried on one elsewhere. Wine acts on its
-    // target, which is not empty.
-    [[nodiscard]] bool LinksCanBeDeleted() const {
-        EXPECT_TRUE(MakeDirectoryLink(LinkElsewhere(), target_));
-        const bool deleted =
-            RemoveDirectoryW(LinkElsewhere().c_str()) != FALSE && !PathExists(LinkElsewhere());
-        RemoveLink(LinkElsewhere());
-        return deleted;
-    }
-    [[nodiscard]] static std::wstring LinkElsewhere() { return RoamingFolder() + L"\\Link"; }
-
-    // Removes a data folder that contains a link.
-    void ExpectRemovalBesideTheTarget() const {
-        const bool complete = LinksCanBeDeleted();
-        EXPECT_EQ(RemoveAllData(), complete);
-        EXPECT_EQ(PathExists(DataFolder()), !complete);
-        EXPECT_EQ(ReadFileBytes(Sentinel()), "content");
-        EXPECT_FALSE(PathExists(StartupShortcut()));
-    }
-
-private:
-    std::wstring target_;
-};
-
-TEST_F(LinkedDataRemovalTest, LinksInsideTheFolderAreNotFollowed) {
-    MakeFolder(DataFolder());
-    ASSERT_TRUE(MakeDirectoryLink(DataFolder() + L"\\link", Target()));
-    ExpectRemovalBesideTheTarget();
+TEST_F(DataRemovalTest, LinksInTheFolderAreNotFollowed) {
+    const LinkedAppData linked(LinkPlace::InsideDataFolder);
+    const std::wstring sentinel = linked.Target() + L"\\inner\\kept.txt";
+    MakeFolder(linked.Target() + L"\\inner");
+    MakeFile(sentinel);
+    MakeFile(StartupShortcut());
+    ASSERT_TRUE(PathExists(DataFolder() + L"\\link\\inner\\kept.txt"));
+    ASSERT_TRUE(PathExists(DataFolder() + L"\\a\\b\\link\\inner\\kept.txt"));
+    EXPECT_EQ(RemoveAllData(), linked.CanBeDeleted());
+    EXPECT_NE(PathExists(DataFolder()), linked.CanBeDeleted());
+    EXPECT_EQ(ReadFileBytes(sentinel), "content");
+    EXPECT_FALSE(PathExists(StartupShortcut()));
 }
 
-TEST_F(LinkedDataRemovalTest, LinksDeepInTheFolderAreNotFollowed) {
-    MakeFolder(DataFolder());
-    MakeFolder(DataFolder() + L"\\a");
-    MakeFolder(DataFolder() + L"\\a\\b");
-    ASSERT_TRUE(MakeDirectoryLink(DataFolder() + L"\\a\\b\\link", Target()));
-    ExpectRemovalBesideTheTarget();
-}
-
-using Paths = std::set<std::wstring>;
-
-// The existing links, and which function has deleted which, as on Windows.
-struct Links {
-    Paths toFolders;
-    Paths toFiles;
-    Paths deletedAsFolder;
-    Paths deletedAsFile;
-};
-
-Links links;
-decltype(&RemoveDirectoryW) originalRemoveDirectory = nullptr;
-decltype(&DeleteFileW) originalDeleteFile = nullptr;
-
-BOOL WINAPI RemoveDirectoryAsWindowsDoes(LPCWSTR path) {
-    if (links.toFiles.contains(path)) {
-        SetLastError(ERROR_DIRECTORY);
-        return FALSE;
-    }
-    if (!links.toFolders.contains(path)) {
-        return originalRemoveDirectory(path);
-    }
-    links.deletedAsFolder.insert(path);
-    RemoveLink(path);
-    return TRUE;
-}
-
-BOOL WINAPI DeleteFileAsWindowsDoes(LPCWSTR path) {
-    if (links.toFolders.contains(path)) {
-        SetLastError(ERROR_ACCESS_DENIED);
-        return FALSE;
-    }
-    if (!links.toFiles.contains(path)) {
-        return originalDeleteFile(path);
-    }
-    links.deletedAsFile.insert(path);
-    RemoveLink(path);
-    return TRUE;
-}
-
-TEST_F(LinkedDataRemovalTest, LinksInsideTheFolderGoAndTheirTargetsStay) {
-    const std::wstring shallow = DataFolder() + L"\\link";
-    const std::wstring deep = DataFolder() + L"\\a\\link";
-    const std::wstring file = DataFolder() + L"\\a\\link.txt";
-    MakeFolder(DataFolder());
-    MakeFolder(DataFolder() + L"\\a");
-    ASSERT_TRUE(MakeDirectoryLink(shallow, Target()));
-    ASSERT_TRUE(MakeDirectoryLink(deep, Target()));
-    ASSERT_EQ(RunUnix("ln -s -- " + QuotedForShell(UnixPath(Sentinel())) + " " +
-                      QuotedForShell(UnixPath(file)))
-                  .exitCode,
-              0);
-    links = Links{};
-    links.toFolders = {AsItStands(shallow), AsItStands(deep), LinkElsewhere()};
-    links.toFiles = {AsItStands(file)};
-    {
-        const ImportPatch<decltype(&RemoveDirectoryW)> folders("RemoveDirectoryW",
-                                                               RemoveDirectoryAsWindowsDoes);
-        const ImportPatch<decltype(&DeleteFileW)> files("DeleteFileW", DeleteFileAsWindowsDoes);
-        originalRemoveDirectory = folders.Original();
-        originalDeleteFile = files.Original();
-        ExpectRemovalBesideTheTarget();
-    }
-    EXPECT_FALSE(PathExists(DataFolder()));
-    EXPECT_EQ(links.deletedAsFolder, links.toFolders);
-    EXPECT_EQ(links.deletedAsFile, links.toFiles);
-}
-
-TEST_F(LinkedDataRemovalTest, LinkInPlaceOfTheFolderIsLeftAlone) {
-    ASSERT_TRUE(MakeDirectoryLink(DataFolder(), Target()));
+TEST_F(DataRemovalTest, LinkInPlaceOfTheFolderIsLeftAlone) {
+    const LinkedAppData linked(LinkPlace::DataFolder);
+    MakeFile(linked.Target() + L"\\kept.txt");
+    MakeFile(StartupShortcut());
     EXPECT_FALSE(RemoveAllData());
-    EXPECT_EQ(ReadFileBytes(Sentinel()), "content");
+    EXPECT_EQ(ReadFileBytes(DataFolder() + L"\\kept.txt"), "content");
     EXPECT_NE(GetFileAttributesW(DataFolder().c_str()) & FILE_ATTRIBUTE_REPARSE_POINT, 0U);
     EXPECT_FALSE(PathExists(StartupShortcut())) << "removed first, whatever happens next";
-    RemoveLink(DataFolder());
+}
+
+// Stand-ins for links, which every system has: what is called so counts as a link, and such a
+// folder can be deleted while it holds this file, as if that were in its target.
+constexpr std::wstring_view LinkName = L"link";
+constexpr const wchar_t* InTarget = L"\\kept.txt";
+
+std::set<std::wstring> deletedLinks;
+decltype(&FindNextFileW) originalFindNext = nullptr;
+decltype(&RemoveDirectoryW) originalRemoveDirectory = nullptr;
+
+BOOL WINAPI FindNextWithLinks(HANDLE search, LPWIN32_FIND_DATAW found) {
+    const BOOL more = originalFindNext(search, found);
+    if (std::wstring_view(found->cFileName).starts_with(LinkName)) {
+        found->dwFileAttributes |= FILE_ATTRIBUTE_REPARSE_POINT;
+    }
+    return more;
+}
+
+BOOL WINAPI RemoveDirectoryOrLink(LPCWSTR path) {
+    const std::wstring content = std::wstring(path) + InTarget;
+    if (PathExists(content)) {
+        deletedLinks.insert(path);
+        DeleteFileW(content.c_str());
+    }
+    return originalRemoveDirectory(path);
+}
+
+TEST_F(DataRemovalTest, LinksInTheFolderGoAsWhatTheyAre) {
+    const std::wstring shallow = DataFolder() + L"\\link";
+    const std::wstring deep = DataFolder() + L"\\a\\link";
+    for (const std::wstring& folder : {DataFolder(), DataFolder() + L"\\a", shallow, deep}) {
+        MakeFolder(folder);
+    }
+    MakeFile(shallow + InTarget);
+    MakeFile(deep + InTarget);
+    MakeFile(DataFolder() + L"\\a\\link.txt");
+    deletedLinks.clear();
+    {
+        const ImportPatch<decltype(&FindNextFileW)> search("FindNextFileW", FindNextWithLinks);
+        const ImportPatch<decltype(&RemoveDirectoryW)> folders("RemoveDirectoryW",
+                                                               RemoveDirectoryOrLink);
+        originalFindNext = search.Original();
+        originalRemoveDirectory = folders.Original();
+        ExpectRemoval();
+    }
+    EXPECT_THAT(deletedLinks, testing::UnorderedElementsAre(AsItStands(shallow), AsItStands(deep)));
 }
 
 TEST_F(DataRemovalTest, WithoutApplicationDataTheShortcutGoesAndTheRemovalFails) {

@@ -66,35 +66,25 @@ TEST_F(DataFolderTest, RemovalLeavesARunningInstanceAlive) {
 // A folder with a settings file, and a link to it in place of the data folder.
 class LinkedFolder {
 public:
-    LinkedFolder() : target_(RoamingFolder() + L"\\Somebody's folder") {
-        CreateDirectoryW(target_.c_str(), nullptr);
-        EXPECT_TRUE(WriteFileBytes(target_ + L"\\config.txt", Content));
-        EXPECT_TRUE(MakeDirectoryLink(DataFolder(), target_));
-    }
-    LinkedFolder(const LinkedFolder&) = delete;
-    LinkedFolder& operator=(const LinkedFolder&) = delete;
-    LinkedFolder(LinkedFolder&&) = delete;
-    LinkedFolder& operator=(LinkedFolder&&) = delete;
-    ~LinkedFolder() {
-        RemoveLink(DataFolder());
-        DeleteFileW((target_ + L"\\config.txt").c_str());
-        RemoveDirectoryW(target_.c_str());
+    LinkedFolder() {
+        EXPECT_TRUE(WriteFileBytes(linked_.Target() + L"\\config.txt", Content));
+        EXPECT_EQ(ReadSettings(), Content) << "the link leads there";
     }
 
     // Holds only the settings file.
     [[nodiscard]] bool IsUntouched() const {
         WIN32_FIND_DATAW found{};
-        const FindHandle search(FindFirstFileW((target_ + L"\\*").c_str(), &found));
+        const FindHandle search(FindFirstFileW((linked_.Target() + L"\\*").c_str(), &found));
         int entries = search ? 1 : 0;
         while (search && FindNextFileW(search.get(), &found) != FALSE) {
             ++entries;
         }
-        return entries == 3 && ReadFileBytes(target_ + L"\\config.txt") == Content;
+        return entries == 3 && ReadFileBytes(linked_.Target() + L"\\config.txt") == Content;
     }
 
 private:
     static constexpr std::string_view Content = "Target\n";
-    std::wstring target_;
+    LinkedAppData linked_{LinkPlace::DataFolder};
 };
 
 TEST_F(DataFolderTest, NothingIsReadOrWrittenThroughALink) {

@@ -118,6 +118,17 @@ session_copy_template() {
     ) 9>"$SESSION_TEMPLATE.lock"
 }
 
+# Makes the links that tests need: Wine's programs cannot. The folder "Replaced" holds one in place
+# of the program's folder, "Around" has some inside of it.
+session_make_links() {
+    local links=$SESSION_DIR/profile/drive_c/links
+    mkdir -p "$links"/{Target,Replaced,Around/Morvane/a/b} &&
+        ln -s ../Target "$links/Replaced/Morvane" &&
+        ln -s ../../Target "$links/Around/Morvane/link" &&
+        ln -s ../../../../Target "$links/Around/Morvane/a/b/link" &&
+        export MORVANE_TEST_LINKS='C:\links'
+}
+
 # Starts a screen on the first free display and sets DISPLAY.
 session_start_screen() {
     local pipe=$SESSION_DIR/display number='' attempt
@@ -160,6 +171,9 @@ session_open() {
     export WINEDLLOVERRIDES='mscoree=;mshtml=;winedbg.exe=d;winemenubuilder.exe=d'
     unset DISPLAY
     session_copy_template "$SESSION_DIR/profile" || return
+    # The template is the same for all.
+    export LC_ALL=${MORVANE_SESSION_LOCALE:-$LC_ALL}
+    session_make_links || return
     session_start_screen || return
     export WINEPREFIX=$SESSION_DIR/profile
     export MORVANE_TEST_DISPOSABLE=1

@@ -1,5 +1,8 @@
 #include "support/test_environment.h"
 
+#include <algorithm>
+#include <cstddef>
+#include <iterator>
 #include <stdexcept>
 #include <utility>
 
@@ -7,7 +10,9 @@
 #include "base/win_shell.h"
 #include "support/child_process.h"
 #include "support/test_files.h"
-#include "support/unix_command.h"
+#include "support/wait.h"
+
+#include <winioctl.h>
 
 namespace morvane::test {
 namespace {
@@ -29,16 +34,53 @@ void RequireDisposable() {
     }
 }
 
-// Uses the host's own commands: Wine follows links where it should delete them.
-void RunOnPath(const std::string& before, const std::wstring& path, const std::string& after) {
-    RequireDisposable();
-    if (path.empty() || !PathExists(path)) {
+void EmptyFolder(const std::wstring& folder);
+
+// What is still in use stays.
+void RemoveItem(const std::wstring& path, DWORD attributes) {
+    const bool isLink = (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+    if (!isLink) {
+        SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_NORMAL);
+    }
+    if ((attributes & FILE_ATTRIBUTE_DIRECTORY) == 0) {
+        DeleteFileW(path.c_str());
         return;
     }
-    const std::string line = before + " " + QuotedForShell(UnixPath(path)) + " " + after;
-    const UnixResult result = RunUnix(line);
-    if (result.exitCode != 0) {
-        throw std::runtime_error(line + ": " + result.output);
+    if (!isLink) {
+        EmptyFolder(path);
+    }
+    RemoveDirectoryW(path.c_str());
+}
+
+void EmptyFolder(const std::wstring& folder) {
+    WIN32_FIND_DATAW found{};
+    const FindHandle search(FindFirstFileW((folder + L"\\*").c_str(), &found));
+    for (BOOL more = search ? TRUE : FALSE; more != FALSE;
+         more = FindNextFileW(search.get(), &found)) {
+        const std::wstring name = found.cFileName;
+        if (name != L"." && name != L"..") {
+            RemoveItem(folder + L"\\" + name, found.dwFileAttributes);
+        }
+    }
+}
+
+// The verbatim form allows more than 260 units and trailing dots and blanks.
+std::wstring AsItStands(const std::wstring& path) {
+    return L"\\\\?\\" + path;
+}
+
+void RemoveTree(const std::wstring& path) {
+    RequireDisposable();
+    // The program may be reading the settings.
+    const bool removed = WaitUntil([&path] {
+        const DWORD attributes = GetFileAttributesW(path.c_str());
+        if (attributes != INVALID_FILE_ATTRIBUTES) {
+            RemoveItem(AsItStands(path), attributes);
+        }
+        return !PathExists(path);
+    });
+    if (!removed) {
+        throw std::runtime_error("a folder cannot be removed");
     }
 }
 
@@ -64,6 +106,61 @@ bool SetShellFolderValue(const std::wstring& name, const std::wstring& path) {
         RegSetKeyValueW(HKEY_CURRENT_USER, UserShellFolders, name.c_str(), REG_EXPAND_SZ,
                         path.c_str(), static_cast<DWORD>((path.size() + 1) * sizeof(wchar_t)));
     return status == ERROR_SUCCESS;
+}
+
+// Turns an empty folder into a link. The buffer is a REPARSE_DATA_BUFFER for mount points: the kind
+// of link, the length of the rest, then the target's path for the system and for people.
+bool MakeJunction(const std::wstring& path, const std::wstring& target) {
+    const auto bytes = [](std::size_t units) {
+        return static_cast<wchar_t>(units * sizeof(wchar_t));
+    };
+    const std::wstring forSystem = L"\\??\\" + target;
+    constexpr std::size_t Lengths = 4;
+    const wchar_t system = bytes(forSystem.size());
+    const wchar_t people = bytes(target.size());
+    const wchar_t rest = bytes(Lengths + forSystem.size() + 1 + target.size() + 1);
+    std::wstring buffer = {LOWORD(IO_REPARSE_TAG_MOUNT_POINT),
+                           HIWORD(IO_REPARSE_TAG_MOUNT_POINT),
+                           rest,
+                           0,
+                           0,
+                           system,
+                           bytes(forSystem.size() + 1),
+                           people};
+    buffer.append(forSystem).append(1, L'\0').append(target).append(1, L'\0');
+    const FileHandle folder(CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
+                                        FILE_FLAG_OPEN_REPARSE_POINT | FILE_FLAG_BACKUP_SEMANTICS,
+                                        nullptr));
+    DWORD returned = 0;
+    return DeviceIoControl(folder.get(), FSCTL_SET_REPARSE_POINT, buffer.data(),
+                           bytes(buffer.size()), nullptr, 0, &returned, nullptr) != FALSE;
+}
+
+std::wstring OwnLinks() {
+    return RoamingFolder() + L"\\Links";
+}
+
+// In "Replaced" the data folder is a link to "Target", in "Around" it holds such links.
+bool MakeLinks() {
+    const std::wstring root = OwnLinks();
+    const std::wstring links[] = {root + L"\\Replaced\\Morvane", root + L"\\Around\\Morvane\\link",
+                                  root + L"\\Around\\Morvane\\a\\b\\link"};
+    for (const std::wstring& link : links) {
+        SHCreateDirectoryExW(nullptr, link.c_str(), nullptr);
+    }
+    return std::all_of(std::begin(links), std::end(links), [&root](const std::wstring& link) {
+        return MakeJunction(link, root + L"\\Target");
+    });
+}
+
+// Wine cannot make links: there the session has made them.
+std::wstring FolderOfLinks() {
+    RequireDisposable();
+    if (MakeLinks()) {
+        return OwnLinks();
+    }
+    RemoveTree(OwnLinks());
+    return RequiredPath(L"MORVANE_TEST_LINKS");
 }
 
 }  // namespace
@@ -103,27 +200,17 @@ std::optional<std::string> ReadSettings() {
 }
 
 void RemoveDataFolder() {
-    RunOnPath("rm -rf --", DataFolder(), "");
+    RemoveTree(DataFolder());
 }
 
 void EmptyStartupFolder() {
-    RunOnPath("find", StartupFolder(), "-mindepth 1 -delete");
+    RequireDisposable();
+    EmptyFolder(AsItStands(StartupFolder()));
 }
 
 void ResetProfile() {
     RemoveDataFolder();
     EmptyStartupFolder();
-}
-
-bool MakeDirectoryLink(const std::wstring& path, const std::wstring& target) {
-    RequireDisposable();
-    return RunUnix("ln -sT -- " + QuotedForShell(UnixPath(target)) + " " +
-                   QuotedForShell(UnixPath(path)))
-               .exitCode == 0;
-}
-
-void RemoveLink(const std::wstring& path) {
-    RunOnPath("rm -f --", path, "");
 }
 
 ShellFolderOverride::ShellFolderOverride(std::wstring name, const std::wstring& path)
@@ -140,6 +227,20 @@ ShellFolderOverride::~ShellFolderOverride() {
         SetShellFolderValue(name_, *previous_);
     } else {
         RegDeleteKeyValueW(HKEY_CURRENT_USER, UserShellFolders, name_.c_str());
+    }
+}
+
+LinkedAppData::LinkedAppData(LinkPlace place)
+    : root_(FolderOfLinks()),
+      madeHere_(root_ == OwnLinks()),
+      appData_(L"AppData", root_ + (place == LinkPlace::DataFolder ? L"\\Replaced" : L"\\Around")) {
+    CreateDirectoryW(Target().c_str(), nullptr);
+    EmptyFolder(Target());
+}
+
+LinkedAppData::~LinkedAppData() {
+    if (madeHere_) {
+        RemoveItem(root_, FILE_ATTRIBUTE_DIRECTORY);
     }
 }
 

@@ -29,18 +29,13 @@ namespace morvane::test {
 [[nodiscard]] bool WriteSettings(std::string_view bytes);
 [[nodiscard]] std::optional<std::string> ReadSettings();
 
-// Remove the data folder, or empty the Startup folder. Links are deleted, not followed. Both throw
+// Remove the data folder, or empty the Startup folder. Links are not followed. Both throw
 // std::logic_error outside a disposable profile.
 void RemoveDataFolder();
 void EmptyStartupFolder();
 
 // As if the program had never run: both of the above.
 void ResetProfile();
-
-// Creates at path, which must not exist, a host file-system link to an existing folder; the program
-// sees a reparse point. RemoveLink leaves the target alone.
-[[nodiscard]] bool MakeDirectoryLink(const std::wstring& path, const std::wstring& target);
-void RemoveLink(const std::wstring& path);
 
 // Redirects one of the user's shell folders ("AppData", "Startup") in the registry, for every
 // process of the session; the environment variable of that name has no effect. With a folder on a
@@ -58,6 +53,30 @@ public:
 private:
     std::wstring name_;
     std::optional<std::wstring> previous_;
+};
+
+enum class LinkPlace { DataFolder, InsideDataFolder };
+
+// Redirects the application data to a place where the data folder is a link, or where it holds one
+// and a subfolder's subfolder another. They lead to Target(), an empty folder at first.
+class LinkedAppData {
+public:
+    explicit LinkedAppData(LinkPlace place);
+    LinkedAppData(const LinkedAppData&) = delete;
+    LinkedAppData& operator=(const LinkedAppData&) = delete;
+    LinkedAppData(LinkedAppData&&) = delete;
+    LinkedAppData& operator=(LinkedAppData&&) = delete;
+    ~LinkedAppData();
+
+    [[nodiscard]] std::wstring Target() const { return root_ + L"\\Target"; }
+
+    // Under Wine programs can neither make nor delete links, and deleting one hits its target.
+    [[nodiscard]] bool CanBeDeleted() const { return madeHere_; }
+
+private:
+    std::wstring root_;
+    bool madeHere_;
+    ShellFolderOverride appData_;
 };
 
 }  // namespace morvane::test
