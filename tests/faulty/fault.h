@@ -18,12 +18,14 @@
 //   SetTimer@0          no call fails; the calls are only recorded
 //   WriteFile=20        the disk has room for 20 more bytes
 //   GetSystemDirectoryW=16  writes 16 characters past the caller's buffer
+//   GetUserDefaultUILanguage=1041  the display language is the one with this identifier
 //   LoadLibraryExW=1    searches the program's folder first
 //   ShellExecuteW=1     makes the library throw: for a string from a null pointer (1), for a
 //                       position past the end (2), for an impossible length (3)
 //
 // MORVANE_FAULT_REPORT names a file that gets a line per call of the listed functions: the name,
-// and "failed" or "passed". An invalid plan ends the process with PlanFailed.
+// and "failed" or "passed". A call of ShellExecuteW adds lines with its verb, file and parameters.
+// An invalid plan ends the process with PlanFailed.
 namespace morvane::faulty {
 
 inline constexpr UINT PlanFailed = 99;
@@ -41,6 +43,9 @@ struct Fault {
 
 // Counts and records a call; true if it must fail.
 bool MustFail(Fault& fault);
+
+// Adds a line to the report.
+void Note(const wchar_t* text);
 
 // A function's name as a template argument.
 template <std::size_t Length>

@@ -86,6 +86,21 @@ struct SystemDirectory {
     }
 };
 
+struct DisplayLanguage {
+    static inline Fault fault{.name = "GetUserDefaultUILanguage", .replacement = nullptr};
+
+    static LANGID WINAPI Call() {
+        return MustFail(fault)
+                   ? static_cast<LANGID>(fault.amount)
+                   : reinterpret_cast<decltype(&GetUserDefaultUILanguage)>(fault.original)();
+    }
+
+    static Fault* Entry() {
+        fault.replacement = reinterpret_cast<void*>(&Call);
+        return &fault;
+    }
+};
+
 // Fails; with an amount, searches like a careless program: its own folder first.
 struct LibraryLoading {
     static inline Fault fault{.name = "LoadLibraryExW", .replacement = nullptr};
@@ -113,7 +128,11 @@ struct EditorStart {
 
     static HINSTANCE WINAPI Call(HWND owner, LPCWSTR operation, LPCWSTR file, LPCWSTR parameters,
                                  LPCWSTR folder, INT show) {
-        if (!MustFail(fault)) {
+        const bool fails = MustFail(fault);
+        for (const LPCWSTR text : {operation, file, parameters}) {
+            Note(text);
+        }
+        if (!fails) {
             return reinterpret_cast<decltype(&ShellExecuteW)>(fault.original)(
                 owner, operation, file, parameters, folder, show);
         }
@@ -144,6 +163,7 @@ Fault* const AllFaults[] = {
     FullDisk::Entry(),
     WriteProtection::Entry(),
     SystemDirectory::Entry(),
+    DisplayLanguage::Entry(),
     LibraryLoading::Entry(),
     EditorStart::Entry(),
     // kernel32

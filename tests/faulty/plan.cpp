@@ -116,6 +116,16 @@ bool MustFail(Fault& fault) {
     return fails;
 }
 
+void Note(const wchar_t* text) {
+    if (report.file != INVALID_HANDLE_VALUE) {
+        std::array<char, LongestValue> buffer{};
+        WideCharToMultiByte(CP_UTF8, 0, text, -1, buffer.data(), LongestValue - 1, nullptr,
+                            nullptr);
+        Write(buffer.data());
+        Write("\n");
+    }
+}
+
 bool CarryOutPlan(std::span<Fault* const> faults) {
     OpenReport();
     std::array<char, LongestValue> buffer{};

@@ -11,11 +11,6 @@ std::wstring ReportPath() {
     return RoamingFolder() + L"\\faults.txt";
 }
 
-Environment PlanEnvironment(const std::string& plan) {
-    return {{L"MORVANE_FAULTS", std::wstring(plan.begin(), plan.end())},
-            {L"MORVANE_FAULT_REPORT", ReportPath()}};
-}
-
 }  // namespace
 
 void FaultyProgramTest::SetUp() {
@@ -29,9 +24,10 @@ void FaultyProgramTest::TearDown() {
     ForgetRecordedCalls();
 }
 
-Program FaultyProgram(const std::string& plan, const std::wstring& arguments) {
-    return Program::FromFile(RequiredPath(L"MORVANE_TEST_FAULTY_PROGRAM"), arguments,
-                             PlanEnvironment(plan));
+Program FaultyProgram(const std::string& plan, const std::wstring& arguments, Environment changes) {
+    changes.emplace_back(L"MORVANE_FAULTS", std::wstring(plan.begin(), plan.end()));
+    changes.emplace_back(L"MORVANE_FAULT_REPORT", ReportPath());
+    return Program::FromFile(RequiredPath(L"MORVANE_TEST_FAULTY_PROGRAM"), arguments, changes);
 }
 
 Program StartedFaultyProgram(const std::string& plan) {
@@ -40,8 +36,9 @@ Program StartedFaultyProgram(const std::string& plan) {
     return program;
 }
 
-std::optional<DWORD> RunFaultyProgram(const std::string& plan, const std::wstring& arguments) {
-    return FaultyProgram(plan, arguments).WaitForExit();
+std::optional<DWORD> RunFaultyProgram(const std::string& plan, const std::wstring& arguments,
+                                      const Environment& changes) {
+    return FaultyProgram(plan, arguments, changes).WaitForExit();
 }
 
 std::vector<std::string> RecordedCalls() {

@@ -18,14 +18,16 @@ protected:
     void TearDown() override;
 };
 
-[[nodiscard]] Program FaultyProgram(const std::string& plan, const std::wstring& arguments = L"");
+[[nodiscard]] Program FaultyProgram(const std::string& plan, const std::wstring& arguments = L"",
+                                    Environment changes = {});
 
 // Waits for its control window too; fails the test if it does not come.
 [[nodiscard]] Program StartedFaultyProgram(const std::string& plan);
 
 // Returns the exit code; empty if it does not exit.
 [[nodiscard]] std::optional<DWORD> RunFaultyProgram(const std::string& plan,
-                                                    const std::wstring& arguments = L"");
+                                                    const std::wstring& arguments = L"",
+                                                    const Environment& changes = {});
 
 // The recorded calls in this test so far, oldest first, such as "SetTimer failed".
 [[nodiscard]] std::vector<std::string> RecordedCalls();

@@ -1,13 +1,13 @@
 // The program's language, told by the shortcut's description and the balloons.
 
-#include "program/scene.h"
-#include "support/child_process.h"
-#include "support/unix_command.h"
+#include <map>
+
+#include "program/faulty_scene.h"
 
 namespace morvane::test {
 namespace {
 
-using LanguageTest = ProgramTest;
+using LanguageTest = FaultyProgramTest;
 
 constexpr const wchar_t* English = L"Keep selected windows always on top";
 constexpr const wchar_t* Japanese = L"選んだウィンドウを、ほかより手前に固定";
@@ -20,12 +20,12 @@ constexpr const wchar_t* German = L"Hält ausgewählte Fenster über allen ander
 constexpr const wchar_t* Portuguese = L"Mantém as janelas escolhidas sempre acima das demais";
 constexpr const wchar_t* Russian = L"Выбранные окна остаются поверх остальных";
 
-std::wstring InstalledDescription(const Environment& changes) {
+// After a run with a switch that adds the shortcut.
+std::wstring DescriptionAfter(std::optional<DWORD> exitCode) {
+    const std::wstring description =
+        ReadShortcut(StartupShortcut()).value_or(Shortcut{}).description;
     EmptyStartupFolder();
-    if (RunProgram(L"--install-startup", changes) != 0U) {
-        return L"(not installed)";
-    }
-    return ReadShortcut(StartupShortcut()).value_or(Shortcut{}).description;
+    return exitCode == 0U ? description : L"(not installed)";
 }
 
 TEST_F(LanguageTest, EnvironmentVariableChoosesTheLanguage) {
@@ -64,53 +64,62 @@ TEST_F(LanguageTest, EnvironmentVariableChoosesTheLanguage) {
         {L"ja-jp-and-more-units", English},
     };
     for (const Case& item : Cases) {
-        EXPECT_EQ(InstalledDescription({{L"MORVANE_LANG", item.code}}), item.description)
+        EXPECT_EQ(
+            DescriptionAfter(RunProgram(L"--install-startup", {{L"MORVANE_LANG", item.code}})),
+            item.description)
             << '"' << testing::PrintToString(std::wstring(item.code)) << '"';
     }
 }
 
-// Under Wine the display language is the host process's locale, which a Windows program cannot pass
-// on, so the host's shell starts the program.
-std::wstring DescriptionInLocale(const char* locale, const std::string& variables) {
-    EmptyStartupFolder();
-    const std::string line = std::string("LC_ALL=") + locale + " " + variables + " wine " +
-                             QuotedForShell(UnixPath(RequiredPath(L"MORVANE_TEST_PROGRAM"))) +
-                             " --install-startup";
-    const UnixResult result = RunUnix(line);
-    if (result.exitCode != 0) {
-        return L"(not installed)";
-    }
-    return ReadShortcut(StartupShortcut()).value_or(Shortcut{}).description;
-}
-
 TEST_F(LanguageTest, DisplayLanguageIsTheDefault) {
     struct Case {
-        const char* locale;
-        const char* variables;
+        LANGID displayLanguage;
+        std::optional<std::wstring> variable;
         const wchar_t* description;
     };
-    constexpr Case Cases[] = {
-        {"en_US.UTF-8", "", English},
-        {"ja_JP.UTF-8", "", Japanese},
-        {"zh_CN.UTF-8", "", Simplified},
-        {"zh_SG.UTF-8", "", Simplified},
-        {"zh_TW.UTF-8", "", Traditional},
-        {"zh_HK.UTF-8", "", Traditional},
-        {"ko_KR.UTF-8", "", Korean},
-        {"es_MX.UTF-8", "", Spanish},
-        {"fr_CA.UTF-8", "", French},
-        {"de_AT.UTF-8", "", German},
-        {"pt_PT.UTF-8", "", Portuguese},
-        {"ru_RU.UTF-8", "", Russian},
-        {"it_IT.UTF-8", "", English},
-        {"ja_JP.UTF-8", "MORVANE_LANG=it", English},
-        {"ja_JP.UTF-8", "MORVANE_LANG=de", German},
-        {"ja_JP.UTF-8", "MORVANE_LANG=", Japanese},
+    const Case cases[] = {
+        {0x0409, {}, English},      // United States
+        {0x0411, {}, Japanese},     // Japan
+        {0x0804, {}, Simplified},   // PRC
+        {0x1004, {}, Simplified},   // Singapore
+        {0x0404, {}, Traditional},  // Taiwan
+        {0x0C04, {}, Traditional},  // Hong Kong SAR
+        {0x0412, {}, Korean},       // Korea
+        {0x080A, {}, Spanish},      // Mexico
+        {0x0C0C, {}, French},       // Canada
+        {0x0C07, {}, German},       // Austria
+        {0x0816, {}, Portuguese},   // Portugal
+        {0x0419, {}, Russian},      // Russia
+        {0x0410, {}, English},      // Italian
+        {0x0411, L"it", English},  {0x0411, L"de", German}, {0x0411, L"", Japanese},
     };
-    for (const Case& item : Cases) {
-        EXPECT_EQ(DescriptionInLocale(item.locale, item.variables), item.description)
-            << item.locale << ' ' << item.variables;
+    for (const Case& item : cases) {
+        const std::string plan = "GetUserDefaultUILanguage=" + std::to_string(item.displayLanguage);
+        EXPECT_EQ(DescriptionAfter(RunFaultyProgram(plan, L"--install-startup",
+                                                    {{L"MORVANE_LANG", item.variable}})),
+                  item.description)
+            << plan << ' ' << testing::PrintToString(item.variable);
     }
+}
+
+// Run in sessions of several display languages.
+TEST_F(LanguageTest, ProgramSpeaksTheSystemsDisplayLanguage) {
+    const std::map<WORD, const wchar_t*> descriptions = {
+        {LANG_JAPANESE, Japanese}, {LANG_KOREAN, Korean}, {LANG_SPANISH, Spanish},
+        {LANG_FRENCH, French},     {LANG_GERMAN, German}, {LANG_PORTUGUESE, Portuguese},
+        {LANG_RUSSIAN, Russian},
+    };
+    const LANGID system = GetUserDefaultUILanguage();
+    const WORD country = SUBLANGID(system);
+    const bool traditional = country == SUBLANG_CHINESE_TRADITIONAL ||
+                             country == SUBLANG_CHINESE_HONGKONG ||
+                             country == SUBLANG_CHINESE_MACAU;
+    const auto found = descriptions.find(PRIMARYLANGID(system));
+    const wchar_t* const chinese = traditional ? Traditional : Simplified;
+    const wchar_t* const others = found == descriptions.end() ? English : found->second;
+    EXPECT_EQ(DescriptionAfter(RunProgram(L"--install-startup", {{L"MORVANE_LANG", std::nullopt}})),
+              PRIMARYLANGID(system) == LANG_CHINESE ? chinese : others)
+        << system;
 }
 
 TEST_F(LanguageTest, BalloonsAreInTheChosenLanguage) {

@@ -6,7 +6,6 @@
 #include "base/win_shell.h"
 #include "support/test_environment.h"
 #include "support/tray.h"
-#include "support/unix_command.h"
 #include "support/window_state.h"
 
 namespace morvane::test {
@@ -84,33 +83,6 @@ std::vector<Program> Program::SeveralAtOnce(std::size_t count) {
         ResumeThread(thread.get());
     }
     return programs;
-}
-
-Program Program::UnderLocale(const std::string& locale) {
-    PrepareSession();
-    if (FindWindowExW(HWND_MESSAGE, nullptr, ControlWindowClass, nullptr) != nullptr) {
-        throw std::runtime_error("the program is already running");
-    }
-    const std::string executable = UnixPath(RequiredPath(L"MORVANE_TEST_PROGRAM"));
-    static_cast<void>(RunUnix("LC_ALL=" + QuotedForShell(locale) + " wine " +
-                              QuotedForShell(executable) + " </dev/null >/dev/null 2>&1 &"));
-    // The host returns no process handle; the window leads to the process.
-    HWND control = nullptr;
-    static_cast<void>(WaitUntil([&control] {
-        control = FindWindowExW(HWND_MESSAGE, nullptr, ControlWindowClass, nullptr);
-        return control != nullptr;
-    }));
-    const DWORD processId = ProcessOf(control);
-    KernelHandle process(
-        OpenProcess(SYNCHRONIZE | PROCESS_TERMINATE | PROCESS_QUERY_INFORMATION, FALSE, processId));
-    if (!process) {
-        throw std::runtime_error("the program does not start under " + locale);
-    }
-    Program program(ChildProcess{std::move(process), processId, {}});
-    if (program.WaitForControlWindow() == nullptr) {
-        throw std::runtime_error("the program does not become ready under " + locale);
-    }
-    return program;
 }
 
 Program::~Program() {

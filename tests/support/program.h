@@ -31,12 +31,6 @@ public:
     // Starts several copies together: all processes exist before the first one runs.
     [[nodiscard]] static std::vector<Program> SeveralAtOnce(std::size_t count);
 
-    // Starts the program with another display language, given as a host locale ("ja_JP.UTF-8",
-    // which need not be installed). Under Wine only the host's environment decides that language:
-    // LC_ALL among the changes above has no effect. Returns once the control window is complete;
-    // throws std::runtime_error if it does not appear.
-    [[nodiscard]] static Program UnderLocale(const std::string& locale);
-
     Program(Program&&) noexcept = default;
     Program& operator=(Program&&) = delete;
     Program(const Program&) = delete;

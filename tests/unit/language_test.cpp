@@ -1,16 +1,12 @@
 #include "i18n/language.h"
 
-#include <array>
 #include <cstdint>
 #include <gtest/gtest.h>
 #include <map>
-#include <optional>
 #include <string>
-#include <string_view>
 
 #include "base/win.h"
-#include "support/child_process.h"
-#include "support/unix_command.h"
+#include "support/import_patch.h"
 #include "unit/language_setting.h"
 #include "unit/printed.h"
 
@@ -178,7 +174,29 @@ TEST(CurrentLanguage, IsEnglishBeforeOneIsChosen) {
     EXPECT_EQ(LanguageBeforeTheChoice, Language::English);
 }
 
-TEST(InitLanguage, UsesTheLanguageOfTheVariable) {
+struct DisplayLanguage {
+    LANGID identifier;
+    Language language;
+};
+
+LANGID displayLanguage = 0;
+
+LANGID WINAPI AnswerDisplayLanguage() {
+    return displayLanguage;
+}
+
+// The language is chosen in a system with this display language.
+class InitLanguageTest : public testing::TestWithParam<DisplayLanguage> {
+protected:
+    InitLanguageTest() : patch_("GetUserDefaultUILanguage", AnswerDisplayLanguage) {
+        displayLanguage = GetParam().identifier;
+    }
+
+private:
+    ImportPatch<decltype(&GetUserDefaultUILanguage)> patch_;
+};
+
+TEST_P(InitLanguageTest, UsesTheLanguageOfTheVariable) {
     for (const CodeCase& c : Codes) {
         SCOPED_TRACE(Printed(c.code));
         const LanguageSetting setting(c.code);
@@ -191,7 +209,7 @@ TEST(InitLanguage, UsesTheLanguageOfTheVariable) {
     }
 }
 
-TEST(InitLanguage, TreatsEveryOtherValueAsEnglish) {
+TEST_P(InitLanguageTest, TreatsEveryOtherValueAsEnglish) {
     const LanguageSetting before(L"ru");
     for (const wchar_t* const code : UnknownCodes) {
         if (*code == L'\0') {
@@ -203,7 +221,7 @@ TEST(InitLanguage, TreatsEveryOtherValueAsEnglish) {
     }
 }
 
-TEST(InitLanguage, TreatsAnOverlongValueAsEnglish) {
+TEST_P(InitLanguageTest, TreatsAnOverlongValueAsEnglish) {
     const LanguageSetting before(L"ru");
     for (const std::size_t length : {14U, 15U, 16U, 17U, 18U, 255U, 256U, 1000U, 32000U}) {
         SCOPED_TRACE(length);
@@ -214,50 +232,19 @@ TEST(InitLanguage, TreatsAnOverlongValueAsEnglish) {
     }
 }
 
-// The language expected for the display language; a run started in a known one is told which.
-Language DisplayLanguage() {
-    const std::optional<std::wstring> told = EnvironmentVariable(L"MORVANE_TEST_DISPLAY_LANGUAGE");
-    return told ? static_cast<Language>(std::stoi(*told))
-                : LanguageFromIdentifier(GetUserDefaultUILanguage());
-}
-
-TEST(InitLanguage, FollowsTheDisplayLanguageWithoutTheVariable) {
+TEST_P(InitLanguageTest, FollowsTheDisplayLanguageWithoutTheVariable) {
     const LanguageSetting before(L"ru");
     for (const wchar_t* const value : {static_cast<const wchar_t*>(nullptr), L""}) {
         const LanguageSetting setting(value);
-        EXPECT_EQ(CurrentLanguage(), DisplayLanguage());
+        EXPECT_EQ(CurrentLanguage(), GetParam().language);
     }
 }
 
-// Under Wine a process started by the host gets its display language from LC_ALL. The tests above
-// run again in such a process, which is told what to expect.
-TEST(InitLanguageUnderAnotherDisplayLanguage, DoesTheSame) {
-    std::array<wchar_t, MAX_PATH> program{};
-    GetModuleFileNameW(nullptr, program.data(), program.size());
-    const std::string path = UnixPath(program.data());
-    if (path.empty()) {
-        GTEST_SKIP() << "the display language of a process cannot be set";
-    }
-    struct Case {
-        const char* locale;
-        Language language;
-    };
-    constexpr Case Cases[] = {
-        {"ja_JP.UTF-8", Language::Japanese},
-        {"zh_HK.UTF-8", Language::ChineseTraditional},
-    };
-    for (const Case& c : Cases) {
-        SCOPED_TRACE(c.locale);
-        const UnixResult result =
-            RunUnix(std::string("LC_ALL=") + c.locale + " MORVANE_TEST_DISPLAY_LANGUAGE=" +
-                    std::to_string(static_cast<int>(c.language)) + " wine " + QuotedForShell(path) +
-                    " --gtest_filter='InitLanguage.*'");
-        EXPECT_EQ(result.exitCode, 0) << result.output;
-        EXPECT_NE(result.output.find("OK ] InitLanguage.FollowsTheDisplayLanguage"),
-                  std::string::npos)
-            << result.output;
-    }
-}
+INSTANTIATE_TEST_SUITE_P(DisplayLanguages, InitLanguageTest,
+                         testing::Values(DisplayLanguage{0x0409, Language::English},
+                                         DisplayLanguage{0x0411, Language::Japanese},
+                                         DisplayLanguage{0x0C04, Language::ChineseTraditional}),
+                         [](const auto& test) { return std::to_string(test.param.identifier); });
 
 }  // namespace
 
