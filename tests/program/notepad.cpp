@@ -1,25 +1,11 @@
 #include "program/notepad.h"
 
-#include <bit>
-
 #include "base/owners.h"
 
 // Needs the declarations above.
 #include <tlhelp32.h>
-#include <winternl.h>
 
 namespace morvane::test {
-namespace {
-
-// Reads a value, or count units of text, from the other process's memory.
-template <typename Value>
-bool ReadFrom(HANDLE process, const void* address, Value* values, std::size_t count = 1) {
-    SIZE_T bytes = 0;
-    return ReadProcessMemory(process, address, values, count * sizeof(Value), &bytes) != FALSE &&
-           bytes == count * sizeof(Value);
-}
-
-}  // namespace
 
 std::vector<DWORD> NotepadProcesses() {
     std::vector<DWORD> processes;
@@ -42,25 +28,6 @@ void EndNotepads() {
         TerminateProcess(process.get(), 0);
         WaitForSingleObject(process.get(), 5'000);
     }
-}
-
-std::wstring CommandLineOf(HANDLE process) {
-    using Query = NTSTATUS(NTAPI*)(HANDLE, PROCESSINFOCLASS, PVOID, ULONG, PULONG);
-    const auto query = std::bit_cast<Query>(
-        GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "NtQueryInformationProcess"));
-    PROCESS_BASIC_INFORMATION basic{};
-    PEB block{};
-    RTL_USER_PROCESS_PARAMETERS parameters{};
-    if (query == nullptr ||
-        query(process, ProcessBasicInformation, &basic, sizeof(basic), nullptr) != 0 ||
-        !ReadFrom(process, basic.PebBaseAddress, &block) ||
-        !ReadFrom(process, block.ProcessParameters, &parameters)) {
-        return L"(unknown)";
-    }
-    std::wstring text(parameters.CommandLine.Length / sizeof(wchar_t), L'\0');
-    return ReadFrom(process, parameters.CommandLine.Buffer, text.data(), text.size())
-               ? text
-               : L"(unreadable)";
 }
 
 }  // namespace morvane::test

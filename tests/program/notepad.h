@@ -1,6 +1,5 @@
 #pragma once
 
-#include <string>
 #include <vector>
 
 #include "base/win.h"
@@ -11,8 +10,5 @@ namespace morvane::test {
 
 [[nodiscard]] std::vector<DWORD> NotepadProcesses();
 void EndNotepads();
-
-// The command line that the process was started with; no documented call returns another process's.
-[[nodiscard]] std::wstring CommandLineOf(HANDLE process);
 
 }  // namespace morvane::test
