@@ -1,6 +1,8 @@
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <chrono>
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -12,11 +14,11 @@
 #include "support/program.h"
 #include "support/test_environment.h"
 #include "support/tray_recorder.h"
-#include "support/unix_command.h"
 #include "support/wait.h"
 #include "support/window_state.h"
 
 #include <psapi.h>
+#include <tlhelp32.h>
 
 namespace morvane::bench {
 
@@ -65,36 +67,31 @@ double MemoryOf(const test::ChildProcess& child) {
     return static_cast<double>(counters.PagefileUsage);
 }
 
-std::string ShellOutput(const std::string& line) {
-    const test::UnixResult result = test::RunUnix(line);
-    Require(result.exitCode == 0 && !result.output.empty(), line);
-    return result.output;
-}
-
-// The /proc folder of this session's process with that executable name, which the host cuts to 15
-// characters. Other processes may end meanwhile: hence no error messages.
-std::string HostProcess(const std::string& executable) {
-    const std::string found = ShellOutput("for p in $(grep -lxF " + executable +
-                                          " /proc/[0-9]*/comm 2>/dev/null); do p=${p%/comm}; "
-                                          "if grep -qzxF \"WINEPREFIX=$WINEPREFIX\" $p/environ "
-                                          "2>/dev/null; then echo $p; fi; done");
-    Require(std::count(found.begin(), found.end(), '\n') == 1,
-            "one process " + executable + ": " + found);
-    return found.substr(0, found.size() - 1);
-}
-
-// The processor time of both processes so far, in microseconds, from the host's scheduler: the
-// times that Windows programs can query move in steps of 10 milliseconds.
-std::array<double, 2> ProcessorTimes(const std::array<std::string, 2>& processes) {
-    constexpr double Nanoseconds = 1000;
-    std::string line;
-    for (const std::string& process : processes) {
-        line += "awk '{ sum += $1 } END { printf \"%.0f\\n\", sum }' " + process +
-                "/task/*/schedstat; ";
+// The processor time of a process so far, in microseconds, in steps of some milliseconds. Summed up
+// over its threads: Wine does not know the times of another process as a whole.
+double ProcessorTime(const test::ChildProcess& child) {
+    constexpr double UnitsPerMicrosecond = 10;
+    const FileHandle snapshot(CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0));
+    double units = 0;
+    THREADENTRY32 entry{};
+    entry.dwSize = sizeof(entry);
+    for (BOOL more = Thread32First(snapshot.get(), &entry); more != FALSE;
+         more = Thread32Next(snapshot.get(), &entry)) {
+        if (entry.th32OwnerProcessID != child.id) {
+            continue;
+        }
+        const KernelHandle thread(OpenThread(THREAD_QUERY_INFORMATION, FALSE, entry.th32ThreadID));
+        FILETIME created{};
+        FILETIME ended{};
+        std::array<FILETIME, 2> spent{};
+        if (GetThreadTimes(thread.get(), &created, &ended, &spent[0], &spent[1]) != FALSE) {
+            for (const FILETIME& time : spent) {
+                units += static_cast<double>(std::bit_cast<std::uint64_t>(time));
+            }
+        }
     }
-    const std::string output = ShellOutput(line);
-    const std::size_t second = output.find('\n') + 1;
-    return {std::stod(output) / Nanoseconds, std::stod(output.substr(second)) / Nanoseconds};
+    Require(units > 0, "processor time of a process");
+    return units / UnitsPerMicrosecond;
 }
 
 // The bare loop keeps to the windows it found at its start: a later one is pinned by the program
@@ -144,25 +141,24 @@ void MeasureIdle(const Plan& plan) {
     const test::ChildProcess ours = test::StartProcess(ProgramPath(), L"");
     RequireNewOnesPinned(actor);
 
-    const std::array<std::string, 2> processes = {HostProcess("Morvane.exe"),
-                                                  HostProcess("morvane_bare.ex")};
     const std::chrono::milliseconds whole = std::chrono::seconds(plan.idleSeconds);
     const std::chrono::milliseconds part = whole / IdleParts;
     Pairs times;
     Pairs memory;
     actor.ForgetRecords(windows.front());
     const std::int64_t start = Ticks();
-    std::array<double, 2> before = ProcessorTimes(processes);
+    double ourTime = ProcessorTime(ours);
+    double bareTime = ProcessorTime(bare);
     for (int done = 0; done < IdleParts; ++done) {
         Announce("idle for " + std::to_string(plan.idleSeconds) + " seconds, part " +
                  std::to_string(done + 1) + " of " + std::to_string(IdleParts));
         LetPass(part);
-        const std::array<double, 2> after = ProcessorTimes(processes);
-        times.ours.push_back(after[0] - before[0]);
-        times.bare.push_back(after[1] - before[1]);
+        times.ours.push_back(ProcessorTime(ours) - ourTime);
+        times.bare.push_back(ProcessorTime(bare) - bareTime);
+        ourTime += times.ours.back();
+        bareTime += times.bare.back();
         memory.ours.push_back(MemoryOf(ours));
         memory.bare.push_back(MemoryOf(bare));
-        before = after;
     }
     const double seconds = Microseconds(Ticks() - start) / MicrosecondsPerSecond;
     const auto requests = static_cast<double>(actor.Requests(windows.front()).size());
