@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "base/owners.h"
-#include "support/unix_command.h"
 
 namespace morvane::test {
 namespace {
@@ -79,12 +78,6 @@ Picture CaptureScreen(const RECT& part) {
     picture.pixels.resize(count);
     std::transform(first, first + count, picture.pixels.begin(), ColourFromDib);
     return picture;
-}
-
-bool SaveScreenshot(const std::wstring& path) {
-    const std::string target = UnixPath(path);
-    return !target.empty() &&
-           RunUnix("import -window root png:" + QuotedForShell(target)).exitCode == 0;
 }
 
 }  // namespace morvane::test

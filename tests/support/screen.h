@@ -1,7 +1,6 @@
 #pragma once
 
 #include <optional>
-#include <string>
 #include <vector>
 
 #include "base/win.h"
@@ -26,8 +25,5 @@ struct Picture {
 
 // A copy of part of the screen; empty on failure.
 [[nodiscard]] Picture CaptureScreen(const RECT& part);
-
-// Writes the whole screen to a PNG file, given by its Windows path.
-[[nodiscard]] bool SaveScreenshot(const std::wstring& path);
 
 }  // namespace morvane::test
