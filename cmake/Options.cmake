@@ -28,7 +28,7 @@ target_compile_definitions(
     morvane_guarded INTERFACE
     $<$<AND:$<COMPILE_LANGUAGE:CXX>,$<NOT:$<BOOL:${MORVANE_COVERAGE}>>>:_FORTIFY_SOURCE=2>)
 
-# Records which lines of the product are run; see tests/coverage.
+# Records which lines of the product are run.
 add_library(morvane_counted INTERFACE)
 if(MORVANE_COVERAGE)
     target_compile_options(

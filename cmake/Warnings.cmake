@@ -9,22 +9,23 @@ set(flags
     -Wcast-qual
     -Wconversion
     -Wdouble-promotion
-    -Wduplicated-branches
-    -Wduplicated-cond
     -Wextra-semi
     -Wformat=2
     -Wimplicit-fallthrough
-    -Wlogical-op
     -Wnon-virtual-dtor
     -Wnull-dereference
     -Wold-style-cast
     -Woverloaded-virtual
-    -Wredundant-decls
     -Wshadow
     -Wsign-conversion
     -Wundef
     -Wunused
-    -Wuseless-cast
     -Wzero-as-null-pointer-constant)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+    list(APPEND flags -Wnewline-eof -Wshadow-field -Wunreachable-code)
+else()
+    list(APPEND flags -Wduplicated-branches -Wduplicated-cond -Wlogical-op -Wredundant-decls
+         -Wuseless-cast)
+endif()
 list(TRANSFORM flags REPLACE "(.+)" "$<$<COMPILE_LANGUAGE:CXX>:\\1>")
 target_compile_options(morvane_warnings INTERFACE ${flags})

@@ -59,7 +59,7 @@ void EmptyFolder(const std::wstring& folder) {
          more = FindNextFileW(search.get(), &found)) {
         const std::wstring name = found.cFileName;
         if (name != L"." && name != L"..") {
-            RemoveItem(folder + L"\\" + name, found.dwFileAttributes);
+            RemoveItem(std::wstring(folder).append(L"\\").append(name), found.dwFileAttributes);
         }
     }
 }
