@@ -7,5 +7,5 @@ foreach(language C CXX)
 endforeach()
 set(CMAKE_C_COMPILER clang-$ENV{LLVM})
 set(CMAKE_CXX_COMPILER clang++-$ENV{LLVM})
-# Nothing is linked.
+# The test of the compiler links nothing either.
 set(CMAKE_TRY_COMPILE_TARGET_TYPE STATIC_LIBRARY)
