@@ -78,7 +78,8 @@ TEST_F(MenuOpenTest, ClickElsewhereDismissesTheMenu) {
         ASSERT_NE(OpenMenuByIcon(program), nullptr) << NameOf(button);
         Click(Elsewhere, button);
         EXPECT_TRUE(MenuCloses(program)) << NameOf(button);
-        ASSERT_NE(OpenMenu(program), nullptr) << NameOf(button);
+        // By mouse again: a posted message would overtake the rest of the click before.
+        ASSERT_NE(OpenMenuByIcon(program), nullptr) << NameOf(button);
         ASSERT_NE(OpenSubmenu(program, Item::AddRemove, Way::Mouse), nullptr) << NameOf(button);
         Click(Elsewhere, button);
         EXPECT_TRUE(MenuCloses(program)) << NameOf(button);

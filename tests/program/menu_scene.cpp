@@ -54,11 +54,22 @@ bool IsMinSize(Item submenu) {
     return submenu == Item::AddRemoveMinSize;
 }
 
+// A menu is on the screen before its program listens to the mouse wherever it is, and off the
+// screen before the program can open the next one.
+bool IsInMenuMode(const Program& program) {
+    GUITHREADINFO info{};
+    info.cbSize = sizeof(info);
+    return GetGUIThreadInfo(GetWindowThreadProcessId(program.ControlWindow(), nullptr), &info) !=
+               FALSE &&
+           (info.flags & GUI_INMENUMODE) != 0;
+}
+
 HWND WaitForMenu(const Program& program) {
     std::vector<HWND> menus;
     const bool came = WaitUntil([&] {
         menus = MenuWindows(program);
-        return menus.size() == 1 && WindowSize(menus.front()).cy > 2 * MenuMargin;
+        return menus.size() == 1 && WindowSize(menus.front()).cy > 2 * MenuMargin &&
+               IsInMenuMode(program);
     });
     return came ? menus.front() : nullptr;
 }
@@ -108,7 +119,7 @@ std::vector<HWND> MenuWindows(const Program& program) {
 }
 
 bool MenuCloses(const Program& program) {
-    return WaitUntil([&] { return MenuWindows(program).empty(); });
+    return WaitUntil([&] { return MenuWindows(program).empty() && !IsInMenuMode(program); });
 }
 
 HWND OpenMenuByIcon(const Program& program, MouseButton button) {

@@ -29,42 +29,52 @@ LONG PixelCentre(LONG pixel, int firstMetric, int sizeMetric) {
     return MulDiv(2 * (pixel - first) + 1, Units, 2 * GetSystemMetrics(sizeMetric));
 }
 
-void SendPointer(POINT to) {
-    SendMouse(MOUSEEVENTF_MOVE | MOUSEEVENTF_ABSOLUTE | MOUSEEVENTF_VIRTUALDESK,
+// Moves the pointer and, in the same step, presses or releases a button.
+void SendPointer(POINT to, DWORD button = 0) {
+    SendMouse(MOUSEEVENTF_MOVE | MOUSEEVENTF_ABSOLUTE | MOUSEEVENTF_VIRTUALDESK | button,
               PixelCentre(to.x, SM_XVIRTUALSCREEN, SM_CXVIRTUALSCREEN),
               PixelCentre(to.y, SM_YVIRTUALSCREEN, SM_CYVIRTUALSCREEN));
 }
 
-void WaitForPointer(POINT at) {
-    const bool arrived = WaitUntil([at] {
-        POINT now{};
-        return GetCursorPos(&now) != FALSE && now.x == at.x && now.y == at.y;
-    });
-    if (!arrived) {
-        throw std::runtime_error("the pointer did not arrive");
-    }
+DWORD PressOf(MouseButton button) {
+    return button == MouseButton::Left ? MOUSEEVENTF_LEFTDOWN : MOUSEEVENTF_RIGHTDOWN;
+}
+
+DWORD ReleaseOf(MouseButton button) {
+    return button == MouseButton::Left ? MOUSEEVENTF_LEFTUP : MOUSEEVENTF_RIGHTUP;
 }
 
 }  // namespace
 
 void MovePointer(POINT to) {
     SendPointer(to);
-    WaitForPointer(to);
+    // A late report of the place before may take it back.
+    const bool arrived = WaitUntil([to] {
+        POINT now{};
+        if (GetCursorPos(&now) != FALSE && now.x == to.x && now.y == to.y) {
+            return true;
+        }
+        SendPointer(to);
+        return false;
+    });
+    if (!arrived) {
+        throw std::runtime_error("the pointer did not arrive");
+    }
 }
 
 void PressButton(MouseButton button) {
-    SendMouse(button == MouseButton::Left ? MOUSEEVENTF_LEFTDOWN : MOUSEEVENTF_RIGHTDOWN);
+    SendMouse(PressOf(button));
 }
 
 void ReleaseButton(MouseButton button) {
-    SendMouse(button == MouseButton::Left ? MOUSEEVENTF_LEFTUP : MOUSEEVENTF_RIGHTUP);
+    SendMouse(ReleaseOf(button));
 }
 
 void Click(POINT at, MouseButton button) {
     SendPointer({at.x - AsidePixels, at.y - AsidePixels});
     MovePointer(at);
-    PressButton(button);
-    ReleaseButton(button);
+    SendPointer(at, PressOf(button));
+    SendPointer(at, ReleaseOf(button));
 }
 
 void TapKey(WORD virtualKey) {
