@@ -13,7 +13,7 @@
 #include "support/child_process.h"
 #include "support/program.h"
 #include "support/test_environment.h"
-#include "support/tray_recorder.h"
+#include "support/tray.h"
 #include "support/wait.h"
 #include "support/window_state.h"
 
@@ -46,13 +46,16 @@ void Close(const test::ChildProcess& child, const wchar_t* className) {
     Require(test::WaitForObject(child.process.get()), "the program ends");
 }
 
-// From the call that starts a program to the arrival of its icon.
-double TimeToIcon(test::TrayRecorder& taskbar, const std::wstring& path, const wchar_t* className) {
-    taskbar.Forget();
+// From the call that starts a program until the shell holds its icon.
+double TimeToIcon(const std::wstring& path, const wchar_t* className) {
     const std::int64_t start = Ticks();
     const test::ChildProcess child = test::StartProcess(path, L"");
-    Require(test::WaitUntil([&] { return !taskbar.Calls().empty(); }), "an icon comes");
-    const double time = Microseconds(taskbar.Calls().front().arrival - start);
+    Require(test::WaitUntil([&] {
+                HWND const owner = FindWindowExW(HWND_MESSAGE, nullptr, className, nullptr);
+                return owner != nullptr && test::TrayIconPresent(owner);
+            }),
+            "an icon comes");
+    const double time = Microseconds(Ticks() - start);
     // Its first pass and its message loop come after the icon.
     static_cast<void>(WaitForInputIdle(child.process.get(), INFINITE));
     Close(child, className);
@@ -111,14 +114,13 @@ void LetPass(std::chrono::milliseconds duration) {
 void MeasureStart(const Plan& plan) {
     Announce("from the start to the icon");
     BindEngine("");
-    test::TrayRecorder taskbar;
     Pairs pairs;
     for (int repetition = 0; repetition <= plan.repetitions; ++repetition) {
         const bool oursFirst = repetition % 2 != 0;
-        double ours = oursFirst ? TimeToIcon(taskbar, ProgramPath(), ControlClass) : 0;
-        const double bare = TimeToIcon(taskbar, BarePath(), BareClass);
+        double ours = oursFirst ? TimeToIcon(ProgramPath(), ControlClass) : 0;
+        const double bare = TimeToIcon(BarePath(), BareClass);
         if (!oursFirst) {
-            ours = TimeToIcon(taskbar, ProgramPath(), ControlClass);
+            ours = TimeToIcon(ProgramPath(), ControlClass);
         }
         if (repetition > 0) {
             pairs.ours.push_back(ours);

@@ -34,13 +34,13 @@ TEST_F(ProgramHarnessTest, ProgramIsStartedControlledAndEnded) {
     ASSERT_NE(control, nullptr);
     EXPECT_EQ(ProcessOf(control), program.ProcessId());
     EXPECT_TRUE(program.IsRunning());
-    EXPECT_TRUE(TrayIconPresent());
+    EXPECT_TRUE(TrayIconPresent(control));
     EXPECT_TRUE(program.SendCommand(UnknownCommand));
     EXPECT_FALSE(program.WaitForExit(100ms).has_value());
     EXPECT_EQ(program.ExitByCommand(), 0U);
     EXPECT_FALSE(program.IsRunning());
     EXPECT_EQ(program.ControlWindow(), nullptr);
-    EXPECT_FALSE(TrayIconPresent());
+    EXPECT_FALSE(TrayIconPresent(control));
 }
 
 TEST_F(ProgramHarnessTest, ControlWindowIsReturnedOnlyOnceItsCreationIsComplete) {
@@ -65,11 +65,23 @@ TEST_F(ProgramHarnessTest, FirstPassThatHangsDelaysTheControlWindow) {
 
 TEST_F(ProgramHarnessTest, KilledProgramLeavesNoIconBehind) {
     const Program program;
-    ASSERT_NE(program.WaitForControlWindow(), nullptr);
-    ASSERT_TRUE(TrayIconPresent());
+    const HWND control = program.WaitForControlWindow();
+    ASSERT_NE(control, nullptr);
+    ASSERT_TRUE(TrayIconPresent(control));
     program.Kill();
     EXPECT_FALSE(program.IsRunning());
-    EXPECT_FALSE(TrayIconPresent());
+    EXPECT_FALSE(TrayIconPresent(control));
+}
+
+TEST_F(ProgramHarnessTest, RecordedProgramCallsTheRecorderInPlaceOfTheShell) {
+    const TrayRecorder recorder;
+    const Program program;
+    const HWND control = program.WaitForControlWindow();
+    ASSERT_NE(control, nullptr);
+    EXPECT_EQ(recorder.Calls().size(), 1U);
+    EXPECT_EQ(recorder.Calls().back().window, control);
+    EXPECT_EQ(program.ExitByCommand(), 0U);
+    EXPECT_EQ(recorder.Calls().size(), 2U);
 }
 
 TEST_F(ProgramHarnessTest, ProgramWithASwitchEndsWithItsExitCode) {

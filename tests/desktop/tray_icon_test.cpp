@@ -1,4 +1,4 @@
-// The tray icon and its balloons: what the taskbar is told, and what it shows.
+// The tray icon and its balloons: what the shell is told, and that it accepts them.
 
 #include "ui/tray_icon.h"
 
@@ -13,7 +13,6 @@
 #include "support/import_patch.h"
 #include "support/tray.h"
 #include "support/tray_recorder.h"
-#include "support/wait.h"
 #include "support/window_owner.h"
 
 namespace morvane::test {
@@ -170,42 +169,29 @@ TEST(TrayIconTest, TextsFillTheirFieldsToTheEnd) {
 
 using IconRequest = std::pair<HINSTANCE, ULONG_PTR>;
 
-// Replaces the shell and the loading of icons: their answers, and the calls they received.
-struct TrayScene {
+// Replaces the loading of icons: the answer, and what was asked for.
+struct IconScene {
     bool hasOwnIcon = true;
-    int refusals = 0;
-    std::vector<std::pair<DWORD, NOTIFYICONDATAW>> calls;
-    std::vector<IconRequest> icons;
+    std::vector<IconRequest> asked;
 };
 
-TrayScene scene;
+IconScene scene;
 
 const auto OwnIcon = reinterpret_cast<HICON>(INT_PTR{0x51});
 const auto SystemIcon = reinterpret_cast<HICON>(INT_PTR{0x52});
 
-BOOL WINAPI RecordTrayCall(DWORD message, PNOTIFYICONDATAW data) {
-    scene.calls.emplace_back(message, *data);
-    return --scene.refusals < 0 ? TRUE : FALSE;
-}
-
 HICON WINAPI GiveIcon(HINSTANCE instance, LPCWSTR name) {
-    scene.icons.emplace_back(instance, reinterpret_cast<ULONG_PTR>(name));
+    scene.asked.emplace_back(instance, reinterpret_cast<ULONG_PTR>(name));
     if (instance == nullptr) {
         return SystemIcon;
     }
     return scene.hasOwnIcon ? OwnIcon : nullptr;
 }
 
-class TrayRecordTest : public testing::Test {
-protected:
-    void SetUp() override { scene = TrayScene{}; }
-
-private:
-    ImportPatch<decltype(&Shell_NotifyIconW)> calls_{"Shell_NotifyIconW", RecordTrayCall};
-    ImportPatch<decltype(&LoadIconW)> icons_{"LoadIconW", GiveIcon};
-};
-
-TEST_F(TrayRecordTest, BalloonsLeaveTheRecordOfTheIconUnchanged) {
+TEST(TrayIconTest, BalloonsLeaveTheRecordOfTheIconUnchanged) {
+    scene = {};
+    const ImportPatch<decltype(&LoadIconW)> patch("LoadIconW", GiveIcon);
+    const TrayRecorder recorder;
     const IconOwner owner;
     owner.Add();
     ShowBalloon(L"First title", L"First text", BalloonKind::BalloonWarning);
@@ -224,30 +210,31 @@ TEST_F(TrayRecordTest, BalloonsLeaveTheRecordOfTheIconUnchanged) {
         {NIM_MODIFY, 16, L"Title", L"Text", 1},
         {NIM_DELETE, 7, L"", L"", 0},
     };
-    ASSERT_EQ(scene.calls.size(), cases.size());
+    const std::vector<TrayCall> calls = recorder.Calls();
+    ASSERT_EQ(calls.size(), cases.size());
     for (std::size_t i = 0; i < cases.size(); ++i) {
         SCOPED_TRACE(i);
-        const auto& [message, record] = scene.calls[i];
-        EXPECT_EQ(message, cases[i].message);
-        EXPECT_EQ(record.uFlags, cases[i].flags);
-        EXPECT_STREQ(record.szInfoTitle, cases[i].infoTitle);
-        EXPECT_STREQ(record.szInfo, cases[i].info);
-        EXPECT_EQ(record.dwInfoFlags, cases[i].infoFlags);
-        EXPECT_EQ(record.cbSize, sizeof(NOTIFYICONDATAW));
-        EXPECT_EQ(record.hWnd, owner.Window());
-        EXPECT_EQ(record.uID, 1U);
-        EXPECT_EQ(record.uCallbackMessage, 0x8001U);
-        EXPECT_EQ(record.hIcon, OwnIcon);
-        EXPECT_STREQ(record.szTip, L"Morvane");
-        EXPECT_EQ(record.dwState, 0U);
-        EXPECT_EQ(record.dwStateMask, 0U);
-        EXPECT_EQ(record.uTimeout, 0U);
-        EXPECT_EQ(record.guidItem, GUID{});
-        EXPECT_EQ(record.hBalloonIcon, nullptr);
+        const TrayCall& call = calls[i];
+        EXPECT_EQ(call.message, cases[i].message);
+        EXPECT_EQ(call.flags, cases[i].flags);
+        EXPECT_EQ(call.infoTitle, cases[i].infoTitle);
+        EXPECT_EQ(call.info, cases[i].info);
+        EXPECT_EQ(call.infoFlags, cases[i].infoFlags);
+        EXPECT_EQ(call.size, sizeof(NOTIFYICONDATAW));
+        EXPECT_EQ(call.window, owner.Window());
+        EXPECT_EQ(call.id, 1U);
+        EXPECT_EQ(call.callbackMessage, 0x8001U);
+        EXPECT_EQ(call.icon, OwnIcon);
+        EXPECT_EQ(call.tip, L"Morvane");
+        EXPECT_EQ(call.state, 0U);
+        EXPECT_EQ(call.stateMask, 0U);
+        EXPECT_EQ(call.timeout, 0U);
+        EXPECT_EQ(call.item, GUID{});
+        EXPECT_EQ(call.balloonIcon, nullptr);
     }
 }
 
-TEST_F(TrayRecordTest, IconIsTheProgramsOwnOrElseTheSystems) {
+TEST(TrayIconTest, IconIsTheProgramsOwnOrElseTheSystems) {
     struct Case {
         const char* name;
         bool hasOwnIcon;
@@ -262,17 +249,19 @@ TEST_F(TrayRecordTest, IconIsTheProgramsOwnOrElseTheSystems) {
         {"no own", false, 0, {own, system}, {SystemIcon}},
         {"own refused", true, 1, {own, system}, {OwnIcon, SystemIcon}},
     };
+    const ImportPatch<decltype(&LoadIconW)> patch("LoadIconW", GiveIcon);
     for (const Case& item : cases) {
-        scene = {item.hasOwnIcon, item.refusals, {}, {}};
+        scene = {item.hasOwnIcon, {}};
+        TrayRecorder recorder;
+        recorder.RefuseNext(item.refusals);
         const IconOwner owner;
         owner.Add();
         std::vector<HICON> shown;
-        shown.reserve(scene.calls.size());
-        for (const auto& [message, record] : scene.calls) {
-            shown.push_back(record.hIcon);
+        for (const TrayCall& call : recorder.Calls()) {
+            shown.push_back(call.icon);
         }
         EXPECT_EQ(shown, item.shown) << item.name;
-        EXPECT_EQ(scene.icons, item.asked) << item.name;
+        EXPECT_EQ(scene.asked, item.asked) << item.name;
     }
 }
 
@@ -290,19 +279,25 @@ TEST(TrayIconTest, RefusedBalloonIsNotRetriedAndLeavesNoTrace) {
     ExpectAddition(recorder.Calls()[0], owner.Window());
 }
 
-TEST(TrayIconTest, TaskbarShowsTheIconAndABalloonThatLeavesItsTipAlone) {
-    ASSERT_TRUE(WaitUntil([] { return !TrayIconPresent(); }));
-    {
-        const IconOwner owner;
-        owner.Add();
-        ASSERT_TRUE(WaitUntil([] { return TrayIconPresent(); }));
-        EXPECT_EQ(TrayIconTip(), L"Morvane");
-        ShowBalloon(L"Morvane", L"Minimum size set to 1280 x 720.", BalloonKind::BalloonInfo);
-        ASSERT_TRUE(WaitUntil([] { return ShownBalloon().has_value(); }));
-        EXPECT_EQ(ShownBalloon().value_or(Balloon{}).text, L"Minimum size set to 1280 x 720.");
-        EXPECT_EQ(TrayIconTip(), L"Morvane");
-    }
-    EXPECT_TRUE(WaitUntil([] { return !TrayIconPresent(); }));
+decltype(&Shell_NotifyIconW) shell = nullptr;
+std::vector<BOOL> answers;
+
+BOOL WINAPI NoteAnswer(DWORD message, PNOTIFYICONDATAW data) {
+    answers.push_back(shell(message, data));
+    return answers.back();
+}
+
+TEST(TrayIconTest, ShellAcceptsTheIconAndABalloon) {
+    ASSERT_TRUE(WaitForTaskbar());
+    const ImportPatch<decltype(&Shell_NotifyIconW)> patch("Shell_NotifyIconW", NoteAnswer);
+    shell = patch.Original();
+    answers.clear();
+    const IconOwner owner;
+    owner.Add();
+    ShowBalloon(L"Morvane", L"Minimum size set to 1280 x 720.", BalloonKind::BalloonInfo);
+    RemoveTrayIcon();
+    EXPECT_EQ(answers, (std::vector<BOOL>{TRUE, TRUE, TRUE}));
+    EXPECT_FALSE(TrayIconPresent(owner.Window()));
 }
 
 }  // namespace

@@ -26,6 +26,8 @@
 // MORVANE_FAULT_REPORT names a file that gets a line per call of the listed functions: the name,
 // and "failed" or "passed". A call of ShellExecuteW adds lines with its verb, file and parameters.
 // An invalid plan ends the process with PlanFailed.
+//
+// While a test records the tray (support/tray_relay.h), calls that do not fail go to its recorder.
 namespace morvane::faulty {
 
 inline constexpr UINT PlanFailed = 99;

@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "support/import_table.h"
+#include "support/tray_relay.h"
 
 namespace morvane::faulty {
 namespace {
@@ -128,6 +129,11 @@ void Note(const wchar_t* text) {
 
 bool CarryOutPlan(std::span<Fault* const> faults) {
     OpenReport();
+    // First, so that a call that the plan makes fail is not recorded.
+    if (test::IsTrayRecorded()) {
+        test::ExchangeImport(test::FindImport("Shell_NotifyIconW"),
+                             reinterpret_cast<void*>(&test::RelayTrayCall));
+    }
     std::array<char, LongestValue> buffer{};
     std::string_view plan = ValueOf("MORVANE_FAULTS", buffer);
     while (!plan.empty()) {

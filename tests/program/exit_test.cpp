@@ -46,9 +46,10 @@ TEST_F(ExitTest, PinnedWindowsAreOrdinaryAgainWhenTheProcessEnds) {
 TEST_F(ExitTest, IconIsGoneWhenTheProcessEnds) {
     for (const Ending& ending : Endings) {
         const Program program = StartedProgram();
-        ASSERT_TRUE(WaitUntil([] { return TrayIconPresent(); })) << ending.name;
+        const HWND control = program.ControlWindow();
+        ASSERT_TRUE(TrayIconPresent(control)) << ending.name;
         EXPECT_EQ(ending.end(program), 0U) << ending.name;
-        EXPECT_FALSE(TrayIconPresent()) << ending.name;
+        EXPECT_FALSE(TrayIconPresent(control)) << ending.name;
     }
 }
 

@@ -28,7 +28,7 @@ TEST_F(MenuOpenTest, EitherButtonOpensTheMenuBesideTheIcon) {
         const HWND menu = OpenMenuByIcon(program, button);
         ASSERT_NE(menu, nullptr) << NameOf(button);
         const RECT rect = WindowRect(menu);
-        const POINT icon = TrayIconCentre().value_or(POINT{});
+        const POINT icon = TrayIconCentre(program.ControlWindow()).value_or(POINT{});
         EXPECT_TRUE(IsInside(rect, screen)) << NameOf(button);
         EXPECT_GE(rect.right, icon.x - 40) << NameOf(button);
         EXPECT_GE(rect.bottom, icon.y - 40) << NameOf(button);
@@ -94,7 +94,7 @@ TEST_F(MenuOpenTest, SecondClickOnTheIconDoesNoHarm) {
     const Program program = StartedProgram();
     for (const MouseButton button : Buttons) {
         ASSERT_NE(OpenMenuByIcon(program), nullptr) << NameOf(button);
-        Click(TrayIconCentre().value_or(POINT{}), button);
+        Click(TrayIconCentre(program.ControlWindow()).value_or(POINT{}), button);
         EXPECT_TRUE(sentinel.WaitForTimedPass()) << NameOf(button);
         EXPECT_LE(MenuWindows(program).size(), 1U) << NameOf(button);
         EXPECT_TRUE(DismissMenu(program)) << NameOf(button);

@@ -197,12 +197,13 @@ TEST_F(MenuRunningTest, ExitReleasesTheWindowsAndEndsTheProcess) {
     for (const Front& front : Fronts) {
         const Program program = StartedProgram();
         ASSERT_TRUE(BecomesTopmost(target)) << front.name;
-        ASSERT_TRUE(WaitUntil([] { return TrayIconPresent(); })) << front.name;
+        const HWND control = program.ControlWindow();
+        ASSERT_TRUE(TrayIconPresent(control)) << front.name;
         ASSERT_NE(front.open(program), nullptr) << front.name;
         ASSERT_TRUE(program.PostCommand(ExitCommand)) << front.name;
         EXPECT_EQ(program.WaitForExit(), 0U) << front.name;
         EXPECT_FALSE(IsTopmost(target)) << front.name;
-        EXPECT_FALSE(TrayIconPresent()) << front.name;
+        EXPECT_FALSE(TrayIconPresent(control)) << front.name;
         EXPECT_EQ(front.find(program), nullptr) << front.name;
         EXPECT_EQ(ReadSettings(), "Target\n") << front.name;
         const Program next;

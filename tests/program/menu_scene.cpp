@@ -123,10 +123,11 @@ bool MenuCloses(const Program& program) {
 }
 
 HWND OpenMenuByIcon(const Program& program, MouseButton button) {
-    if (!WaitUntil([] { return TrayIconPresent(); })) {
+    std::optional<POINT> icon;
+    if (!WaitUntil([&] { return (icon = TrayIconCentre(program.ControlWindow())).has_value(); })) {
         return nullptr;
     }
-    Click(TrayIconCentre().value_or(POINT{}), button);
+    Click(*icon, button);
     return WaitForMenu(program);
 }
 

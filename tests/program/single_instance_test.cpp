@@ -22,8 +22,8 @@ TEST_F(SingleInstanceTest, SecondStartEndsAndLeavesTheFirstUndisturbed) {
     const Sentinel sentinel(actor);
     const Program first = StartedProgram();
     ASSERT_TRUE(BecomesTopmost(target));
-    ASSERT_TRUE(WaitUntil([] { return TrayIconPresent(); }));
     const HWND control = first.ControlWindow();
+    ASSERT_TRUE(TrayIconPresent(control));
 
     EXPECT_EQ(RunProgram(L""), 0U);
 
@@ -31,7 +31,7 @@ TEST_F(SingleInstanceTest, SecondStartEndsAndLeavesTheFirstUndisturbed) {
     EXPECT_TRUE(first.IsRunning());
     EXPECT_EQ(first.ControlWindow(), control);
     EXPECT_TRUE(IsTopmost(target));
-    EXPECT_EQ(TrayIcons().size(), 1U);
+    EXPECT_TRUE(TrayIconPresent(control));
     EXPECT_EQ(ReadSettings(), "Sentinel\nTarget\n");
 }
 

@@ -16,13 +16,6 @@ bool MenuIsOpen() {
     return !VisibleWindowsOfClass(L"#32768").empty();
 }
 
-TEST_F(TrayTest, IconCarriesTheNameOfTheProgram) {
-    const Program program = StartedProgram();
-    ASSERT_TRUE(WaitUntil([] { return TrayIconPresent(); }));
-    EXPECT_EQ(TrayIcons().size(), 1U);
-    EXPECT_EQ(TrayIconTip(), L"Morvane");
-}
-
 TEST_F(TrayTest, IconIsAddedOnceInTheClassicForm) {
     const TrayRecorder recorder;
     const Program program = StartedProgram();
@@ -93,25 +86,14 @@ TEST_F(TrayTest, BalloonLeavesIconAndTipAlone) {
     EXPECT_EQ(balloon.timeout, 0U);
 }
 
-TEST_F(TrayTest, BalloonAppearsOnTheScreen) {
-    const Program program = StartedProgram();
-    ASSERT_TRUE(WaitUntil([] { return TrayIconPresent(); }));
-    ASSERT_TRUE(program.SendCommand(StartWithWindowsCommand));
-    EXPECT_TRUE(WaitUntil([] {
-        const std::optional<Balloon> balloon = ShownBalloon();
-        return balloon && balloon->text == L"Morvane will start when you sign in to Windows.";
-    }));
-    EXPECT_EQ(TrayIcons().size(), 1U);
-    EXPECT_EQ(TrayIconTip(), L"Morvane");
-}
-
 TEST_F(TrayTest, HoveringAndPressingOpenNothing) {
     ASSERT_TRUE(WriteSettings("Sentinel\n"));
     Actor actor;
     const Sentinel sentinel(actor);
     const Program program = StartedProgram();
-    ASSERT_TRUE(WaitUntil([] { return TrayIconPresent(); }));
-    const POINT icon = TrayIconCentre().value_or(POINT{});
+    const HWND control = program.ControlWindow();
+    ASSERT_TRUE(WaitUntil([=] { return TrayIconCentre(control).has_value(); }));
+    const POINT icon = TrayIconCentre(control).value_or(POINT{});
     MovePointer({icon.x - 2, icon.y});
     MovePointer(icon);
     EXPECT_TRUE(sentinel.WaitForTimedPass());

@@ -6,6 +6,7 @@
 #include "base/win_shell.h"
 #include "support/test_environment.h"
 #include "support/tray.h"
+#include "support/tray_relay.h"
 #include "support/window_state.h"
 
 namespace morvane::test {
@@ -60,8 +61,13 @@ bool AnswersWithin(HWND window, UINT message, WPARAM wParam, std::chrono::millis
 
 }  // namespace
 
+std::wstring ProgramPath() {
+    return RequiredPath(IsTrayRecorded() ? L"MORVANE_TEST_FAULTY_PROGRAM"
+                                         : L"MORVANE_TEST_PROGRAM");
+}
+
 Program::Program(const std::wstring& arguments, const Environment& changes)
-    : Program(StartSafely(RequiredPath(L"MORVANE_TEST_PROGRAM"), arguments, changes)) {}
+    : Program(StartSafely(ProgramPath(), arguments, changes)) {}
 
 Program::Program(ChildProcess child) : process_(std::move(child.process)), processId_(child.id) {}
 
@@ -71,7 +77,7 @@ Program Program::FromFile(const std::wstring& executable, const std::wstring& ar
 }
 
 std::vector<Program> Program::SeveralAtOnce(std::size_t count) {
-    const std::wstring executable = RequiredPath(L"MORVANE_TEST_PROGRAM");
+    const std::wstring executable = ProgramPath();
     std::vector<KernelHandle> threads;
     std::vector<Program> programs;
     for (std::size_t i = 0; i < count; ++i) {

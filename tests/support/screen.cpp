@@ -33,6 +33,39 @@ COLORREF ColourFromDib(DWORD pixel) {
     return RGB((pixel >> 16) & 0xFFU, (pixel >> 8) & 0xFFU, pixel & 0xFFU);
 }
 
+// What draw(context) draws into a black picture; empty if it returns FALSE.
+template <typename Draw>
+Picture Drawn(int width, int height, Draw draw) {
+    const ScreenContext screen(GetDC(nullptr));
+    const MemoryContext memory(CreateCompatibleDC(screen.get()));
+    BITMAPINFO format{};
+    format.bmiHeader.biSize = sizeof(format.bmiHeader);
+    format.bmiHeader.biWidth = width;
+    // A negative height asks for the top row first.
+    format.bmiHeader.biHeight = -height;
+    format.bmiHeader.biPlanes = 1;
+    format.bmiHeader.biBitCount = 32;
+    format.bmiHeader.biCompression = BI_RGB;
+    void* bits = nullptr;
+    const Bitmap bitmap(CreateDIBSection(screen.get(), &format, DIB_RGB_COLORS, &bits, nullptr, 0));
+    if (!bitmap || bits == nullptr) {
+        return {};
+    }
+    const HGDIOBJ previous = SelectObject(memory.get(), bitmap.get());
+    const BOOL drawn = draw(memory.get());
+    GdiFlush();
+    SelectObject(memory.get(), previous);
+    if (drawn == FALSE) {
+        return {};
+    }
+    Picture picture{width, height, {}};
+    const auto* first = static_cast<const DWORD*>(bits);
+    const std::size_t count = static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
+    picture.pixels.resize(count);
+    std::transform(first, first + count, picture.pixels.begin(), ColourFromDib);
+    return picture;
+}
+
 }  // namespace
 
 std::optional<COLORREF> PixelAt(POINT at) {
@@ -46,38 +79,20 @@ std::size_t Picture::Count(COLORREF colour) const {
 }
 
 Picture CaptureScreen(const RECT& part) {
-    Picture picture;
-    picture.width = part.right - part.left;
-    picture.height = part.bottom - part.top;
-    const ScreenContext screen(GetDC(nullptr));
-    const MemoryContext memory(CreateCompatibleDC(screen.get()));
-    BITMAPINFO format{};
-    format.bmiHeader.biSize = sizeof(format.bmiHeader);
-    format.bmiHeader.biWidth = picture.width;
-    // A negative height asks for the top row first.
-    format.bmiHeader.biHeight = -picture.height;
-    format.bmiHeader.biPlanes = 1;
-    format.bmiHeader.biBitCount = 32;
-    format.bmiHeader.biCompression = BI_RGB;
-    void* bits = nullptr;
-    const Bitmap bitmap(CreateDIBSection(screen.get(), &format, DIB_RGB_COLORS, &bits, nullptr, 0));
-    if (!bitmap || bits == nullptr) {
-        return {};
-    }
-    const HGDIOBJ previous = SelectObject(memory.get(), bitmap.get());
-    const BOOL copied = BitBlt(memory.get(), 0, 0, picture.width, picture.height, screen.get(),
-                               part.left, part.top, SRCCOPY);
-    GdiFlush();
-    SelectObject(memory.get(), previous);
-    if (copied == FALSE) {
-        return {};
-    }
-    const auto* first = static_cast<const DWORD*>(bits);
-    const std::size_t count =
-        static_cast<std::size_t>(picture.width) * static_cast<std::size_t>(picture.height);
-    picture.pixels.resize(count);
-    std::transform(first, first + count, picture.pixels.begin(), ColourFromDib);
-    return picture;
+    const int width = part.right - part.left;
+    const int height = part.bottom - part.top;
+    return Drawn(width, height, [&](HDC memory) {
+        const ScreenContext screen(GetDC(nullptr));
+        return BitBlt(memory, 0, 0, width, height, screen.get(), part.left, part.top, SRCCOPY);
+    });
+}
+
+Picture DrawIcon(HICON icon, int size, COLORREF background) {
+    return Drawn(size, size, [=](HDC memory) {
+        SetDCBrushColor(memory, background);
+        return DrawIconEx(memory, 0, 0, icon, size, size, 0,
+                          static_cast<HBRUSH>(GetStockObject(DC_BRUSH)), DI_NORMAL);
+    });
 }
 
 }  // namespace morvane::test

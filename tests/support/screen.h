@@ -26,4 +26,7 @@ struct Picture {
 // A copy of part of the screen; empty on failure.
 [[nodiscard]] Picture CaptureScreen(const RECT& part);
 
+// An icon at a size in pixels; empty on failure.
+[[nodiscard]] Picture DrawIcon(HICON icon, int size, COLORREF background);
+
 }  // namespace morvane::test

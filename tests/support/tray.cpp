@@ -1,120 +1,111 @@
 #include "support/tray.h"
 
+#include <algorithm>
 #include <array>
+#include <cstdlib>
+#include <limits>
+#include <string>
+#include <vector>
 
 #include "base/owners.h"
+#include "base/win_shell.h"
+#include "support/screen.h"
 #include "support/window_state.h"
-
-#include <commctrl.h>
 
 namespace morvane::test {
 namespace {
 
-constexpr std::size_t MaxTipUnits = 256;
-constexpr UINT AnswerMilliseconds = 2'000;
+constexpr UINT IconId = 1;
+constexpr WORD ProgramIcon = 101;
+constexpr int Sizes[] = {16, 20, 24, 32};  // in the taskbar, in pixels
+constexpr int Tolerance = 24;              // of 255, of each colour, on the average
 
-// The buffer for TTM_ENUMTOOLSW, laid out in the other process.
-struct RemoteTool {
-    TOOLINFOW info;
-    std::array<wchar_t, MaxTipUnits> text;
+struct IconPixel {
+    int x;
+    int y;
+    COLORREF colour;
 };
 
-struct ToolOfWindow {
-    HWND owner = nullptr;
-    RECT rect{};  // client pixels of the owner
-    std::wstring text;
+struct Match {
+    RECT rect{};
+    int difference = Tolerance;
 };
 
-// Memory in another process, large enough for one RemoteTool.
-class RemoteBlock {
-public:
-    explicit RemoteBlock(DWORD processId)
-        : process_(OpenProcess(PROCESS_VM_OPERATION | PROCESS_VM_READ | PROCESS_VM_WRITE, FALSE,
-                               processId)) {
-        if (process_) {
-            address_ = VirtualAllocEx(process_.get(), nullptr, sizeof(RemoteTool),
-                                      MEM_COMMIT | MEM_RESERVE, PAGE_READWRITE);
-        }
+std::wstring FileOf(HWND window) {
+    constexpr DWORD Longest = 32'768;
+    const KernelHandle process(
+        OpenProcess(PROCESS_QUERY_LIMITED_INFORMATION, FALSE, ProcessOf(window)));
+    std::wstring path(Longest, L'\0');
+    DWORD length = Longest;
+    if (QueryFullProcessImageNameW(process.get(), 0, path.data(), &length) == FALSE) {
+        length = 0;
     }
-    RemoteBlock(const RemoteBlock&) = delete;
-    RemoteBlock& operator=(const RemoteBlock&) = delete;
-    RemoteBlock(RemoteBlock&&) = delete;
-    RemoteBlock& operator=(RemoteBlock&&) = delete;
-    ~RemoteBlock() {
-        if (address_ != nullptr) {
-            VirtualFreeEx(process_.get(), address_, 0, MEM_RELEASE);
-        }
-    }
-
-    [[nodiscard]] bool Write(const RemoteTool& tool) const {
-        return address_ != nullptr &&
-               WriteProcessMemory(process_.get(), address_, &tool, sizeof(tool), nullptr) != FALSE;
-    }
-    [[nodiscard]] bool Read(RemoteTool& tool) const {
-        return ReadProcessMemory(process_.get(), address_, &tool, sizeof(tool), nullptr) != FALSE;
-    }
-    [[nodiscard]] LPARAM Address() const { return reinterpret_cast<LPARAM>(address_); }
-    [[nodiscard]] wchar_t* TextAddress() const {
-        return reinterpret_cast<wchar_t*>(static_cast<char*>(address_) +
-                                          offsetof(RemoteTool, text));
-    }
-
-private:
-    KernelHandle process_;
-    void* address_ = nullptr;
-};
-
-std::optional<LRESULT> Ask(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
-    DWORD_PTR result = 0;
-    if (SendMessageTimeoutW(window, message, wParam, lParam, SMTO_ABORTIFHUNG, AnswerMilliseconds,
-                            &result) == 0) {
-        return std::nullopt;
-    }
-    return static_cast<LRESULT>(result);
+    path.resize(length);
+    return path;
 }
 
-std::vector<ToolOfWindow> ToolsOf(HWND tooltip) {
-    std::vector<ToolOfWindow> tools;
-    const LRESULT count = Ask(tooltip, TTM_GETTOOLCOUNT, 0, 0).value_or(0);
-    const RemoteBlock block(ProcessOf(tooltip));
-    for (LRESULT index = 0; index < count; ++index) {
-        RemoteTool tool{};
-        tool.info.cbSize = sizeof(tool.info);
-        tool.info.lpszText = block.TextAddress();
-        if (!block.Write(tool) ||
-            Ask(tooltip, TTM_ENUMTOOLSW, static_cast<WPARAM>(index), block.Address()).value_or(0) ==
-                0 ||
-            !block.Read(tool)) {
-            continue;
-        }
-        tool.text.back() = L'\0';
-        tools.push_back({tool.info.hwnd, tool.info.rect, tool.text.data()});
-    }
-    return tools;
-}
-
-std::vector<HWND> ShellTooltips(HWND taskbar) {
-    std::vector<HWND> tooltips;
-    for (const HWND window : TopLevelWindows()) {
-        if (ProcessOf(window) == ProcessOf(taskbar) && WindowClass(window) == TOOLTIPS_CLASSW) {
-            tooltips.push_back(window);
+// The pixels that do not let the background through.
+std::vector<IconPixel> OpaquePixels(HICON icon, int size) {
+    const Picture onBlack = DrawIcon(icon, size, RGB(0, 0, 0));
+    const Picture onWhite = DrawIcon(icon, size, RGB(255, 255, 255));
+    std::vector<IconPixel> pixels;
+    for (int y = 0; y < onBlack.height; ++y) {
+        for (int x = 0; x < onBlack.width; ++x) {
+            if (onBlack.At(x, y) == onWhite.At(x, y)) {
+                pixels.push_back({x, y, onBlack.At(x, y)});
+            }
         }
     }
-    return tooltips;
+    return pixels;
 }
 
-// Visibility proves nothing: Wine shows the taskbar only while it holds icons.
-HWND ShellTaskbar() {
-    HWND taskbar = nullptr;
-    do {
-        taskbar = FindWindowExW(nullptr, taskbar, L"Shell_TrayWnd", nullptr);
-        // A stand-in may belong to this process.
-    } while (taskbar != nullptr && ProcessOf(taskbar) == GetCurrentProcessId());
-    return taskbar;
+int Difference(COLORREF one, COLORREF other) {
+    return std::abs(GetRValue(one) - GetRValue(other)) +
+           std::abs(GetGValue(one) - GetGValue(other)) +
+           std::abs(GetBValue(one) - GetBValue(other));
 }
 
-bool IsBalloonWindow(HWND tooltip) {
-    return (GetWindowLongPtrW(tooltip, GWL_STYLE) & TTS_BALLOON) != 0;
+// The average difference between the icon and a place of the screen; at least the limit if it
+// cannot be below it.
+int DifferenceAt(const Picture& screen, int left, int top, const std::vector<IconPixel>& icon,
+                 int limit) {
+    constexpr int Colours = 3;
+    const int pixels = static_cast<int>(icon.size()) * Colours;
+    int sum = 0;
+    for (const IconPixel& pixel : icon) {
+        sum += Difference(screen.At(left + pixel.x, top + pixel.y), pixel.colour);
+        if (sum >= limit * pixels) {
+            return limit;
+        }
+    }
+    return sum / pixels;
+}
+
+void Improve(Match& best, const Picture& screen, HICON icon, int size) {
+    const std::vector<IconPixel> pixels = OpaquePixels(icon, size);
+    for (int top = 0; !pixels.empty() && top + size <= screen.height; ++top) {
+        for (int left = 0; left + size <= screen.width; ++left) {
+            const int difference = DifferenceAt(screen, left, top, pixels, best.difference);
+            if (difference < best.difference) {
+                best = {{left, top, left + size, top + size}, difference};
+            }
+        }
+    }
+}
+
+std::optional<RECT> FindOnScreen(HWND owner) {
+    const Module file(LoadLibraryExW(FileOf(owner).c_str(), nullptr, LOAD_LIBRARY_AS_DATAFILE));
+    HICON icon = file ? LoadIconW(file.get(), MAKEINTRESOURCEW(ProgramIcon)) : nullptr;
+    if (icon == nullptr) {
+        icon = LoadIconW(nullptr, IDI_APPLICATION);
+    }
+    const RECT whole{0, 0, GetSystemMetrics(SM_CXSCREEN), GetSystemMetrics(SM_CYSCREEN)};
+    const Picture screen = CaptureScreen(whole);
+    Match best;
+    for (const int size : Sizes) {
+        Improve(best, screen, icon, size);
+    }
+    return best.difference < Tolerance ? std::optional(best.rect) : std::nullopt;
 }
 
 }  // namespace
@@ -122,64 +113,35 @@ bool IsBalloonWindow(HWND tooltip) {
 bool WaitForTaskbar(std::chrono::milliseconds timeout) {
     // Makes Wine start the shell, which searching for windows does not.
     GetDesktopWindow();
-    return WaitUntil([] { return ShellTaskbar() != nullptr; }, timeout);
+    return WaitUntil([] { return FindWindowW(L"Shell_TrayWnd", nullptr) != nullptr; }, timeout);
 }
 
-std::vector<TrayIcon> TrayIcons() {
-    std::vector<TrayIcon> icons;
-    const HWND taskbar = ShellTaskbar();
-    if (taskbar == nullptr) {
-        return icons;
-    }
-    for (const HWND tooltip : ShellTooltips(taskbar)) {
-        if (IsBalloonWindow(tooltip)) {
-            continue;
-        }
-        for (ToolOfWindow& tool : ToolsOf(tooltip)) {
-            if (tool.owner != taskbar || IsRectEmpty(&tool.rect) != FALSE) {
-                continue;
-            }
-            RECT rect = tool.rect;
-            MapWindowPoints(taskbar, nullptr, reinterpret_cast<POINT*>(&rect), 2);
-            icons.push_back({rect, std::move(tool.text)});
-        }
-    }
-    return icons;
+bool TrayIconPresent(HWND owner) {
+    NOTIFYICONDATAW nothingNew{};
+    nothingNew.cbSize = sizeof(nothingNew);
+    nothingNew.hWnd = owner;
+    nothingNew.uID = IconId;
+    return Shell_NotifyIconW(NIM_MODIFY, &nothingNew) != FALSE;
 }
 
-bool TrayIconPresent() {
-    return !TrayIcons().empty();
+std::optional<RECT> TrayIconRect(HWND owner) {
+    NOTIFYICONIDENTIFIER icon{};
+    icon.cbSize = sizeof(icon);
+    icon.hWnd = owner;
+    icon.uID = IconId;
+    RECT rect{};
+    const HRESULT told = Shell_NotifyIconGetRect(&icon, &rect);
+    if (told != E_NOTIMPL) {
+        return SUCCEEDED(told) ? std::optional(rect) : std::nullopt;
+    }
+    return TrayIconPresent(owner) ? FindOnScreen(owner) : std::nullopt;
 }
 
-std::optional<POINT> TrayIconCentre() {
-    const std::vector<TrayIcon> icons = TrayIcons();
-    if (icons.empty()) {
-        return std::nullopt;
-    }
-    const RECT& rect = icons.front().rect;
-    return POINT{(rect.left + rect.right) / 2, (rect.top + rect.bottom) / 2};
-}
-
-std::optional<std::wstring> TrayIconTip() {
-    const std::vector<TrayIcon> icons = TrayIcons();
-    return icons.empty() ? std::nullopt : std::optional<std::wstring>(icons.front().tip);
-}
-
-std::optional<Balloon> ShownBalloon() {
-    const HWND taskbar = ShellTaskbar();
-    if (taskbar == nullptr) {
-        return std::nullopt;
-    }
-    for (const HWND tooltip : ShellTooltips(taskbar)) {
-        if (!IsBalloonWindow(tooltip) || IsWindowVisible(tooltip) == FALSE) {
-            continue;
-        }
-        std::vector<ToolOfWindow> tools = ToolsOf(tooltip);
-        if (!tools.empty()) {
-            return Balloon{WindowRect(tooltip), std::move(tools.front().text)};
-        }
-    }
-    return std::nullopt;
+std::optional<POINT> TrayIconCentre(HWND owner) {
+    const std::optional<RECT> rect = TrayIconRect(owner);
+    return rect ? std::optional(
+                      POINT{(rect->left + rect->right) / 2, (rect->top + rect->bottom) / 2})
+                : std::nullopt;
 }
 
 }  // namespace morvane::test

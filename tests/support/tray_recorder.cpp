@@ -1,14 +1,14 @@
 #include "support/tray_recorder.h"
 
-#include <array>
 #include <atomic>
 #include <cstring>
 #include <mutex>
 #include <stdexcept>
-#include <string_view>
 #include <thread>
 
+#include "support/import_patch.h"
 #include "support/test_files.h"
+#include "support/tray_relay.h"
 #include "support/window_state.h"
 
 namespace morvane::test {
@@ -22,83 +22,48 @@ struct TrayRecorder::Shared {
     std::atomic<HWND> window = nullptr;
     std::atomic<bool> failed = false;
     std::thread thread;
+    ImportPatch<decltype(&Shell_NotifyIconW)> patch{"Shell_NotifyIconW", RelayTrayCall};
 };
 
 namespace {
 
-constexpr const wchar_t* TaskbarClass = L"Shell_TrayWnd";
+constexpr const wchar_t* RecorderClass = L"MorvaneTrayRecorder";
 
-// The struct that Wine's shell32 sends: window handles travel as 32-bit numbers.
-struct TrayMessage {
-    std::uint32_t window;
-    std::uint32_t id;
-    std::uint32_t flags;
-    std::uint32_t callbackMessage;
-    std::array<wchar_t, 128> tip;
-    std::uint32_t state;
-    std::uint32_t stateMask;
-    std::array<wchar_t, 256> info;
-    std::uint32_t timeout;
-    std::array<wchar_t, 64> infoTitle;
-    std::uint32_t infoFlags;
-    GUID item;
-    std::uint32_t iconWidth;
-    std::uint32_t iconHeight;
-    std::uint32_t iconPlanes;
-    std::uint32_t iconBitsPerPixel;
-};
-static_assert(offsetof(TrayMessage, info) == 280 && offsetof(TrayMessage, infoTitle) == 796 &&
-              offsetof(TrayMessage, infoFlags) == 924 && sizeof(TrayMessage) == 960);
-
-template <std::size_t Size>
-std::wstring TextOf(const std::array<wchar_t, Size>& buffer) {
-    const std::wstring_view all(buffer.data(), buffer.size());
-    return std::wstring(all.substr(0, all.find(L'\0')));
-}
-
-// FNV-1a: the same picture gives the same number in every process and on every run.
-std::uint64_t HashOf(const unsigned char* bytes, std::size_t count) {
-    std::uint64_t hash = 0xCBF29CE484222325U;
-    for (std::size_t i = 0; i < count; ++i) {
-        hash = (hash ^ bytes[i]) * 0x100000001B3U;
-    }
-    return hash;
-}
-
-TrayCall CallFrom(const COPYDATASTRUCT& data) {
-    TrayMessage message{};
-    std::memcpy(&message, data.lpData, sizeof(message));
+TrayCall CallFrom(const RelayedTrayCall& relayed) {
+    const NOTIFYICONDATAW& data = relayed.data;
     TrayCall call;
-    call.message = static_cast<DWORD>(data.dwData);
-    call.window = reinterpret_cast<HWND>(static_cast<INT_PTR>(message.window));
-    call.id = message.id;
-    call.flags = message.flags;
-    call.callbackMessage = message.callbackMessage;
-    call.tip = TextOf(message.tip);
-    call.state = message.state;
-    call.stateMask = message.stateMask;
-    call.info = TextOf(message.info);
-    call.timeout = message.timeout;
-    call.infoTitle = TextOf(message.infoTitle);
-    call.infoFlags = message.infoFlags;
-    call.iconWidth = static_cast<int>(message.iconWidth);
-    call.iconHeight = static_cast<int>(message.iconHeight);
-    // Mask and colours follow the struct.
-    if (data.cbData > sizeof(message)) {
-        call.pictureHash = HashOf(static_cast<const unsigned char*>(data.lpData) + sizeof(message),
-                                  data.cbData - sizeof(message));
-    }
+    call.message = relayed.message;
+    call.size = data.cbSize;
+    call.window = data.hWnd;
+    call.id = data.uID;
+    call.flags = data.uFlags;
+    call.callbackMessage = data.uCallbackMessage;
+    call.icon = data.hIcon;
+    call.tip = data.szTip;
+    call.state = data.dwState;
+    call.stateMask = data.dwStateMask;
+    call.info = data.szInfo;
+    call.timeout = data.uTimeout;
+    call.infoTitle = data.szInfoTitle;
+    call.infoFlags = data.dwInfoFlags;
+    call.item = data.guidItem;
+    call.balloonIcon = data.hBalloonIcon;
+    call.iconWidth = relayed.iconSize.cx;
+    call.iconHeight = relayed.iconSize.cy;
+    call.pictureHash = relayed.pictureHash;
     return call;
 }
 
 LRESULT RecordCall(TrayRecorder::Shared& shared, const COPYDATASTRUCT& data) {
-    if (data.cbData < sizeof(TrayMessage)) {
+    RelayedTrayCall relayed;
+    if (data.cbData != sizeof(relayed)) {
         return FALSE;
     }
+    std::memcpy(&relayed, data.lpData, sizeof(relayed));
     LARGE_INTEGER now{};
     QueryPerformanceCounter(&now);
     const std::scoped_lock lock(shared.mutex);
-    TrayCall call = CallFrom(data);
+    TrayCall call = CallFrom(relayed);
     call.arrival = now.QuadPart;
     call.watchedWindowTopmost = shared.watchedWindow != nullptr && IsTopmost(shared.watchedWindow);
     call.watchedPathExists = !shared.watchedPath.empty() && PathExists(shared.watchedPath);
@@ -110,7 +75,7 @@ LRESULT RecordCall(TrayRecorder::Shared& shared, const COPYDATASTRUCT& data) {
     return TRUE;
 }
 
-LRESULT CALLBACK TaskbarProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+LRESULT CALLBACK RecorderProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
     auto* shared =
         reinterpret_cast<TrayRecorder::Shared*>(GetWindowLongPtrW(window, GWLP_USERDATA));
     if (message == WM_COPYDATA && shared != nullptr) {
@@ -127,18 +92,16 @@ LRESULT CALLBACK TaskbarProc(HWND window, UINT message, WPARAM wParam, LPARAM lP
     return DefWindowProcW(window, message, wParam, lParam);
 }
 
-void RunTaskbar(TrayRecorder::Shared& shared) {
+void RunRecorder(TrayRecorder::Shared& shared) {
     const HINSTANCE self = GetModuleHandleW(nullptr);
-    WNDCLASSW taskbarClass{};
-    taskbarClass.lpfnWndProc = TaskbarProc;
-    taskbarClass.hInstance = self;
-    taskbarClass.lpszClassName = TaskbarClass;
+    WNDCLASSW recorderClass{};
+    recorderClass.lpfnWndProc = RecorderProc;
+    recorderClass.hInstance = self;
+    recorderClass.lpszClassName = RecorderClass;
     // Fails harmlessly if an earlier recorder has registered it.
-    RegisterClassW(&taskbarClass);
-    // Topmost, so that it is found before the shell's own taskbar. Never shown and untitled, so
-    // that the program under test ignores it.
-    const HWND window = CreateWindowExW(WS_EX_TOPMOST | WS_EX_TOOLWINDOW, TaskbarClass, L"",
-                                        WS_POPUP, 0, 0, 0, 0, nullptr, nullptr, self, nullptr);
+    RegisterClassW(&recorderClass);
+    const HWND window =
+        CreateWindowExW(0, RecorderClass, L"", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, self, nullptr);
     if (window == nullptr) {
         shared.failed = true;
         return;
@@ -155,19 +118,20 @@ void RunTaskbar(TrayRecorder::Shared& shared) {
 
 TrayRecorder::TrayRecorder() : shared_(std::make_unique<Shared>()) {
     Shared& shared = *shared_;
-    shared.thread = std::thread([&shared] { RunTaskbar(shared); });
+    shared.thread = std::thread([&shared] { RunRecorder(shared); });
     while (shared.window == nullptr && !shared.failed) {
         std::this_thread::yield();
     }
-    const bool found = FindWindowExW(nullptr, nullptr, TaskbarClass, nullptr) == shared.window;
-    if (shared.failed || !found) {
-        PostMessageW(shared.window, WM_CLOSE, 0, 0);
+    if (shared.failed) {
         shared.thread.join();
-        throw std::runtime_error("the taskbar cannot be replaced");
+        throw std::runtime_error("the tray cannot be recorded");
     }
+    const auto handle = reinterpret_cast<std::uintptr_t>(shared.window.load());
+    SetEnvironmentVariableW(TrayRecorderVariable, std::to_wstring(handle).c_str());
 }
 
 TrayRecorder::~TrayRecorder() {
+    SetEnvironmentVariableW(TrayRecorderVariable, nullptr);
     PostMessageW(shared_->window, WM_CLOSE, 0, 0);
     shared_->thread.join();
 }

@@ -9,13 +9,15 @@
 
 namespace morvane::test {
 
-// One call of Shell_NotifyIconW as it reached the taskbar.
+// One call of Shell_NotifyIconW, as it was made.
 struct TrayCall {
     DWORD message = 0;  // NIM_ADD, NIM_MODIFY, NIM_DELETE, ...
+    DWORD size = 0;     // cbSize
     HWND window = nullptr;
     UINT id = 0;
     UINT flags = 0;  // NIF_...
     UINT callbackMessage = 0;
+    HICON icon = nullptr;  // a handle of the calling process
     std::wstring tip;
     DWORD state = 0;
     DWORD stateMask = 0;
@@ -23,19 +25,23 @@ struct TrayCall {
     UINT timeout = 0;
     std::wstring infoTitle;
     DWORD infoFlags = 0;  // NIIF_...
-    int iconWidth = 0;    // 0 without an icon; pixels
+    GUID item{};
+    HICON balloonIcon = nullptr;
+    int iconWidth = 0;  // 0 without an icon; pixels
     int iconHeight = 0;
-    std::uint64_t pictureHash = 0;  // hash of the icon's bits; 0 without an icon
+    std::uint64_t pictureHash = 0;  // hash of the icon's picture; 0 without an icon
     std::int64_t arrival = 0;       // QueryPerformanceCounter
     // State of what TrayRecorder::Watch names, when the call arrived and before it was answered.
     bool watchedWindowTopmost = false;
     bool watchedPathExists = false;
 };
 
-// Stands in for the session's taskbar while it lives: tray icon calls reach it instead of the
-// shell. Runs on its own thread, so that the test may block. Relies on the form in which Wine 8
-// passes the calls on; does not record cbSize and the GUID, and only a hash of the picture's bits.
-// Only one at a time; throws std::runtime_error if the stand-in cannot be created.
+// Receives the tray calls of this process and of the program while it lives; none of them reaches
+// the shell. It exchanges the import of this executable. The program as it is shipped cannot be
+// watched: support/program.h starts morvane_faulty.exe in its place, which is made of the same
+// object files and exchanges its import too. A program that runs already is not recorded. Answers
+// on its own thread, so that the test may block. Only one at a time; throws std::runtime_error if
+// it cannot be created.
 class TrayRecorder {
 public:
     TrayRecorder();

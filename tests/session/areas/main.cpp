@@ -37,11 +37,9 @@ using Areas = std::vector<RECT>;
 enum ExitStatus : int { Done = 0, NotDone = 1, WrongArguments = 2 };
 
 Areas IconAreas() {
-    Areas areas;
-    for (const test::TrayIcon& icon : test::TrayIcons()) {
-        areas.push_back(icon.rect);
-    }
-    return areas;
+    HWND const control = FindWindowExW(HWND_MESSAGE, nullptr, L"MorvaneHiddenWindow", nullptr);
+    const std::optional<RECT> icon = test::TrayIconRect(control);
+    return icon ? Areas{*icon} : Areas{};
 }
 
 Areas MenuAreas() {
@@ -65,13 +63,18 @@ Areas AboutAreas() {
     return areas;
 }
 
-Areas BalloonAreas() {
-    const std::optional<test::Balloon> balloon = test::ShownBalloon();
-    return balloon ? Areas{balloon->rect} : Areas{};
-}
-
 bool IsTip(HWND tooltip) {
     return (GetWindowLongPtrW(tooltip, GWL_STYLE) & TTS_BALLOON) == 0;
+}
+
+Areas BalloonAreas() {
+    Areas areas;
+    for (const HWND tooltip : test::VisibleWindowsOfClass(TOOLTIPS_CLASSW)) {
+        if (!IsTip(tooltip)) {
+            areas.push_back(test::WindowRect(tooltip));
+        }
+    }
+    return areas;
 }
 
 bool NoTips() {
