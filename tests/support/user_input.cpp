@@ -3,6 +3,7 @@
 #include <array>
 #include <stdexcept>
 
+#include "support/screen.h"
 #include "support/wait.h"
 
 namespace morvane::test {
@@ -44,18 +45,33 @@ DWORD ReleaseOf(MouseButton button) {
     return button == MouseButton::Left ? MOUSEEVENTF_LEFTUP : MOUSEEVENTF_RIGHTUP;
 }
 
+bool PointerIsAt(POINT at) {
+    POINT now{};
+    return GetCursorPos(&now) != FALSE && now.x == at.x && now.y == at.y;
+}
+
+// Where a display server keeps the pointer, it is moved too, and reports that to the window below:
+// a second move to the same place, which comes in a moment and may undo a newer one. Two answers of
+// the server show that it has reported, two of the window that it has listened. Elsewhere they are
+// there at once.
+void LetMoveSettle(POINT at) {
+    constexpr UINT PatienceMilliseconds = 1'000;  // the window may hang
+    for (int round = 0; round < 2; ++round) {
+        static_cast<void>(PixelAt(at));
+    }
+    for (int round = 0; round < 2; ++round) {
+        SendMessageTimeoutW(WindowFromPoint(at), WM_NULL, 0, 0, SMTO_ABORTIFHUNG,
+                            PatienceMilliseconds, nullptr);
+    }
+}
+
 }  // namespace
 
 void MovePointer(POINT to) {
-    SendPointer(to);
-    // A late report of the place before may take it back.
     const bool arrived = WaitUntil([to] {
-        POINT now{};
-        if (GetCursorPos(&now) != FALSE && now.x == to.x && now.y == to.y) {
-            return true;
-        }
         SendPointer(to);
-        return false;
+        LetMoveSettle(to);
+        return PointerIsAt(to);
     });
     if (!arrived) {
         throw std::runtime_error("the pointer did not arrive");
@@ -71,7 +87,7 @@ void ReleaseButton(MouseButton button) {
 }
 
 void Click(POINT at, MouseButton button) {
-    SendPointer({at.x - AsidePixels, at.y - AsidePixels});
+    MovePointer({at.x - AsidePixels, at.y - AsidePixels});
     MovePointer(at);
     SendPointer(at, PressOf(button));
     SendPointer(at, ReleaseOf(button));
