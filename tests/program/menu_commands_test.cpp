@@ -137,14 +137,17 @@ TEST_F(MenuCommandsTest, ActiveWindowRowPinsTheWindowInFront) {
 // Whether or not the click deactivates the window before the menu opens, the user means that
 // window.
 TEST_F(MenuCommandsTest, ActiveWindowSurvivesTheClickOnTheIcon) {
-    ASSERT_TRUE(WriteSettings(SettingsText(true, {"Nowhere"})));
+    ASSERT_TRUE(WriteSettings("Sentinel\n"));
     Actor actor;
+    const Sentinel sentinel(actor);
     const HWND target = actor.Create({.title = L"Target", .width = 410, .height = 310});
     const Program program = StartedProgram();
     ASSERT_TRUE(actor.BringToForeground(target));
+    // Seen in front before the click, which may put the taskbar there.
+    ASSERT_TRUE(sentinel.WaitForTimedPass());
     ASSERT_NE(OpenMenuByIcon(program), nullptr);
     ASSERT_TRUE(Choose(program, ActiveWindowRow(), Way::Mouse));
-    EXPECT_TRUE(FileBecomes(SettingsText(true, {"Nowhere", "Target\t410\t310"})));
+    EXPECT_TRUE(FileBecomes(SettingsText(true, {"Sentinel", "Target\t410\t310"})));
 }
 
 // Whatever leads to the icon is in front both when the timer fires and when the menu opens.

@@ -1,5 +1,7 @@
 // Opening and dismissing the tray menu.
 
+#include <algorithm>
+
 #include "program/menu_scene.h"
 #include "support/tray.h"
 
@@ -39,9 +41,8 @@ TEST_F(MenuOpenTest, EitherButtonOpensTheMenuBesideTheIcon) {
         EXPECT_TRUE(IsInside(rect, screen)) << NameOf(button);
         EXPECT_LE(rect.left, pointer.x) << NameOf(button);
         EXPECT_GE(rect.right, pointer.x) << NameOf(button);
-        // Above the pointer, or below it where there is no room above.
-        const bool above = pointer.y > WindowSize(menu).cy;
-        EXPECT_NEAR(above ? rect.bottom : rect.top, pointer.y, 1) << NameOf(button);
+        // Above the pointer where there is room.
+        EXPECT_NEAR(rect.bottom, std::max(pointer.y, WindowSize(menu).cy), 1) << NameOf(button);
         sizes[button == MouseButton::Left ? 0 : 1] = WindowSize(menu);
         EXPECT_TRUE(DismissMenu(program)) << NameOf(button);
     }
