@@ -158,19 +158,19 @@ TEST(HarnessTest, TrayIconCanBeFoundClickedAndSeenToDisappear) {
     ASSERT_TRUE(WaitForTaskbar());
     OwnTrayIcon icon(L"Harness tip");
     EXPECT_FALSE(TrayIconPresent(icon.Window()));
-    EXPECT_FALSE(TrayIconCentre(icon.Window()).has_value());
+    EXPECT_FALSE(TrayIconRect(icon.Window()).has_value());
     ASSERT_TRUE(icon.Add());
     EXPECT_TRUE(TrayIconPresent(icon.Window()));
-    ASSERT_TRUE(WaitUntil([&] { return TrayIconCentre(icon.Window()).has_value(); }));
-    const POINT centre = TrayIconCentre(icon.Window()).value_or(POINT{});
-    Click(centre, MouseButton::Left);
+    const std::optional<POINT> centre = WaitForTrayIcon(icon.Window());
+    ASSERT_TRUE(centre.has_value());
+    Click(*centre, MouseButton::Left);
     EXPECT_TRUE(icon.Hears(WM_LBUTTONUP));
-    Click(centre, MouseButton::Right);
+    Click(*centre, MouseButton::Right);
     EXPECT_TRUE(icon.Hears(WM_RBUTTONUP));
     MovePointer({640, 300});
     EXPECT_TRUE(icon.Remove());
     EXPECT_FALSE(TrayIconPresent(icon.Window()));
-    EXPECT_FALSE(TrayIconCentre(icon.Window()).has_value());
+    EXPECT_FALSE(TrayIconRect(icon.Window()).has_value());
 }
 
 TEST(HarnessTest, RecorderRecordsEveryTrayCallInPlaceOfTheShell) {

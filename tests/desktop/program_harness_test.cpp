@@ -78,7 +78,7 @@ TEST_F(ProgramHarnessTest, RecordedProgramCallsTheRecorderInPlaceOfTheShell) {
     const Program program;
     const HWND control = program.WaitForControlWindow();
     ASSERT_NE(control, nullptr);
-    EXPECT_EQ(recorder.Calls().size(), 1U);
+    ASSERT_EQ(recorder.Calls().size(), 1U);
     EXPECT_EQ(recorder.Calls().back().window, control);
     EXPECT_EQ(program.ExitByCommand(), 0U);
     EXPECT_EQ(recorder.Calls().size(), 2U);

@@ -152,7 +152,7 @@ TEST_F(MenuCommandsTest, ActiveWindowSurvivesTheClickOnTheIcon) {
 
 // Whatever leads to the icon is in front both when the timer fires and when the menu opens.
 TEST_F(MenuCommandsTest, ActiveWindowSurvivesTheTaskBarsAndTheFlyoutOfTheTray) {
-    // Stands in for the taskbar, so that the icon and its balloons are not sent to the actor's.
+    // Keeps the program's calls from the actor's taskbars.
     const TrayRecorder recorder;
     Actor actor;
     const Sentinel sentinel(actor);

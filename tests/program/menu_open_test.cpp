@@ -17,13 +17,6 @@ const char* NameOf(MouseButton button) {
     return button == MouseButton::Left ? "left" : "right";
 }
 
-// On the icon that has just been clicked. Its picture may be under the menu.
-POINT Pointer() {
-    POINT at{};
-    GetCursorPos(&at);
-    return at;
-}
-
 bool IsInside(const RECT& inner, const RECT& outer) {
     return inner.left >= outer.left && inner.top >= outer.top && inner.right <= outer.right &&
            inner.bottom <= outer.bottom;
@@ -32,17 +25,18 @@ bool IsInside(const RECT& inner, const RECT& outer) {
 TEST_F(MenuOpenTest, EitherButtonOpensTheMenuBesideTheIcon) {
     const Program program = StartedProgram();
     const RECT screen{0, 0, GetSystemMetrics(SM_CXSCREEN), GetSystemMetrics(SM_CYSCREEN)};
+    const std::optional<POINT> icon = WaitForTrayIcon(program.ControlWindow());
+    ASSERT_TRUE(icon.has_value());
     SIZE sizes[2] = {};
     for (const MouseButton button : Buttons) {
         const HWND menu = OpenMenuByIcon(program, button);
         ASSERT_NE(menu, nullptr) << NameOf(button);
         const RECT rect = WindowRect(menu);
-        const POINT pointer = Pointer();
         EXPECT_TRUE(IsInside(rect, screen)) << NameOf(button);
-        EXPECT_LE(rect.left, pointer.x) << NameOf(button);
-        EXPECT_GE(rect.right, pointer.x) << NameOf(button);
+        EXPECT_LE(rect.left, icon->x) << NameOf(button);
+        EXPECT_GE(rect.right, icon->x) << NameOf(button);
         // Above the pointer where there is room.
-        EXPECT_NEAR(rect.bottom, std::max(pointer.y, WindowSize(menu).cy), 1) << NameOf(button);
+        EXPECT_NEAR(rect.bottom, std::max(icon->y, WindowSize(menu).cy), 1) << NameOf(button);
         sizes[button == MouseButton::Left ? 0 : 1] = WindowSize(menu);
         EXPECT_TRUE(DismissMenu(program)) << NameOf(button);
     }
@@ -102,9 +96,11 @@ TEST_F(MenuOpenTest, SecondClickOnTheIconDoesNoHarm) {
     Actor actor;
     const Sentinel sentinel(actor);
     const Program program = StartedProgram();
+    const std::optional<POINT> icon = WaitForTrayIcon(program.ControlWindow());
+    ASSERT_TRUE(icon.has_value());
     for (const MouseButton button : Buttons) {
         ASSERT_NE(OpenMenuByIcon(program), nullptr) << NameOf(button);
-        Click(Pointer(), button);
+        Click(*icon, button);
         EXPECT_TRUE(sentinel.WaitForTimedPass()) << NameOf(button);
         EXPECT_LE(MenuWindows(program).size(), 1U) << NameOf(button);
         EXPECT_TRUE(DismissMenu(program)) << NameOf(button);

@@ -123,8 +123,8 @@ bool MenuCloses(const Program& program) {
 }
 
 HWND OpenMenuByIcon(const Program& program, MouseButton button) {
-    std::optional<POINT> icon;
-    if (!WaitUntil([&] { return (icon = TrayIconCentre(program.ControlWindow())).has_value(); })) {
+    const std::optional<POINT> icon = WaitForTrayIcon(program.ControlWindow());
+    if (!icon) {
         return nullptr;
     }
     Click(*icon, button);

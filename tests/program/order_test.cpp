@@ -9,7 +9,7 @@ namespace {
 
 using OrderTest = ProgramTest;
 
-// The program waits for the taskbar's answer, so nothing changes while the recorder looks.
+// The program waits for the answer to its call, so nothing changes while the recorder looks.
 TEST_F(OrderTest, IconComesBetweenTheFileAndTheFirstPass) {
     TrayRecorder recorder;
     ASSERT_FALSE(PathExists(SettingsPath()));

@@ -91,9 +91,9 @@ TEST_F(TrayTest, HoveringAndPressingOpenNothing) {
     Actor actor;
     const Sentinel sentinel(actor);
     const Program program = StartedProgram();
-    const HWND control = program.ControlWindow();
-    ASSERT_TRUE(WaitUntil([=] { return TrayIconCentre(control).has_value(); }));
-    const POINT icon = TrayIconCentre(control).value_or(POINT{});
+    const std::optional<POINT> shown = WaitForTrayIcon(program.ControlWindow());
+    ASSERT_TRUE(shown.has_value());
+    const POINT icon = *shown;
     MovePointer({icon.x - 2, icon.y});
     MovePointer(icon);
     EXPECT_TRUE(sentinel.WaitForTimedPass());

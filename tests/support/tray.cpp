@@ -137,8 +137,9 @@ std::optional<RECT> TrayIconRect(HWND owner) {
     return TrayIconPresent(owner) ? FindOnScreen(owner) : std::nullopt;
 }
 
-std::optional<POINT> TrayIconCentre(HWND owner) {
-    const std::optional<RECT> rect = TrayIconRect(owner);
+std::optional<POINT> WaitForTrayIcon(HWND owner) {
+    std::optional<RECT> rect;
+    static_cast<void>(WaitUntil([&] { return (rect = TrayIconRect(owner)).has_value(); }));
     return rect ? std::optional(
                       POINT{(rect->left + rect->right) / 2, (rect->top + rect->bottom) / 2})
                 : std::nullopt;

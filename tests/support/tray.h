@@ -20,9 +20,11 @@ namespace morvane::test {
 [[nodiscard]] bool TrayIconPresent(HWND owner);
 
 // Where that icon is on the screen, in pixels; nothing while it is not shown. Where the shell does
-// not tell, the icon is searched for by its picture: the one that the owner's program contains, or
-// else the system's.
+// not tell, the icon is searched for by its picture, which nothing may cover: the one that the
+// owner's program contains, or else the system's.
 [[nodiscard]] std::optional<RECT> TrayIconRect(HWND owner);
-[[nodiscard]] std::optional<POINT> TrayIconCentre(HWND owner);
+
+// Waits until it is shown and returns its centre; nothing if that does not happen.
+[[nodiscard]] std::optional<POINT> WaitForTrayIcon(HWND owner);
 
 }  // namespace morvane::test
