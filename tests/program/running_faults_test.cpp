@@ -193,7 +193,7 @@ TEST_F(RunningFaultsTest, EditorThatDoesNotStartStopsNothing) {
 
 // The bytes past the buffer may be the return address.
 TEST_F(RunningFaultsTest, OverrunBufferEndsTheProgram) {
-    // Stands in for the taskbar, where an icon that nobody removes would stay for later tests.
+    // Keeps the icon from the taskbar, where one that nobody removes would stay for later tests.
     const TrayRecorder recorder;
     constexpr DWORD StackBufferOverrun = 0xC0000409;
     for (const char* plan : {"GetSystemDirectoryW=16", "GetSystemDirectoryW=8"}) {
@@ -207,7 +207,7 @@ TEST_F(RunningFaultsTest, OverrunBufferEndsTheProgram) {
 
 // There is nothing sensible left to do; the next instance finds the windows left on top.
 TEST_F(RunningFaultsTest, WithoutMemoryTheProgramEndsAtOnce) {
-    // Stands in for the taskbar, where an icon that nobody removes would stay for later tests.
+    // Keeps the icon from the taskbar, where one that nobody removes would stay for later tests.
     const TrayRecorder recorder;
     ASSERT_TRUE(WriteSettings("Target\n"));
     Actor actor;
@@ -231,7 +231,7 @@ TEST_F(RunningFaultsTest, WithoutMemoryTheProgramEndsAtOnce) {
 
 // Nothing catches the runtime library's exceptions.
 TEST_F(RunningFaultsTest, WhateverTheLibraryThrowsEndsTheProgramAtOnce) {
-    // Stands in for the taskbar, where an icon that nobody removes would stay for later tests.
+    // Keeps the icon from the taskbar, where one that nobody removes would stay for later tests.
     const TrayRecorder recorder;
     struct Case {
         const char* plan;

@@ -119,7 +119,7 @@ TEST_F(StartFaultsTest, WithoutATimerCommandsStillRunPasses) {
 
 // The loop ends as on a quit message, but the control window has not been destroyed.
 TEST_F(StartFaultsTest, FailureOfTheMessageLoopReleasesTheWindows) {
-    // Stands in for the taskbar, where an icon that nobody removes would stay for later tests.
+    // Keeps the icon from the taskbar, where one that nobody removes would stay for later tests.
     const TrayRecorder recorder;
     ASSERT_TRUE(WriteSettings("Target\n"));
     Actor actor;
