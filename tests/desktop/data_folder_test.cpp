@@ -3,7 +3,7 @@
 #include "shell/data_folder.h"
 
 #include <gtest/gtest.h>
-#include <optional>
+#include <memory>
 #include <string>
 
 #include "desktop/engine_fixture.h"
@@ -83,7 +83,7 @@ protected:
     void SetUp() override {
         DataFolderPathTest::SetUp();
         if (!IsSkipped()) {
-            linked_.emplace(LinkPlace::DataFolder);
+            linked_ = std::make_unique<LinkedAppData>(LinkPlace::DataFolder);
             ASSERT_TRUE(WriteFileBytes(Settings(), "@pinning=0\nplanted\n"));
             ASSERT_EQ(ReadSettings(), "@pinning=0\nplanted\n") << "the link leads there";
         }
@@ -99,7 +99,7 @@ protected:
     [[nodiscard]] std::wstring Settings() const { return linked_->Target() + L"\\config.txt"; }
 
 private:
-    std::optional<LinkedAppData> linked_;
+    std::unique_ptr<LinkedAppData> linked_;
 };
 
 TEST_F(LinkedDataFolderTest, LinkCountsAsNoFolder) {

@@ -25,18 +25,17 @@ bool IsInside(const RECT& inner, const RECT& outer) {
 TEST_F(MenuOpenTest, EitherButtonOpensTheMenuBesideTheIcon) {
     const Program program = StartedProgram();
     const RECT screen{0, 0, GetSystemMetrics(SM_CXSCREEN), GetSystemMetrics(SM_CYSCREEN)};
-    const std::optional<POINT> icon = WaitForTrayIcon(program.ControlWindow());
-    ASSERT_TRUE(icon.has_value());
+    const POINT icon = WaitForTrayIcon(program.ControlWindow());
     SIZE sizes[2] = {};
     for (const MouseButton button : Buttons) {
         const HWND menu = OpenMenuByIcon(program, button);
         ASSERT_NE(menu, nullptr) << NameOf(button);
         const RECT rect = WindowRect(menu);
         EXPECT_TRUE(IsInside(rect, screen)) << NameOf(button);
-        EXPECT_LE(rect.left, icon->x) << NameOf(button);
-        EXPECT_GE(rect.right, icon->x) << NameOf(button);
+        EXPECT_LE(rect.left, icon.x) << NameOf(button);
+        EXPECT_GE(rect.right, icon.x) << NameOf(button);
         // Above the pointer where there is room.
-        EXPECT_NEAR(rect.bottom, std::max(icon->y, WindowSize(menu).cy), 1) << NameOf(button);
+        EXPECT_NEAR(rect.bottom, std::max(icon.y, WindowSize(menu).cy), 1) << NameOf(button);
         sizes[button == MouseButton::Left ? 0 : 1] = WindowSize(menu);
         EXPECT_TRUE(DismissMenu(program)) << NameOf(button);
     }
@@ -96,11 +95,10 @@ TEST_F(MenuOpenTest, SecondClickOnTheIconDoesNoHarm) {
     Actor actor;
     const Sentinel sentinel(actor);
     const Program program = StartedProgram();
-    const std::optional<POINT> icon = WaitForTrayIcon(program.ControlWindow());
-    ASSERT_TRUE(icon.has_value());
+    const POINT icon = WaitForTrayIcon(program.ControlWindow());
     for (const MouseButton button : Buttons) {
         ASSERT_NE(OpenMenuByIcon(program), nullptr) << NameOf(button);
-        Click(*icon, button);
+        Click(icon, button);
         EXPECT_TRUE(sentinel.WaitForTimedPass()) << NameOf(button);
         EXPECT_LE(MenuWindows(program).size(), 1U) << NameOf(button);
         EXPECT_TRUE(DismissMenu(program)) << NameOf(button);

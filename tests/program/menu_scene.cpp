@@ -123,11 +123,7 @@ bool MenuCloses(const Program& program) {
 }
 
 HWND OpenMenuByIcon(const Program& program, MouseButton button) {
-    const std::optional<POINT> icon = WaitForTrayIcon(program.ControlWindow());
-    if (!icon) {
-        return nullptr;
-    }
-    Click(*icon, button);
+    Click(WaitForTrayIcon(program.ControlWindow()), button);
     return WaitForMenu(program);
 }
 

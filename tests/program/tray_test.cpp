@@ -91,9 +91,7 @@ TEST_F(TrayTest, HoveringAndPressingOpenNothing) {
     Actor actor;
     const Sentinel sentinel(actor);
     const Program program = StartedProgram();
-    const std::optional<POINT> shown = WaitForTrayIcon(program.ControlWindow());
-    ASSERT_TRUE(shown.has_value());
-    const POINT icon = *shown;
+    const POINT icon = WaitForTrayIcon(program.ControlWindow());
     MovePointer({icon.x - 2, icon.y});
     MovePointer(icon);
     EXPECT_TRUE(sentinel.WaitForTimedPass());

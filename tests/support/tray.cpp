@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdlib>
-#include <limits>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -137,12 +137,13 @@ std::optional<RECT> TrayIconRect(HWND owner) {
     return TrayIconPresent(owner) ? FindOnScreen(owner) : std::nullopt;
 }
 
-std::optional<POINT> WaitForTrayIcon(HWND owner) {
+POINT WaitForTrayIcon(HWND owner) {
     std::optional<RECT> rect;
     static_cast<void>(WaitUntil([&] { return (rect = TrayIconRect(owner)).has_value(); }));
-    return rect ? std::optional(
-                      POINT{(rect->left + rect->right) / 2, (rect->top + rect->bottom) / 2})
-                : std::nullopt;
+    if (!rect) {
+        throw std::runtime_error("the icon is not shown");
+    }
+    return {(rect->left + rect->right) / 2, (rect->top + rect->bottom) / 2};
 }
 
 }  // namespace morvane::test

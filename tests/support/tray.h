@@ -24,7 +24,8 @@ namespace morvane::test {
 // owner's program contains, or else the system's.
 [[nodiscard]] std::optional<RECT> TrayIconRect(HWND owner);
 
-// Waits until it is shown and returns its centre; nothing if that does not happen.
-[[nodiscard]] std::optional<POINT> WaitForTrayIcon(HWND owner);
+// Waits until it is shown and returns its centre; throws std::runtime_error if that does not
+// happen.
+[[nodiscard]] POINT WaitForTrayIcon(HWND owner);
 
 }  // namespace morvane::test
