@@ -3,7 +3,7 @@
 
 set(CMAKE_CXX_CLANG_TIDY "clang-tidy-$ENV{LLVM}" --quiet)
 # So that another configuration examines everything again.
-file(GLOB configurations "${PROJECT_SOURCE_DIR}/.clang-tidy" "${PROJECT_SOURCE_DIR}/*/.clang-tidy")
+file(GLOB configurations CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/.clang-tidy" "${PROJECT_SOURCE_DIR}/*/.clang-tidy")
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${configurations})
 foreach(configuration IN LISTS configurations)
     file(MD5 "${configuration}" digest)

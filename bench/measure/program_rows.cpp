@@ -32,7 +32,7 @@ constexpr int IdleParts = 15;
 constexpr double RequestsOfOne = 2;  // per second, to each window
 constexpr double MicrosecondsPerSecond = 1e6;
 
-std::wstring ProgramPath() {
+std::wstring ShippedProgram() {
     return test::RequiredPath(L"MORVANE_TEST_PROGRAM");
 }
 
@@ -70,8 +70,9 @@ double MemoryOf(const test::ChildProcess& child) {
     return static_cast<double>(counters.PagefileUsage);
 }
 
-// The processor time of a process so far, in microseconds, in steps of some milliseconds. Summed up
-// over its threads: Wine does not know the times of another process as a whole.
+// The processor time of a process so far, in microseconds, in steps of 10 milliseconds. Summed up
+// over its threads, none of which may end: Wine 8.0 and 10.0 do not know the times of another
+// process as a whole.
 double ProcessorTime(const test::ChildProcess& child) {
     constexpr double UnitsPerMicrosecond = 10;
     const FileHandle snapshot(CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0));
@@ -87,7 +88,7 @@ double ProcessorTime(const test::ChildProcess& child) {
         FILETIME created{};
         FILETIME ended{};
         std::array<FILETIME, 2> spent{};
-        if (GetThreadTimes(thread.get(), &created, &ended, &spent[0], &spent[1]) != FALSE) {
+        if (GetThreadTimes(thread.get(), &created, &ended, spent.data(), &spent.back()) != FALSE) {
             for (const FILETIME& time : spent) {
                 units += static_cast<double>(std::bit_cast<std::uint64_t>(time));
             }
@@ -117,10 +118,10 @@ void MeasureStart(const Plan& plan) {
     Pairs pairs;
     for (int repetition = 0; repetition <= plan.repetitions; ++repetition) {
         const bool oursFirst = repetition % 2 != 0;
-        double ours = oursFirst ? TimeToIcon(ProgramPath(), ControlClass) : 0;
+        double ours = oursFirst ? TimeToIcon(ShippedProgram(), ControlClass) : 0;
         const double bare = TimeToIcon(BarePath(), BareClass);
         if (!oursFirst) {
-            ours = TimeToIcon(ProgramPath(), ControlClass);
+            ours = TimeToIcon(ShippedProgram(), ControlClass);
         }
         if (repetition > 0) {
             pairs.ours.push_back(ours);
@@ -140,7 +141,7 @@ void MeasureIdle(const Plan& plan) {
     Require(test::WaitUntil(
                 [&] { return std::all_of(windows.begin(), windows.end(), test::IsTopmost); }),
             "the bare loop pins");
-    const test::ChildProcess ours = test::StartProcess(ProgramPath(), L"");
+    const test::ChildProcess ours = test::StartProcess(ShippedProgram(), L"");
     RequireNewOnesPinned(actor);
 
     const std::chrono::milliseconds whole = std::chrono::seconds(plan.idleSeconds);

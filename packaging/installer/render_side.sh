@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 #
 # Renders the side picture of the installer's last page from the icon's drawing. Run it after
-# changing the drawing and commit the result. Needs rsvg-convert (Debian: librsvg2-bin) and
+# changing the drawing and commit the result. Needs rsvg-convert and
 # ImageMagick.
 
 set -euo pipefail

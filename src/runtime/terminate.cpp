@@ -7,8 +7,6 @@
 
 #include <cstddef>
 
-// GCOVR_EXCL_START: a process that ends at once writes no counters.
-
 #if defined(__GLIBCXX__)
 
 #include <cstdlib>
@@ -18,6 +16,8 @@
 
 namespace morvane {
 namespace {
+
+// GCOVR_EXCL_START: a process that ends at once writes no counters.
 
 // Not abort(): in a windowed program the runtime may show a message box first, and a program
 // without memory must not wait for an answer.
@@ -34,6 +34,8 @@ namespace {
     End(STATUS_FATAL_APP_EXIT);
 }
 
+// GCOVR_EXCL_STOP
+
 }  // namespace
 }  // namespace morvane
 
@@ -44,12 +46,14 @@ void* operator new(std::size_t size) {
     if (void* const memory = std::malloc(size)) {
         return memory;
     }
-    morvane::EndWithoutMemory();
+    morvane::EndWithoutMemory();  // GCOVR_EXCL_LINE: likewise
 }
 
+// GCOVR_EXCL_START: without optimisation the compiler calls the other form.
 void operator delete(void* memory) noexcept {
     std::free(memory);
 }
+// GCOVR_EXCL_STOP
 
 void operator delete(void* memory, std::size_t /*size*/) noexcept {
     std::free(memory);
@@ -60,6 +64,7 @@ void operator delete(void* memory, std::size_t /*size*/) noexcept {
 // pulls in the library's object with all of them and reports these as defined twice: add it here.
 // NOLINTBEGIN(bugprone-reserved-identifier,cert-dcl58-cpp,readability-identifier-naming): not our
 // names.
+// GCOVR_EXCL_START: they end the process at once, too.
 namespace std {
 
 [[noreturn]] void __throw_logic_error(const char* /*what*/) {
@@ -84,8 +89,7 @@ namespace std {
 }
 
 }  // namespace std
+// GCOVR_EXCL_STOP
 // NOLINTEND(bugprone-reserved-identifier,cert-dcl58-cpp,readability-identifier-naming)
 
 #endif
-
-// GCOVR_EXCL_STOP

@@ -131,8 +131,11 @@ bool CarryOutPlan(std::span<Fault* const> faults) {
     OpenReport();
     // First, so that a call that the plan makes fail is not recorded.
     if (test::IsTrayRecorded()) {
-        test::ExchangeImport(test::FindImport("Shell_NotifyIconW"),
-                             reinterpret_cast<void*>(&test::RelayTrayCall));
+        void** const entry = test::FindImport("Shell_NotifyIconW");
+        if (entry == nullptr) {
+            ExitProcess(PlanFailed);
+        }
+        test::ExchangeImport(entry, reinterpret_cast<void*>(&test::RelayTrayCall));
     }
     std::array<char, LongestValue> buffer{};
     std::string_view plan = ValueOf("MORVANE_FAULTS", buffer);

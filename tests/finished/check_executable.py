@@ -51,7 +51,7 @@ IMPORT_MEMBER = re.compile(r"lib\w+(?:h|t|s\d+)\.o")
 # bytes of the code are not mistaken for one; the project may be built outside a home folder.
 PROJECT_ROOT = Path(__file__).resolve().parents[2]
 BUILD_TRACES = re.compile("|".join((
-    *("/home", "/root", "/tmp", f"/{PROJECT_ROOT.parts[1]}/"),
+    *("/home", "/root", "/tmp", re.escape(f"/{PROJECT_ROOT.parts[1]}/")),
     r"\.cpp", r"[A-Za-z0-9_]{2,}\.(?:c|cc|h|hpp|pdb)(?![A-Za-z0-9_])",
     r"(?<![A-Za-z0-9_])[A-Za-z]:[\\/][A-Za-z0-9_.]{2,}")).encode())
 

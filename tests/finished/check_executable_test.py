@@ -34,6 +34,7 @@ def field(find, name, change):
 def replaced(old, new):
     """Replaces the last place of these bytes; what is left over becomes spaces."""
     def spoil(pe):
+        assert len(new) <= len(old)
         data = bytearray(pe.__data__)
         start = data.rindex(old)
         data[start : start + len(old)] = new.ljust(len(old))

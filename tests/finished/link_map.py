@@ -2,7 +2,7 @@
 
 import re
 
-_MEMBER = re.compile(r"^(?:.*/)?(lib\S+\.a)\((?:lib64_\w+_a-)?([^()\s]+)\)$", re.MULTILINE)
+_MEMBER = re.compile(r"^(?:.*/)?(lib\S+\.a)\((?:lib64_\w+_a-)?([^()\s]+)\)(?:\s|$)", re.MULTILINE)
 
 
 def linked_members(text):

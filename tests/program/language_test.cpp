@@ -102,7 +102,7 @@ TEST_F(LanguageTest, DisplayLanguageIsTheDefault) {
     }
 }
 
-// Run in sessions of several display languages.
+// Run in two sessions; the one with another display language names it.
 TEST_F(LanguageTest, ProgramSpeaksTheSystemsDisplayLanguage) {
     const std::map<WORD, const wchar_t*> descriptions = {
         {LANG_JAPANESE, Japanese}, {LANG_KOREAN, Korean}, {LANG_SPANISH, Spanish},
@@ -110,6 +110,8 @@ TEST_F(LanguageTest, ProgramSpeaksTheSystemsDisplayLanguage) {
         {LANG_RUSSIAN, Russian},
     };
     const LANGID system = GetUserDefaultUILanguage();
+    const std::optional<std::wstring> named = EnvironmentVariable(L"MORVANE_TEST_DISPLAY_LANGUAGE");
+    ASSERT_EQ(named.value_or(std::to_wstring(system)), std::to_wstring(system));
     const WORD country = SUBLANGID(system);
     const bool traditional = country == SUBLANG_CHINESE_TRADITIONAL ||
                              country == SUBLANG_CHINESE_HONGKONG ||

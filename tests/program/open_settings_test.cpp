@@ -128,6 +128,7 @@ TEST_F(OpenSettingsTest, EditorIsFoundWithoutTheSystemFolder) {
     ASSERT_TRUE(program.SendCommand(OpenSettingsCommand));
     EXPECT_EQ(CountOf("GetSystemDirectoryW failed"), 1U);
     EXPECT_TRUE(HasStarted(L"notepad.exe")) << testing::PrintToString(RecordedCalls());
+    EXPECT_EQ(program.ExitByCommand(), 0U);
 }
 
 TEST_F(OpenSettingsTest, NothingOpensWithoutASettingsPath) {

@@ -8,7 +8,8 @@
 #
 # A script that sources it controls the session with session_open and session_close. While one is
 # open, the environment has DISPLAY, WINEPREFIX, HOME, the Wine switches, MORVANE_TEST_DISPOSABLE=1
-# and MORVANE_TEST_KNOWN_SKIPS, and SESSION_DIR is the session's own folder.
+# MORVANE_TEST_KNOWN_SKIPS and MORVANE_TEST_LINKS, and SESSION_DIR is the session's own folder.
+# MORVANE_SESSION_LOCALE chooses another display language than English.
 
 SESSION_ROOT=$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)
 SESSION_TEMPLATE=$SESSION_ROOT/build/wine-template
@@ -163,7 +164,7 @@ session_open() {
     # Without a UTF-8 locale Wine cannot name files beyond ASCII; C makes the session English.
     export LC_ALL=C.UTF-8
     export HOME=$SESSION_DIR/home
-    # Debian's Wine 10.0 aborts where it is set.
+    # Wine 10.0 aborts where it is set.
     unset TMPDIR
     export WINEDEBUG=-all
     # No offers to install add-ons, no debugger window that hangs on a crash, and no host menu

@@ -17,8 +17,8 @@ namespace morvane::test {
 // TrayRecorder lives, the same program with exchanged imports (MORVANE_TEST_FAULTY_PROGRAM).
 [[nodiscard]] std::wstring ProgramPath();
 
-// Owns a running program. The destructor asks it to exit, and kills it
-// after a few seconds. The program uses the profile of this session, so callers start with
+// Owns a running program. The destructor asks it to exit, and kills it after a few seconds. The
+// program uses the profile of this session, so callers start with
 // MORVANE_REQUIRE_DISPOSABLE_PROFILE; starting it in any other profile throws std::logic_error.
 class Program {
 public:

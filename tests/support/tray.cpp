@@ -1,7 +1,5 @@
 #include "support/tray.h"
 
-#include <algorithm>
-#include <array>
 #include <cstdlib>
 #include <stdexcept>
 #include <string>

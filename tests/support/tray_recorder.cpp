@@ -60,11 +60,8 @@ LRESULT RecordCall(TrayRecorder::Shared& shared, const COPYDATASTRUCT& data) {
         return FALSE;
     }
     std::memcpy(&relayed, data.lpData, sizeof(relayed));
-    LARGE_INTEGER now{};
-    QueryPerformanceCounter(&now);
     const std::scoped_lock lock(shared.mutex);
     TrayCall call = CallFrom(relayed);
-    call.arrival = now.QuadPart;
     call.watchedWindowTopmost = shared.watchedWindow != nullptr && IsTopmost(shared.watchedWindow);
     call.watchedPathExists = !shared.watchedPath.empty() && PathExists(shared.watchedPath);
     shared.calls.push_back(std::move(call));

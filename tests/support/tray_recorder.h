@@ -30,7 +30,6 @@ struct TrayCall {
     int iconWidth = 0;  // 0 without an icon; pixels
     int iconHeight = 0;
     std::uint64_t pictureHash = 0;  // hash of the icon's picture; 0 without an icon
-    std::int64_t arrival = 0;       // QueryPerformanceCounter
     // State of what TrayRecorder::Watch names, when the call arrived and before it was answered.
     bool watchedWindowTopmost = false;
     bool watchedPathExists = false;

@@ -3,14 +3,14 @@
 #include <array>
 #include <cwchar>
 
-#include "base/gui_owners.h"
-
 namespace morvane::test {
 namespace {
 
 constexpr UINT AnswerMilliseconds = 10'000;
 constexpr std::size_t MaxHandleDigits = 24;
 constexpr std::size_t MaxIconWidth = 256;
+constexpr std::uint64_t FnvStart = 0xCBF29CE484222325U;
+constexpr std::uint64_t FnvPrime = 0x100000001B3U;
 
 HWND RecorderWindow() {
     std::array<wchar_t, MaxHandleDigits> text{};
@@ -37,7 +37,7 @@ void AddPicture(HDC context, HBITMAP bitmap, RelayedTrayCall& call) {
     for (LONG line = 0; line < shape.bmHeight; ++line) {
         GetDIBits(context, bitmap, static_cast<UINT>(line), 1, row.data(), &format, DIB_RGB_COLORS);
         for (const DWORD pixel : row) {
-            call.pictureHash = (call.pictureHash ^ pixel) * 0x100000001B3U;
+            call.pictureHash = (call.pictureHash ^ pixel) * FnvPrime;
         }
     }
 }
@@ -47,7 +47,7 @@ void AddIcon(HICON icon, RelayedTrayCall& call) {
     if (GetIconInfo(icon, &parts) == FALSE) {
         return;
     }
-    call.pictureHash = 0xCBF29CE484222325U;
+    call.pictureHash = FnvStart;
     HDC const context = CreateCompatibleDC(nullptr);
     AddPicture(context, parts.hbmMask, call);
     // Without colours, both pictures are in the mask.

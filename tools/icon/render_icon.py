@@ -2,7 +2,7 @@
 """Renders push_pin.svg into src/res/morvane.ico: one 16x16 image of 32 bits, stored as PNG.
 
 Run it after changing the drawing and commit both files: the .ico is committed so that the build
-needs no renderer. Needs rsvg-convert (Debian: librsvg2-bin).
+needs no renderer. Needs rsvg-convert.
 """
 
 import struct

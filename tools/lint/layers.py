@@ -23,7 +23,8 @@ INCLUDE = re.compile(r'^[ \t]*#[ \t]*include[ \t]*"([^"]+)"', re.MULTILINE)
 def own_includes(path):
     """Our own files that path includes directly; unknown names are left to the compiler."""
     names = INCLUDE.findall(path.read_text(encoding="utf-8"))
-    return [SOURCES / name for name in names if (SOURCES / name).is_file()]
+    candidates = [(folder / name).resolve() for name in names for folder in (SOURCES, path.parent)]
+    return [candidate for candidate in candidates if candidate.is_file()]
 
 
 def may_include(folder, included):
