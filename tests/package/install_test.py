@@ -51,7 +51,7 @@ class InstallerTest(unittest.TestCase):
         self.addCleanup(installation.clean)
 
     def install(self, *arguments, setup=None):
-        self.assertEqual(installation.install(setup or self.setup, *arguments), 0)
+        self.assertEqual(installation.run_silently(setup or self.setup, *arguments), 0)
 
     def open_notepad(self):
         notepad = installation.start("notepad")

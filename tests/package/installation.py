@@ -66,17 +66,17 @@ def wine(*arguments):
     return status
 
 
-def install(setup, *arguments):
-    """Installs silently and returns the exit code.
+def run_silently(program, *arguments):
+    """Runs an installer or uninstaller and returns the exit code.
 
-    One start in hundreds has been seen to exit with 1 and no message. A silent installer never
-    exits with 1, as nobody can cancel it, but Wine does when it cannot start a program. So this
-    tries again and prints the state it found."""
+    One start in hundreds has been seen to exit with 1 and no message. A silent one never exits
+    with 1, as nobody can cancel it, but Wine 8.0 does when it cannot start a program. So this tries
+    again and prints the state it found."""
     for attempt in range(1, 4):
-        status = wine(setup, "/S", *arguments)
+        status = wine(program, "/S", *arguments)
         if status != EXIT_CANCELLED:
             break
-        print(f"the installer exited with {status} at attempt {attempt}; files: "
+        print(f"{program} exited with {status} at attempt {attempt}; files: "
               f"{files_below(INSTALLED)}, registry: {registered()}", file=sys.stderr)
     return status
 
@@ -186,7 +186,7 @@ def files_below(folder):
 
 def uninstall(*arguments, folder=INSTALLED):
     """Waits for the uninstaller, which continues in a copy of itself, to finish."""
-    status = wine(folder / "Uninstall.exe", "/S", *arguments)
+    status = run_silently(folder / "Uninstall.exe", *arguments)
     try:
         wait_until(lambda: not (folder / "Uninstall.exe").exists() and not registered(),
                    f"the uninstaller, whose start returned {status}, has removed everything")
