@@ -2,7 +2,6 @@
 
 #include <chrono>
 #include <gtest/gtest.h>
-#include <stdexcept>
 
 #include "support/actor.h"
 #include "support/program.h"

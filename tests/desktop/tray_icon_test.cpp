@@ -3,7 +3,6 @@
 #include "ui/tray_icon.h"
 
 #include <gtest/gtest.h>
-#include <optional>
 #include <string>
 #include <utility>
 #include <vector>

@@ -7,7 +7,7 @@
 #   wine_session.sh run COMMAND [ARGUMENT...]   runs a command in a session and returns its status
 #
 # A script that sources it controls the session with session_open and session_close. While one is
-# open, the environment has DISPLAY, WINEPREFIX, HOME, the Wine switches, MORVANE_TEST_DISPOSABLE=1
+# open, the environment has DISPLAY, WINEPREFIX, HOME, the Wine switches, MORVANE_TEST_DISPOSABLE=1,
 # MORVANE_TEST_KNOWN_SKIPS and MORVANE_TEST_LINKS, and SESSION_DIR is the session's own folder.
 # MORVANE_SESSION_LOCALE chooses another display language than English.
 
