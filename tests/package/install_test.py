@@ -349,4 +349,8 @@ class InstallerTest(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    unittest.main(verbosity=2)
+    result = unittest.main(verbosity=2, exit=False).result
+    for test, reason in result.skipped:
+        print(f"skipped: {test.id()}: {reason}")
+    # In a session of its own, nothing else may be skipped.
+    sys.exit(not result.wasSuccessful() or any(why != NEEDS_MOUNT for _, why in result.skipped))
