@@ -37,13 +37,22 @@ test::ChildProcess Start(const Contender& contender, const std::wstring& argumen
     return test::StartProcess(test::RequiredPath(contender.variable), arguments);
 }
 
-// Its first pass and its message loop come after the icon.
-void WaitUntilIdle(const test::ChildProcess& child) {
-    static_cast<void>(WaitForInputIdle(child.process.get(), INFINITE));
-}
-
 HWND WindowOf(const Contender& contender) {
     return FindWindowExW(HWND_MESSAGE, nullptr, contender.className, nullptr);
+}
+
+void WaitForIcon(const Contender& contender) {
+    Require(test::WaitUntil([&] {
+                HWND const owner = WindowOf(contender);
+                return owner != nullptr && test::TrayIconPresent(owner);
+            }),
+            "an icon comes");
+}
+
+// After the icon: its first pass and its message loop come later, and before the icon the process
+// may be too young to be waited for.
+void WaitUntilIdle(const test::ChildProcess& child) {
+    static_cast<void>(WaitForInputIdle(child.process.get(), INFINITE));
 }
 
 void Close(const Contender& contender, const test::ChildProcess& child) {
@@ -55,11 +64,7 @@ void Close(const Contender& contender, const test::ChildProcess& child) {
 double TimeToIcon(const Contender& contender) {
     const Clock::time_point start = Clock::now();
     const test::ChildProcess child = Start(contender);
-    Require(test::WaitUntil([&] {
-                HWND const owner = WindowOf(contender);
-                return owner != nullptr && test::TrayIconPresent(owner);
-            }),
-            "an icon comes");
+    WaitForIcon(contender);
     const double time = MicrosecondsSince(start);
     WaitUntilIdle(child);
     Close(contender, child);
@@ -130,6 +135,7 @@ void MeasureIdle(const Plan& plan) {
                 [&] { return std::all_of(windows.begin(), windows.end(), test::IsTopmost); }),
             "the bare loop pins");
     const test::ChildProcess ours = Start(Ours);
+    WaitForIcon(Ours);
     WaitUntilIdle(ours);
 
     Announce("idle for " + std::to_string(plan.idleSeconds) + " seconds");
