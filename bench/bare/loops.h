@@ -22,8 +22,9 @@ inline constexpr wchar_t PinnedMark = L'P';
 // The calls of a pass that pinned these windows before and pins them again, in this order.
 void LookAtAndPin(std::span<const HWND> pinned);
 
-// The calls that prepare, build and destroy the menu. Returns the number of rows appended.
-unsigned BuildMenuOnce(const wchar_t* settingsPath, const wchar_t* dataFolder);
+// The calls that build and destroy the menu, without the few for files, folders and the active
+// window. Returns the number of rows appended.
+unsigned BuildMenuOnce();
 
 // Opens a file, reads it to its end or until the buffer is full, and closes it; returns the length.
 std::size_t ReadFileOnce(const wchar_t* path, std::span<char> buffer);

@@ -2,8 +2,6 @@
 
 #include "bare/loops.h"
 #include "base/gui_owners.h"
-#include "base/owners.h"
-#include "base/win_shell.h"
 #include "pin/window_query.h"
 
 namespace morvane::bare {
@@ -12,9 +10,7 @@ namespace {
 constexpr std::size_t MaxRows = 500;
 constexpr int TitleCapacity = 512;
 constexpr int ClassCapacity = 256;
-constexpr std::size_t FileCapacity = 16384;
-constexpr int PlainItems = 6;
-constexpr int Separators = 4;
+constexpr int OtherItems = 10;
 
 // Titles are kept: they are the row texts. The rest of each buffer is never touched.
 struct Row {
@@ -25,19 +21,15 @@ struct Row {
 // Too large for the stack.
 std::array<Row, MaxRows> rows;
 
-void AskClass(HWND window) {
-    wchar_t className[ClassCapacity];
-    GetClassNameW(window, className, ClassCapacity);
-}
-
 std::size_t AskCandidates() {
     std::size_t count = 0;
+    wchar_t className[ClassCapacity];
     ForEachTopLevelWindow([&](HWND window) {
         if (count == rows.size() || IsWindowVisible(window) == FALSE ||
             GetWindow(window, GW_OWNER) != nullptr) {
             return;
         }
-        AskClass(window);
+        GetClassNameW(window, className, ClassCapacity);
         rows[count].window = window;
         if (GetWindowTextW(window, rows[count].title, TitleCapacity) > 0) {
             ++count;
@@ -53,13 +45,6 @@ void AskSize(HWND window) {
     }
 }
 
-void AskActive(HWND window) {
-    if (IsWindowVisible(window) != FALSE) {
-        AskClass(window);
-        AskSize(window);
-    }
-}
-
 void AppendRow(const Menu& menu, wchar_t* text) {
     AppendMenuW(menu.get(), MF_OWNERDRAW, 1, text);
     MENUITEMINFOW info{};
@@ -69,15 +54,11 @@ void AppendRow(const Menu& menu, wchar_t* text) {
     SetMenuItemInfoW(menu.get(), static_cast<UINT>(GetMenuItemCount(menu.get()) - 1), TRUE, &info);
 }
 
-// One row per title; the second list begins with the active window and asks for each size.
-Menu BuildList(std::size_t count, bool sized, HWND active) {
+// One row per title; the second list begins with another row and asks for each size.
+Menu BuildList(std::size_t count, bool sized) {
     Menu menu(CreatePopupMenu());
     if (sized) {
-        wchar_t title[TitleCapacity];
-        AskActive(active);
-        AskSize(active);
-        GetWindowTextW(active, title, TitleCapacity);
-        AppendRow(menu, title);
+        AppendRow(menu, rows[0].title);
         AppendMenuW(menu.get(), MF_SEPARATOR, 0, nullptr);
     }
     for (std::size_t row = 0; row < count; ++row) {
@@ -91,34 +72,19 @@ Menu BuildList(std::size_t count, bool sized, HWND active) {
 
 }  // namespace
 
-unsigned BuildMenuOnce(const wchar_t* settingsPath, const wchar_t* dataFolder) {
-    std::array<wchar_t, MAX_PATH> folder{};
-    SHGetFolderPathW(nullptr, CSIDL_APPDATA, nullptr, SHGFP_TYPE_CURRENT, folder.data());
-    CreateDirectoryW(dataFolder, nullptr);
-    static_cast<void>(GetFileAttributesW(dataFolder));
-    std::array<char, FileCapacity> file;
-    ReadFileOnce(settingsPath, file);
+unsigned BuildMenuOnce() {
     const std::size_t count = AskCandidates();
-    const HWND active = GetForegroundWindow();
-    AskActive(active);
-
     const Menu menu(CreatePopupMenu());
-    for (int item = 0; item < PlainItems; ++item) {
+    for (int item = 0; item < OtherItems; ++item) {
         AppendMenuW(menu.get(), MF_STRING, 1, L"An item of the menu");
-    }
-    for (int item = 0; item < Separators; ++item) {
-        AppendMenuW(menu.get(), MF_SEPARATOR, 0, nullptr);
     }
     unsigned appended = 0;
     for (const bool sized : {false, true}) {
-        Menu list = BuildList(count, sized, active);
+        Menu list = BuildList(count, sized);
         appended += static_cast<unsigned>(GetMenuItemCount(list.get()));
         AppendMenuW(menu.get(), MF_POPUP, reinterpret_cast<UINT_PTR>(list.release()),
                     L"A list of windows");
     }
-    ShellText startup;
-    SHGetKnownFolderPath(FOLDERID_Startup, 0, nullptr, startup.put());
-    static_cast<void>(GetFileAttributesW(settingsPath));
     return appended;
 }
 

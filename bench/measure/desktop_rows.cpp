@@ -14,7 +14,6 @@
 #include "pin/enforcement.h"
 #include "pin/engine.h"
 #include "pin/settings_sync.h"
-#include "support/test_environment.h"
 #include "support/window_state.h"
 #include "ui/active_window.h"
 #include "ui/menu_build.h"
@@ -55,13 +54,10 @@ void MeasurePasses(const Plan& plan, std::vector<HWND> pinned) {
 
 void MeasureMenu(const Plan& plan) {
     Announce("the menu of 500 windows");
-    const std::wstring path = test::SettingsPath();
-    const std::wstring folder = test::DataFolder();
-    const auto bare = [&] { return bare::BuildMenuOnce(path.c_str(), folder.c_str()); };
     PrepareMenuState();
     const Menu rows = BuildAddRemoveMenu();
     const Menu sized = BuildMinSizeMenu();
-    Require(bare() ==
+    Require(bare::BuildMenuOnce() ==
                 static_cast<unsigned>(GetMenuItemCount(rows.get()) + GetMenuItemCount(sized.get())),
             "as many rows");
     const auto ours = [] {
@@ -70,7 +66,7 @@ void MeasureMenu(const Plan& plan) {
         const Menu menu = BuildTrayMenu();
         ClearMenuRows();
     };
-    Emit("menu_500", InTurn(plan.repetitions, TimeOf(ours), TimeOf(bare)));
+    Emit("menu_500", InTurn(plan.repetitions, TimeOf(ours), TimeOf(bare::BuildMenuOnce)));
 }
 
 void Append(std::vector<double>& all, const std::vector<double>& more) {
