@@ -113,7 +113,7 @@ TEST_F(AboutDialogTest, ControlsAreToldToRedrawInTheirFont) {
 
 TEST_F(AboutDialogTest, TextsAreInTheChosenLanguage) {
     EXPECT_EQ(GetProductVersion(), L"?") << "the tests have no version of their own";
-    for (const auto& [language, code] : AllLanguages) {
+    for (const auto& [language, code, longCode] : AllLanguages) {
         ChooseLanguage(code);
         OpenAndLook([&](HWND dialog) {
             EXPECT_EQ(WindowTitle(dialog), ExpectedText(StrAboutTitle, language));

@@ -77,7 +77,7 @@ TEST_F(MenuItemsTest, EveryTextIsInItsPlaceInAllLanguages) {
     Other().Destroy(gone);
     RebuildCandidates();
     ASSERT_TRUE(CandidateList().empty());
-    for (const auto& [language, code] : AllLanguages) {
+    for (const auto& [language, code, longCode] : AllLanguages) {
         ChooseLanguage(code);
         const Menu menu = BuildTrayMenu();
         EXPECT_EQ(DescribedMenu(menu.get()), MainLevel(language));
@@ -93,7 +93,7 @@ TEST_F(MenuItemsTest, ActiveWindowIsNamedInAllLanguages) {
     const HWND window = Sized(L"Main - 1", 640, 480);
     ASSERT_TRUE(Other().BringToForeground(window));
     PrepareMenuState();
-    for (const auto& [language, code] : AllLanguages) {
+    for (const auto& [language, code, longCode] : AllLanguages) {
         ChooseLanguage(code);
         ClearMenuRows();
         const Menu menu = BuildMinSizeMenu();

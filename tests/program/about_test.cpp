@@ -148,7 +148,7 @@ void ExpectInTheCorner(HWND dialog) {
 }
 
 TEST_F(AboutTest, SpeaksTheLanguageOfTheProgram) {
-    for (const auto& [language, code] : AllLanguages) {
+    for (const auto& [language, code, longCode] : AllLanguages) {
         SCOPED_TRACE(testing::PrintToString(std::wstring(code)));
         EmptyStartupFolder();
         const TrayRecorder recorder;

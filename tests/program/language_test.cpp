@@ -60,7 +60,7 @@ TEST_F(LanguageTest, ProgramSpeaksTheSystemsDisplayLanguage) {
 }
 
 TEST_F(LanguageTest, BalloonsAreInTheChosenLanguage) {
-    for (const auto& [language, code] : AllLanguages) {
+    for (const auto& [language, code, longCode] : AllLanguages) {
         const TrayRecorder recorder;
         const Program program = StartedProgram({{L"MORVANE_LANG", code}});
         EXPECT_TRUE(program.SendCommand(MinSizeActiveCommand));

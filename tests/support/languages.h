@@ -16,19 +16,20 @@ namespace morvane::test {
 struct InterfaceLanguage {
     Language language;
     const wchar_t* code;  // for MORVANE_LANG
+    const wchar_t* longCode;
 };
 
 constexpr std::array<InterfaceLanguage, LanguageCount> AllLanguages = {{
-    {Language::English, L"en"},
-    {Language::Japanese, L"ja"},
-    {Language::ChineseSimplified, L"zh-cn"},
-    {Language::ChineseTraditional, L"zh-tw"},
-    {Language::Korean, L"ko"},
-    {Language::Spanish, L"es"},
-    {Language::French, L"fr"},
-    {Language::German, L"de"},
-    {Language::PortugueseBrazil, L"pt"},
-    {Language::Russian, L"ru"},
+    {Language::English, L"en", L"en-us"},
+    {Language::Japanese, L"ja", L"ja-jp"},
+    {Language::ChineseSimplified, L"zh-cn", L"zh-cn"},
+    {Language::ChineseTraditional, L"zh-tw", L"zh-tw"},
+    {Language::Korean, L"ko", L"ko-kr"},
+    {Language::Spanish, L"es", L"es-es"},
+    {Language::French, L"fr", L"fr-fr"},
+    {Language::German, L"de", L"de-de"},
+    {Language::PortugueseBrazil, L"pt", L"pt-br"},
+    {Language::Russian, L"ru", L"ru-ru"},
 }};
 
 // L"(no text)" for an id that is missing here.

@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <gtest/gtest.h>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "base/win.h"
 #include "support/import_patch.h"
@@ -16,42 +18,27 @@ namespace {
 // Read before main, before any test has chosen a language.
 const Language LanguageBeforeTheChoice = CurrentLanguage();
 
-struct CodeCase {
-    const wchar_t* code;
-    Language language;
-};
-
-constexpr CodeCase Codes[] = {
-    {L"en", Language::English},
-    {L"en-us", Language::English},
-    {L"ja", Language::Japanese},
-    {L"ja-jp", Language::Japanese},
-    {L"zh-cn", Language::ChineseSimplified},
-    {L"zh-tw", Language::ChineseTraditional},
-    {L"ko", Language::Korean},
-    {L"ko-kr", Language::Korean},
-    {L"es", Language::Spanish},
-    {L"es-es", Language::Spanish},
-    {L"fr", Language::French},
-    {L"fr-fr", Language::French},
-    {L"de", Language::German},
-    {L"de-de", Language::German},
-    {L"pt", Language::PortugueseBrazil},
-    {L"pt-br", Language::PortugueseBrazil},
-    {L"ru", Language::Russian},
-    {L"ru-ru", Language::Russian},
-    {L"JA-JP", Language::Japanese},
-    {L"Ja", Language::Japanese},
-    {L"ja-JP", Language::Japanese},
-    {L"ZH-TW", Language::ChineseTraditional},
-    {L"zh-CN", Language::ChineseSimplified},
-    {L"KO", Language::Korean},
-    {L"eS", Language::Spanish},
-    {L"Fr-FR", Language::French},
-    {L"dE-De", Language::German},
-    {L"PT-br", Language::PortugueseBrazil},
-    {L"RU-RU", Language::Russian},
-};
+// Code and language.
+std::vector<std::pair<const wchar_t*, Language>> KnownCodes() {
+    std::vector<std::pair<const wchar_t*, Language>> codes = {
+        {L"JA-JP", Language::Japanese},
+        {L"Ja", Language::Japanese},
+        {L"ja-JP", Language::Japanese},
+        {L"ZH-TW", Language::ChineseTraditional},
+        {L"zh-CN", Language::ChineseSimplified},
+        {L"KO", Language::Korean},
+        {L"eS", Language::Spanish},
+        {L"Fr-FR", Language::French},
+        {L"dE-De", Language::German},
+        {L"PT-br", Language::PortugueseBrazil},
+        {L"RU-RU", Language::Russian},
+    };
+    for (const auto& [language, code, longCode] : AllLanguages) {
+        codes.emplace_back(code, language);
+        codes.emplace_back(longCode, language);
+    }
+    return codes;
+}
 
 constexpr const wchar_t* UnknownCodes[] = {
     L" ",
@@ -90,7 +77,7 @@ constexpr const wchar_t* UnknownCodes[] = {
 };
 
 TEST(ParseLanguageCode, KnowsTheWholeCodesInAnyCaseAndTakesAllOthersForEnglish) {
-    for (const auto& [code, language] : Codes) {
+    for (const auto& [code, language] : KnownCodes()) {
         EXPECT_EQ(ParseLanguageCode(code), language) << Printed(code);
     }
     for (const wchar_t* const code : UnknownCodes) {
@@ -131,7 +118,7 @@ private:
 };
 
 TEST_P(InitLanguageTest, UsesTheLanguageOfTheVariable) {
-    for (const auto& [code, language] : Codes) {
+    for (const auto& [code, language] : KnownCodes()) {
         ChooseLanguage(code);
         EXPECT_EQ(CurrentLanguage(), language) << Printed(code);
     }

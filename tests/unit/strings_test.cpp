@@ -24,7 +24,7 @@ constexpr StringId IdsOutsideTheTable[] = {
 };
 
 TEST(GetText, ReturnsEveryTextInEveryLanguage) {
-    for (const auto& [language, code] : AllLanguages) {
+    for (const auto& [language, code, longCode] : AllLanguages) {
         ChooseLanguage(code);
         ASSERT_EQ(CurrentLanguage(), language);
         for (int number = 0; number < StringCount; ++number) {
@@ -36,7 +36,7 @@ TEST(GetText, ReturnsEveryTextInEveryLanguage) {
 }
 
 TEST(GetText, ReturnsTheEmptyTextForAnIdOutsideTheTable) {
-    for (const auto& [language, code] : AllLanguages) {
+    for (const auto& [language, code, longCode] : AllLanguages) {
         ChooseLanguage(code);
         for (const StringId id : IdsOutsideTheTable) {
             ASSERT_NE(GetText(id), nullptr) << id << " in " << Printed(code);
@@ -55,7 +55,7 @@ TEST(GetText, ReturnsTextThatStaysInPlace) {
 }
 
 TEST(FormatText, ReplacesThePlaceholderOfTheTwoTextsThatHaveOne) {
-    for (const auto& [language, code] : AllLanguages) {
+    for (const auto& [language, code, longCode] : AllLanguages) {
         ChooseLanguage(code);
         for (int number = 0; number < StringCount; ++number) {
             const auto id = static_cast<StringId>(number);
