@@ -91,6 +91,7 @@ TEST(FindBestEntry, PicksTheLongestPatternAndTheEarliestAmongEquals) {
         std::wstring_view title;
         std::int32_t index;
     };
+    const std::wstring longTitle = std::wstring(600, L'x') + L"Notepad";
     const Case cases[] = {
         {"no entries", ListOf({}), L"a.txt - Notepad", -1},
         {"no entries, no title", ListOf({}), L"", -1},
@@ -107,6 +108,7 @@ TEST(FindBestEntry, PicksTheLongestPatternAndTheEarliestAmongEquals) {
         {"an empty pattern first", ListOf({L"", L"a"}), L"a", 1},
         {"an empty pattern last", ListOf({L"a", L""}), L"a", 0},
         {"case beyond ASCII", ListOf({L"\u00E9", L"\u00C9"}), L"\u00C9", 1},
+        {"at the end of a long title", ListOf({L"NOTEPADS", L"xNOTEPAD"}), longTitle, 1},
         {"the last of many", ListOf({L"a", L"b", L"c", L"d", L"e"}), L"E", 4},
     };
     for (const Case& c : cases) {

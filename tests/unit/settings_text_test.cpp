@@ -7,6 +7,7 @@
 #include <limits>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "support/settings_header.h"
@@ -40,7 +41,7 @@ std::string NumberedLines(int count) {
 }
 
 TEST(ParseSettingsText, GivesTheDefaultListForTextWithoutEntries) {
-    const std::string documents[] = {
+    constexpr std::string_view Documents[] = {
         "",
         "\n",
         "\n\n\n",
@@ -55,10 +56,10 @@ TEST(ParseSettingsText, GivesTheDefaultListForTextWithoutEntries) {
         "#@pinning=0\n",
         "# @pinning=0\n#notepad",
         "\xE3\x80\x80\n",
-        WithComments(""),
+        SettingsHeader,
     };
-    for (const std::string& bytes : documents) {
-        ExpectLists({{bytes, {true, {}}}});
+    for (const std::string_view bytes : Documents) {
+        ExpectLists({{std::string(bytes), {true, {}}}});
     }
 }
 
@@ -175,10 +176,6 @@ TEST(ParseSettingsText, CountsEntriesOnlyTowardsTheLimit) {
     ExpectLists({{document, {false, NumberedEntries(100)}}});
 }
 
-TEST(FormatSettingsText, WritesFiveHeaderLinesForTheDefaultList) {
-    EXPECT_EQ(FormatSettingsText({}), WithComments("@pinning=1\n"));
-}
-
 TEST(FormatSettingsText, WritesTheExampleByteForByte) {
     EXPECT_EQ(FormatSettingsText({false, {{L"notepad"}, {L"Visual Studio Code", 1280, 720}}}),
               "# Morvane config (UTF-8)\n"
@@ -191,13 +188,9 @@ TEST(FormatSettingsText, WritesTheExampleByteForByte) {
 }
 
 TEST(FormatSettingsText, WritesOneLinePerEntry) {
-    struct Case {
-        PinEntry entry;
-        std::string_view line;
-    };
     constexpr std::int32_t Lowest = std::numeric_limits<std::int32_t>::min();
     constexpr std::int32_t Highest = std::numeric_limits<std::int32_t>::max();
-    const Case cases[] = {
+    const std::pair<PinEntry, std::string_view> cases[] = {
         {{L"Notes", 0, 0}, "Notes\n"},
         {{L"Notes", 0, 600}, "Notes\t0\t600\n"},
         {{L"Notes", 600, 0}, "Notes\t600\t0\n"},
@@ -221,10 +214,10 @@ TEST(FormatSettingsText, WritesOneLinePerEntry) {
         {{L"", 0, 0}, "\n"},
         {{L"", 5, 6}, "\t5\t6\n"},
     };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(Printed(c.entry));
-        EXPECT_EQ(Printed(FormatSettingsText({true, {c.entry}})),
-                  Printed(WithComments("@pinning=1\n").append(c.line)));
+    for (const auto& [entry, line] : cases) {
+        EXPECT_EQ(Printed(FormatSettingsText({true, {entry}})),
+                  Printed(WithComments("@pinning=1\n").append(line)))
+            << Printed(entry);
     }
 }
 
@@ -256,11 +249,7 @@ TEST(SettingsText, IsNormalisedByReadingAndWriting) {
 
 // The format has no escape: the next reading takes a pattern's line at face value.
 TEST(SettingsText, DoesNotKeepPatternsThatReadAsSomethingElse) {
-    struct Case {
-        PinEntry written;
-        PinList read;
-    };
-    const Case cases[] = {
+    const std::pair<PinEntry, PinList> cases[] = {
         {{L"#general", 5, 6}, {true, {}}},
         {{L"Foo\t5\t6", 0, 0}, {true, {{L"Foo", 5, 6}}}},
         {{L"Foo 5 6", 0, 0}, {true, {{L"Foo", 5, 6}}}},
@@ -274,10 +263,9 @@ TEST(SettingsText, DoesNotKeepPatternsThatReadAsSomethingElse) {
         {{L"Foo", 10000, 1}, {true, {{L"Foo", 8192, 1}}}},
         {{L"Foo", -5, 1}, {true, {{L"Foo\t-5\t1"}}}},
     };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(Printed(c.written));
-        EXPECT_EQ(Printed(ParseSettingsText(FormatSettingsText({true, {c.written}}))),
-                  Printed(c.read));
+    for (const auto& [written, read] : cases) {
+        SCOPED_TRACE(Printed(written));
+        ExpectLists({{FormatSettingsText({true, {written}}), read}});
     }
 }
 
