@@ -7,9 +7,9 @@
 
 #include "base/gui_owners.h"
 #include "desktop/about_fixture.h"
-#include "desktop/interface_texts.h"
 #include "pin/enforcement.h"
 #include "support/import_patch.h"
+#include "support/languages.h"
 #include "support/test_environment.h"
 #include "support/wait.h"
 #include "support/window_state.h"
@@ -113,14 +113,13 @@ TEST_F(AboutDialogTest, ControlsAreToldToRedrawInTheirFont) {
 
 TEST_F(AboutDialogTest, TextsAreInTheChosenLanguage) {
     EXPECT_EQ(GetProductVersion(), L"?") << "the tests have no version of their own";
-    for (const InterfaceTexts& texts : TextsOfAllLanguages()) {
-        ChooseLanguage(texts.code);
-        std::wstring body = std::wstring(L"Morvane\n\n").append(texts.aboutVersion);
-        body.replace(body.find(L"{0}"), 3, L"?");
+    for (const auto& [language, code, longCode] : AllLanguages) {
+        ChooseLanguage(code);
         OpenAndLook([&](HWND dialog) {
-            EXPECT_EQ(WindowTitle(dialog), texts.aboutTitle);
-            EXPECT_EQ(WindowTitle(BodyOf(dialog)), body);
-            EXPECT_EQ(WindowTitle(ButtonOf(dialog)), texts.close);
+            EXPECT_EQ(WindowTitle(dialog), ExpectedText(StrAboutTitle, language));
+            EXPECT_EQ(WindowTitle(BodyOf(dialog)),
+                      L"Morvane\n\n" + ExpectedFormat(StrAboutVersion, L"?", language));
+            EXPECT_EQ(WindowTitle(ButtonOf(dialog)), ExpectedText(StrClose, language));
         });
     }
 }

@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "base/process.h"
-#include "desktop/interface_texts.h"
+#include "support/languages.h"
 #include "support/window_state.h"
 #include "ui/about.h"
 

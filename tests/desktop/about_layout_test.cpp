@@ -8,8 +8,8 @@
 
 #include "base/gui_owners.h"
 #include "desktop/about_fixture.h"
-#include "desktop/interface_texts.h"
 #include "support/import_patch.h"
+#include "support/languages.h"
 #include "support/screen.h"
 #include "support/wait.h"
 #include "support/window_owner.h"
@@ -103,8 +103,8 @@ protected:
 };
 
 TEST_F(AboutLayoutTest, LayoutFollowsTheTextInAllLanguages) {
-    for (const InterfaceTexts& texts : TextsOfAllLanguages()) {
-        ChooseLanguage(texts.code);
+    for (const InterfaceLanguage& language : AllLanguages) {
+        ChooseLanguage(language.code);
         OpenAndLook([](HWND dialog) { ExpectLayout(dialog); });
     }
 }

@@ -3,8 +3,8 @@
 #include <utility>
 
 #include "base/process.h"
-#include "desktop/interface_texts.h"
 #include "desktop/menu_reader.h"
+#include "support/languages.h"
 #include "ui/menu_rows.h"
 #include "ui/tray_menu.h"
 

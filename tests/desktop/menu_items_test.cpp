@@ -4,11 +4,11 @@
 #include <string>
 #include <vector>
 
-#include "desktop/interface_texts.h"
 #include "desktop/menu_fixture.h"
 #include "desktop/menu_reader.h"
 #include "pin/candidates.h"
 #include "pin/engine.h"
+#include "support/languages.h"
 #include "support/test_environment.h"
 #include "support/test_files.h"
 #include "ui/active_window.h"
@@ -24,23 +24,23 @@ constexpr int AlwaysOnTopItem = 0;
 constexpr int StartWithWindowsItem = 7;
 
 // The top level with pinning on and no Startup shortcut.
-Lines MainLevel(const InterfaceTexts& texts) {
-    const auto with = [](const wchar_t* head, const wchar_t* text) {
-        return std::wstring(head).append(text);
+Lines MainLevel(Language language) {
+    const auto with = [language](const wchar_t* head, StringId id) {
+        return std::wstring(head).append(ExpectedText(id, language));
     };
     return {
-        with(L"1002 checked: ", texts.alwaysOnTop),
+        with(L"1002 checked: ", StrAlwaysOnTop),
         L"-",
-        with(L"> ", texts.addRemove),
-        with(L"> ", texts.addRemoveMinSize),
+        with(L"> ", StrAddRemove),
+        with(L"> ", StrAddRemoveMinSize),
         L"-",
-        with(L"1003: ", texts.openSettings),
-        with(L"1001: ", texts.applyNow),
-        with(L"1010: ", texts.startWithWindows),
+        with(L"1003: ", StrOpenSettings),
+        with(L"1001: ", StrApplyNow),
+        with(L"1010: ", StrStartWithWindows),
         L"-",
-        with(L"1009: ", texts.about),
+        with(L"1009: ", StrAbout),
         L"-",
-        with(L"1004: ", texts.exit),
+        with(L"1004: ", StrExit),
     };
 }
 
@@ -77,13 +77,14 @@ TEST_F(MenuItemsTest, EveryTextIsInItsPlaceInAllLanguages) {
     Other().Destroy(gone);
     RebuildCandidates();
     ASSERT_TRUE(CandidateList().empty());
-    for (const InterfaceTexts& texts : TextsOfAllLanguages()) {
-        ChooseLanguage(texts.code);
+    for (const auto& [language, code, longCode] : AllLanguages) {
+        ChooseLanguage(code);
         const Menu menu = BuildTrayMenu();
-        EXPECT_EQ(DescribedMenu(menu.get()), MainLevel(texts));
-        const std::wstring noWindows = std::wstring(L"0 grayed: ").append(texts.noWindows);
+        EXPECT_EQ(DescribedMenu(menu.get()), MainLevel(language));
+        const std::wstring grayed = L"0 grayed: ";
+        const std::wstring noWindows = grayed + ExpectedText(StrNoWindows, language);
         EXPECT_EQ(DescribedMenu(GetSubMenu(menu.get(), 2)), Lines({noWindows}));
-        const std::wstring noActive = std::wstring(L"0 grayed: ").append(texts.noActiveWindow);
+        const std::wstring noActive = grayed + ExpectedText(StrNoActiveWindow, language);
         EXPECT_EQ(DescribedMenu(GetSubMenu(menu.get(), 3)), Lines({noActive, L"-", noWindows}));
     }
 }
@@ -92,12 +93,13 @@ TEST_F(MenuItemsTest, ActiveWindowIsNamedInAllLanguages) {
     const HWND window = Sized(L"Main - 1", 640, 480);
     ASSERT_TRUE(Other().BringToForeground(window));
     PrepareMenuState();
-    for (const InterfaceTexts& texts : TextsOfAllLanguages()) {
-        ChooseLanguage(texts.code);
+    for (const auto& [language, code, longCode] : AllLanguages) {
+        ChooseLanguage(code);
         ClearMenuRows();
         const Menu menu = BuildMinSizeMenu();
-        const std::wstring text = std::wstring(texts.activePrefix).append(L"Main - 1 (640 x 480)");
-        EXPECT_EQ(DescribedItem(menu.get(), 0), RowLine(1006, 1, L"free", text));
+        const std::wstring prefix = ExpectedText(StrActivePrefix, language);
+        EXPECT_EQ(DescribedItem(menu.get(), 0),
+                  RowLine(1006, 1, L"free", prefix + L"Main - 1 (640 x 480)"));
     }
 }
 

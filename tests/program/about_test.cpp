@@ -1,6 +1,7 @@
 // The About dialog as the user opens, reads and closes it.
 
 #include "program/menu_scene.h"
+#include "support/languages.h"
 #include "support/tray.h"
 
 namespace morvane::test {
@@ -129,35 +130,6 @@ TEST_F(AboutTest, ExitChosenOverItEndsTheProcess) {
     EXPECT_EQ(next.ExitByCommand(), 0U);
 }
 
-struct LanguageCase {
-    const wchar_t* code;
-    const wchar_t* title;
-    const wchar_t* version;
-    const wchar_t* close;
-    const wchar_t* startupBalloon;
-};
-
-constexpr LanguageCase LanguageCases[] = {
-    {L"en", L"About Morvane", L"Version: ", L"Close",
-     L"Morvane will start when you sign in to Windows."},
-    {L"ja", L"Morvane について", L"バージョン: ", L"閉じる",
-     L"ログオン時に Morvane が自動起動するようにしました。"},
-    {L"zh-cn", L"关于 Morvane", L"版本: ", L"关闭", L"已设为登录 Windows 时自动启动 Morvane。"},
-    {L"zh-tw", L"關於 Morvane", L"版本: ", L"關閉", L"已設為登入 Windows 時自動啟動 Morvane。"},
-    {L"ko", L"Morvane 정보", L"버전: ", L"닫기",
-     L"Windows 로그온 시 Morvane가 자동으로 실행됩니다."},
-    {L"es", L"Acerca de Morvane", L"Versión: ", L"Cerrar",
-     L"Morvane se iniciará al iniciar sesión en Windows."},
-    {L"fr", L"À propos de Morvane", L"Version : ", L"Fermer",
-     L"Morvane démarrera à votre connexion Windows."},
-    {L"de", L"Über Morvane", L"Version: ", L"Schließen",
-     L"Morvane startet bei der Windows-Anmeldung automatisch."},
-    {L"pt", L"Sobre o Morvane", L"Versão: ", L"Fechar",
-     L"O Morvane será iniciado ao entrar no Windows."},
-    {L"ru", L"О программе Morvane", L"Версия: ", L"Закрыть",
-     L"Morvane будет запускаться при входе в Windows."},
-};
-
 // Bottom right corner of the work area, 16 pixels from its edges, whatever the text.
 void ExpectInTheCorner(HWND dialog) {
     RECT area{};
@@ -176,13 +148,13 @@ void ExpectInTheCorner(HWND dialog) {
 }
 
 TEST_F(AboutTest, SpeaksTheLanguageOfTheProgram) {
-    for (const LanguageCase& item : LanguageCases) {
-        SCOPED_TRACE(testing::PrintToString(std::wstring(item.code)));
+    for (const auto& [language, code, longCode] : AllLanguages) {
+        SCOPED_TRACE(testing::PrintToString(std::wstring(code)));
         EmptyStartupFolder();
         const TrayRecorder recorder;
-        const Program program = StartedProgram({{L"MORVANE_LANG", item.code}});
+        const Program program = StartedProgram({{L"MORVANE_LANG", code}});
         ASSERT_TRUE(OpenAndChoose(program, Item::StartWithWindows, Way::Keyboard));
-        EXPECT_EQ(WaitForBalloon(recorder).info, item.startupBalloon);
+        EXPECT_EQ(WaitForBalloon(recorder).info, ExpectedText(StrStartupEnabled, language));
         EXPECT_EQ(WaitForBalloon(recorder).infoTitle, L"Morvane");
         ASSERT_TRUE(OpenAndChoose(program, Item::About, Way::Keyboard));
         ASSERT_TRUE(WaitUntil([&] {
@@ -190,10 +162,10 @@ TEST_F(AboutTest, SpeaksTheLanguageOfTheProgram) {
                    IsWindowEnabled(program.ControlWindow()) == FALSE;
         }));
         const HWND dialog = AboutDialog(program);
-        EXPECT_EQ(WindowTitle(dialog), item.title);
+        EXPECT_EQ(WindowTitle(dialog), ExpectedText(StrAboutTitle, language));
         EXPECT_EQ(ControlText(dialog, AboutBodyId),
-                  std::wstring(L"Morvane\n\n") + item.version + L"26.9.12.2157");
-        EXPECT_EQ(ControlText(dialog, AboutCloseId), item.close);
+                  L"Morvane\n\n" + ExpectedFormat(StrAboutVersion, L"26.9.12.2157", language));
+        EXPECT_EQ(ControlText(dialog, AboutCloseId), ExpectedText(StrClose, language));
         ExpectInTheCorner(dialog);
         PressCloseButton(dialog);
         EXPECT_TRUE(AboutCloses(program));

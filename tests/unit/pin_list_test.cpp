@@ -25,12 +25,6 @@ protected:
     }
 };
 
-TEST(PinList, HasTheLimitsOfTheSettingsFile) {
-    EXPECT_EQ(MaxPinEntries, 100U);
-    EXPECT_EQ(MaxPatternLength, 512U);
-    EXPECT_EQ(MaxMinSize, 8192);
-}
-
 TEST(PinList, StartsWithPinningOnAndNoEntries) {
     EXPECT_EQ(Printed(PinList{}), "pinning on\n");
     EXPECT_EQ(Printed(PinEntry{L"a"}), Printed({L"a", 0, 0}));
