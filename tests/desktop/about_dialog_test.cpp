@@ -1,7 +1,6 @@
 // The About dialog in this process: its parts, how it opens and how it closes.
 
 #include <gtest/gtest.h>
-#include <string>
 #include <utility>
 #include <vector>
 

@@ -1,10 +1,9 @@
 #include "desktop/about_fixture.h"
 
-#include <utility>
-
 #include "base/process.h"
 #include "desktop/interface_texts.h"
 #include "support/import_patch.h"
+#include "support/import_watch.h"
 #include "support/window_state.h"
 #include "ui/about.h"
 
@@ -21,6 +20,24 @@ ATOM WINAPI RefuseRegistration(const WNDCLASSW* /*windowClass*/) {
 }
 
 }  // namespace
+
+std::vector<Request> RequestsOf(const std::function<void()>& call) {
+    std::vector<Request> requests;
+    const ImportWatch<decltype(&SetWindowPos)> watch(
+        "SetWindowPos",
+        [&requests](HWND window, HWND insertAfter, int x, int y, int cx, int cy, UINT flags) {
+            PositionRequest request;
+            request.insertAfter = insertAfter;
+            request.x = x;
+            request.y = y;
+            request.cx = cx;
+            request.cy = cy;
+            request.flags = flags;
+            requests.emplace_back(window, Described({request}).front());
+        });
+    call();
+    return requests;
+}
 
 FirstOpening MakeFirstOpening(ControlStandIn& owner) {
     if (!firstOpening) {

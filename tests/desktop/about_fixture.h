@@ -3,6 +3,8 @@
 #include <cstddef>
 #include <functional>
 #include <optional>
+#include <string>
+#include <utility>
 #include <vector>
 
 #include "base/win.h"
@@ -30,6 +32,12 @@ void CloseAbout();
 
 // The control's rectangle in its dialog's client pixels.
 [[nodiscard]] RECT PlaceOf(HWND control);
+
+// A window of this process and what it is asked for, in the words of Described.
+using Request = std::pair<HWND, std::string>;
+
+// The requests that this process makes during the call.
+[[nodiscard]] std::vector<Request> RequestsOf(const std::function<void()>& call);
 
 // The first opening in this process. It fails on purpose: its class is not registered. That cannot
 // be tested later, because a registered class stays.

@@ -12,7 +12,6 @@
 #include "desktop/canvas.h"
 #include "desktop/interface_texts.h"
 #include "support/import_patch.h"
-#include "support/import_watch.h"
 #include "support/screen.h"
 #include "support/wait.h"
 #include "support/window_owner.h"
@@ -202,20 +201,17 @@ TEST_F(AboutLayoutTest, MovingToTheCornerChangesNothingElse) {
 }
 
 TEST_F(AboutLayoutTest, DialogIsSizedThenMovedWithoutActivation) {
-    std::vector<PositionRequest> requests;
-    const ImportWatch<decltype(&SetWindowPos)> watch(
-        "SetWindowPos",
-        [&requests](HWND /*window*/, HWND insertAfter, int x, int y, int cx, int cy, UINT flags) {
-            requests.push_back(
-                {.insertAfter = insertAfter, .x = x, .y = y, .cx = cx, .cy = cy, .flags = flags});
+    std::vector<Request> expected;
+    const std::vector<Request> requests = RequestsOf([&] {
+        OpenAndLook([&expected](HWND dialog) {
+            const RECT frame = WindowRect(dialog);
+            const auto words = [](LONG number) { return std::to_string(number); };
+            expected = {
+                {dialog, "top 0,0 420x" + words(frame.bottom - frame.top) + " 0016"},
+                {dialog, "top " + words(frame.left) + "," + words(frame.top) + " 0x0 0015"}};
         });
-    OpenAndLook([&requests](HWND dialog) {
-        const RECT frame = WindowRect(dialog);
-        const std::vector<PositionRequest> expected = {
-            {.cx = 420, .cy = frame.bottom - frame.top, .flags = 0x16},
-            {.x = frame.left, .y = frame.top, .flags = 0x15}};
-        EXPECT_EQ(Described(requests), Described(expected));
     });
+    EXPECT_EQ(requests, expected);
 }
 
 struct ThemeCase {

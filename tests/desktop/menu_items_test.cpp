@@ -19,57 +19,51 @@ namespace {
 
 using Lines = std::vector<std::wstring>;
 
+std::wstring With(const wchar_t* head, const wchar_t* text) {
+    return std::wstring(head).append(text);
+}
+
 // The top level with pinning on and no Startup shortcut.
 Lines MainLevel(const InterfaceTexts& texts) {
-    const auto with = [](const wchar_t* head, const wchar_t* text) {
-        return std::wstring(head).append(text);
-    };
     return {
-        with(L"1002 checked: ", texts.alwaysOnTop),
+        With(L"1002 checked: ", texts.alwaysOnTop),
         L"-",
-        with(L"> ", texts.addRemove),
-        with(L"> ", texts.addRemoveMinSize),
+        With(L"> ", texts.addRemove),
+        With(L"> ", texts.addRemoveMinSize),
         L"-",
-        with(L"1003: ", texts.openSettings),
-        with(L"1001: ", texts.applyNow),
-        with(L"1010: ", texts.startWithWindows),
+        With(L"1003: ", texts.openSettings),
+        With(L"1001: ", texts.applyNow),
+        With(L"1010: ", texts.startWithWindows),
         L"-",
-        with(L"1009: ", texts.about),
+        With(L"1009: ", texts.about),
         L"-",
-        with(L"1004: ", texts.exit),
+        With(L"1004: ", texts.exit),
     };
 }
 
 using MenuItemsTest = MenuTest;
 
 TEST_F(MenuItemsTest, EveryTextIsInItsPlaceInAllLanguages) {
-    const HWND gone = Window(L"Gone");
-    ASSERT_TRUE(Other().BringToForeground(gone));
+    const HWND window = Sized(L"Main - 1", 640, 480);
+    ASSERT_TRUE(Other().BringToForeground(window));
     PrepareMenuState();
-    Other().Destroy(gone);
+    Other().Hide(window);
     RebuildCandidates();
     ASSERT_TRUE(CandidateList().empty());
     for (const InterfaceTexts& texts : TextsOfAllLanguages()) {
         ChooseLanguage(texts.code);
         const Menu menu = BuildTrayMenu();
         EXPECT_EQ(DescribedMenu(menu.get()), MainLevel(texts));
-        const std::wstring noWindows = std::wstring(L"0 grayed: ").append(texts.noWindows);
+        const std::wstring noWindows = With(L"0 grayed: ", texts.noWindows);
         EXPECT_EQ(DescribedMenu(GetSubMenu(menu.get(), 2)), Lines({noWindows}));
-        const std::wstring noActive = std::wstring(L"0 grayed: ").append(texts.noActiveWindow);
-        EXPECT_EQ(DescribedMenu(GetSubMenu(menu.get(), 3)), Lines({noActive, L"-", noWindows}));
-    }
-}
-
-TEST_F(MenuItemsTest, ActiveWindowIsNamedInAllLanguages) {
-    const HWND window = Sized(L"Main - 1", 640, 480);
-    ASSERT_TRUE(Other().BringToForeground(window));
-    PrepareMenuState();
-    for (const InterfaceTexts& texts : TextsOfAllLanguages()) {
-        ChooseLanguage(texts.code);
+        EXPECT_EQ(DescribedMenu(GetSubMenu(menu.get(), 3)),
+                  Lines({With(L"0 grayed: ", texts.noActiveWindow), L"-", noWindows}));
+        Other().Show(window, SW_SHOWNA);
+        const Menu minSize = BuildMinSizeMenu();
+        EXPECT_EQ(DescribedItem(minSize.get(), 0),
+                  RowLine(1006, 1, L"free", With(texts.activePrefix, L"Main - 1 (640 x 480)")));
+        Other().Hide(window);
         ClearMenuRows();
-        const Menu menu = BuildMinSizeMenu();
-        const std::wstring text = std::wstring(texts.activePrefix).append(L"Main - 1 (640 x 480)");
-        EXPECT_EQ(DescribedItem(menu.get(), 0), RowLine(1006, 1, L"free", text));
     }
 }
 

@@ -4,14 +4,12 @@
 #include <gtest/gtest.h>
 #include <iostream>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "desktop/about_fixture.h"
 #include "desktop/menu_fixture.h"
 #include "desktop/menu_reader.h"
 #include "pin/enforcement.h"
-#include "support/import_watch.h"
 #include "support/test_environment.h"
 #include "support/wait.h"
 #include "support/window_owner.h"
@@ -29,26 +27,6 @@ HWND Cover(Actor& actor) {
     EXPECT_TRUE(WriteSettings("cover\n"));
     return actor.Create(
         {.title = L"Cover", .style = WS_POPUP, .x = 0, .y = 0, .width = 1280, .height = 800});
-}
-
-// A window and what it is asked for.
-using Request = std::pair<HWND, std::string>;
-
-std::vector<Request> RequestsOf(void (*raise)()) {
-    std::vector<Request> requests;
-    const ImportWatch<decltype(&SetWindowPos)> watch("SetWindowPos", [&requests](HWND window,
-                                                                                 HWND insertAfter,
-                                                                                 int x, int y,
-                                                                                 int cx, int cy,
-                                                                                 UINT flags) {
-        requests.emplace_back(
-            window,
-            Described(
-                {{.insertAfter = insertAfter, .x = x, .y = y, .cx = cx, .cy = cy, .flags = flags}})
-                .front());
-    });
-    raise();
-    return requests;
 }
 
 // Runs a pass, which puts the cover above the windows, highest first. Raises these once, judges the

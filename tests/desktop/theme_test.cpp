@@ -143,20 +143,16 @@ TEST_F(ThemeTest, InterfaceFontIsSegoeScaledToTheScreen) {
 }
 
 TEST_F(ThemeTest, ControlsAreDrawnTransparentlyInTheTextColour) {
-    const Canvas canvas(10, 10);
-    const HDC dc = canvas.Context();
-    DialogTheme theme;
-    theme.textColour = RGB(12, 34, 56);
-    SetBkMode(dc, OPAQUE);
-    EXPECT_EQ(ThemedCtlColor(dc, theme), GetSysColorBrush(COLOR_BTNFACE)) << "without a brush";
-    EXPECT_EQ(GetBkMode(dc), TRANSPARENT);
-    EXPECT_EQ(GetTextColor(dc), RGB(12, 34, 56));
-    theme.brush.reset(CreateSolidBrush(RGB(9, 9, 9)));
-    theme.textColour = RGB(65, 43, 21);
-    SetBkMode(dc, OPAQUE);
-    EXPECT_EQ(ThemedCtlColor(dc, theme), theme.brush.get());
-    EXPECT_EQ(GetBkMode(dc), TRANSPARENT);
-    EXPECT_EQ(GetTextColor(dc), RGB(65, 43, 21));
+    for (const bool hasBrush : {false, true}) {
+        const Canvas canvas(10, 10);
+        DialogTheme theme;
+        theme.textColour = RGB(12, 34, 56);
+        theme.brush.reset(hasBrush ? CreateSolidBrush(RGB(9, 9, 9)) : nullptr);
+        EXPECT_EQ(ThemedCtlColor(canvas.Context(), theme),
+                  hasBrush ? theme.brush.get() : GetSysColorBrush(COLOR_BTNFACE));
+        EXPECT_EQ(GetBkMode(canvas.Context()), TRANSPARENT) << hasBrush;
+        EXPECT_EQ(GetTextColor(canvas.Context()), RGB(12, 34, 56)) << hasBrush;
+    }
 }
 
 TEST_F(ThemeTest, BackgroundFillsTheClientAreaAndNothingElse) {
@@ -182,13 +178,12 @@ TEST_F(ThemeTest, ReleaseDeletesTheFontAndTheBrush) {
     const HBRUSH brush = theme.brush.get();
     ASSERT_EQ(GetObjectType(font), DWORD{OBJ_FONT});
     ASSERT_EQ(GetObjectType(brush), DWORD{OBJ_BRUSH});
-    ReleaseTheme(theme);
-    EXPECT_FALSE(theme.font);
-    EXPECT_FALSE(theme.brush);
-    EXPECT_EQ(GetObjectType(font), 0U);
-    EXPECT_EQ(GetObjectType(brush), 0U);
-    ReleaseTheme(theme);
-    EXPECT_FALSE(theme.font || theme.brush) << "an empty theme stays empty";
+    for (const char* const when : {"used", "empty"}) {
+        ReleaseTheme(theme);
+        EXPECT_FALSE(theme.font || theme.brush) << when;
+        EXPECT_EQ(GetObjectType(font), 0U) << when;
+        EXPECT_EQ(GetObjectType(brush), 0U) << when;
+    }
 }
 
 }  // namespace
