@@ -1,5 +1,6 @@
 // Releasing: which windows get a request, which are only forgotten, and what stays unchanged.
 
+#include <algorithm>
 #include <chrono>
 #include <functional>
 #include <gtest/gtest.h>
@@ -73,6 +74,20 @@ TEST_F(ReleaseTest, MinimisedWindowIsReleasedAndStaysMinimised) {
     ReleaseAll();
     EXPECT_FALSE(IsTopmost(window));
     EXPECT_NE(IsIconic(window), FALSE);
+}
+
+TEST_F(ReleaseTest, DeadAndDyingWindowsAreDroppedAndTheOthersReleased) {
+    std::vector<HWND> windows = Other().CreateMany(4, {.title = L"Alpha "});
+    // In the order in which a pass pins and remembers them: the dead ones in between.
+    std::sort(windows.begin(), windows.end());
+    ApplySettings("alpha\n");
+    Other().Destroy(windows[1]);
+    Other().DieOnRequest(windows[2], 1);
+    ReleaseAll();
+    EXPECT_FALSE(IsTopmost(windows[0]));
+    EXPECT_EQ(IsWindow(windows[2]), FALSE);
+    EXPECT_FALSE(IsTopmost(windows[3]));
+    EXPECT_TRUE(Engine().pinnedWindows.empty());
 }
 
 TEST_F(ReleaseTest, RefusingWindowIsForgottenToo) {
