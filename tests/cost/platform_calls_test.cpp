@@ -135,19 +135,6 @@ TEST_F(PlatformCallsTest, APassEnumeratesOnceAndReadsTheFileOnce) {
     EXPECT_FALSE(counts.contains(OtherCalls));
 }
 
-TEST_F(PlatformCallsTest, EveryPassReadsTheListFromTheFileAgain) {
-    const HWND window = Window(L"Editor");
-    ApplySettings("editor\n");
-    ASSERT_EQ(Engine().pinnedWindows, PinnedWindowSet({window}));
-    // Neither the file nor its time changes; the list in memory must not matter.
-    Engine().pinList = {false, {{L"calculator", 0, 0}}};
-    ApplyAll();
-    EXPECT_TRUE(Engine().pinList.pinning);
-    ASSERT_EQ(Engine().pinList.entries.size(), 1U);
-    EXPECT_EQ(Engine().pinList.entries.front().pattern, L"editor");
-    EXPECT_EQ(Engine().pinnedWindows, PinnedWindowSet({window}));
-}
-
 TEST_F(PlatformCallsTest, APassWithPinningOffEnumeratesNoWindows) {
     const HWND window = Window(L"Editor");
     ApplySettings("editor\n");

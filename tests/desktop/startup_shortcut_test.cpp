@@ -48,8 +48,7 @@ protected:
     void TearDown() override { ChooseLanguage(L"en"); }
 
     [[nodiscard]] static FileHandle LockShortcut() {
-        return FileHandle(CreateFileW(StartupShortcut().c_str(), GENERIC_READ, 0, nullptr,
-                                      OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+        return HoldFile(StartupShortcut(), GENERIC_READ, 0);
     }
 
 private:
@@ -211,14 +210,6 @@ TEST_F(StartupToggleTest, FailedRemovalIsAnnouncedAsDone) {
     const FileHandle lock = LockShortcut();
     ExpectAnswer(ExpectedText(StrStartupDisabled), NIIF_INFO);
     EXPECT_TRUE(IsStartupEnabled());
-}
-
-TEST_F(StartupToggleTest, ReadOnlyShortcutStaysAndIsAnnouncedAsRemoved) {
-    ASSERT_TRUE(WriteFileBytes(StartupShortcut(), "read-only"));
-    SetFileAttributesW(StartupShortcut().c_str(), FILE_ATTRIBUTE_READONLY);
-    ExpectAnswer(ExpectedText(StrStartupDisabled), NIIF_INFO);
-    EXPECT_TRUE(IsStartupEnabled());
-    SetFileAttributesW(StartupShortcut().c_str(), FILE_ATTRIBUTE_NORMAL);
 }
 
 TEST_F(StartupToggleTest, FailedInstallationIsAWarning) {
