@@ -135,7 +135,7 @@ void Program::Kill() const {
     TerminateProcess(process_.get(), 1);
     static_cast<void>(WaitForExit(PoliteTimeout));
     if (control != nullptr) {
-        RemoveTrayIcon(control);
+        RemoveTrayIconOf(control);
     }
 }
 

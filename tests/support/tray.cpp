@@ -126,7 +126,7 @@ bool TrayIconPresent(HWND owner) {
     return TellTaskbar(NIM_MODIFY, owner);
 }
 
-void RemoveTrayIcon(HWND owner) {
+void RemoveTrayIconOf(HWND owner) {
     TellTaskbar(NIM_DELETE, owner);
 }
 

@@ -20,7 +20,7 @@ namespace morvane::test {
 [[nodiscard]] bool TrayIconPresent(HWND owner);
 
 // Takes it away, as its owner would.
-void RemoveTrayIcon(HWND owner);
+void RemoveTrayIconOf(HWND owner);
 
 // Where that icon is on the screen, in pixels; nothing while it is not shown. Where the shell does
 // not tell, the icon is searched for by its picture, which nothing may cover: the one that the
