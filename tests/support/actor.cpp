@@ -38,7 +38,7 @@ std::string Command(const char* name, std::initializer_list<long long> numbers) 
 std::string CreationWords(const WindowSpec& spec) {
     return HexFromText(spec.className) + " " + HexFromText(spec.title) + " " +
            JoinNumbers({spec.style, spec.exStyle, spec.x, spec.y, spec.width, spec.height,
-                        NumberFromWindow(spec.owner), spec.visible, spec.colour},
+                        NumberFromWindow(spec.owner), spec.visible ? 1 : 0, spec.colour},
                        ' ');
 }
 
@@ -223,7 +223,7 @@ void Actor::Hang(std::chrono::milliseconds duration) {
 }
 
 void Actor::Refuse(HWND window, bool refusing) {
-    Ask(Command("refuse", {NumberFromWindow(window), refusing}));
+    Ask(Command("refuse", {NumberFromWindow(window), refusing ? 1 : 0}));
 }
 
 void Actor::SetOwner(HWND window, HWND owner) {

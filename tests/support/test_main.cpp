@@ -108,7 +108,8 @@ private:
             const testing::TestInfo* const test = runningTest;
             if (test != nullptr && Clock::now() - runningSince.load() > limit) {
                 std::cout << "FAILED: " << test->test_suite_name() << "." << test->name()
-                          << " hangs: more than " << limit.count() << " s" << std::endl;
+                          << " hangs: more than " << limit.count() << " s\n"
+                          << std::flush;
                 // An orderly exit could wait for what hangs.
                 TerminateProcess(GetCurrentProcess(), EXIT_FAILURE);
             }

@@ -104,10 +104,9 @@ Answer Judge(std::wstring_view expectation, const std::vector<ShownWindow>& wind
     if (found == nullptr || lower == nullptr) {
         return Answer::DoesNot;
     }
-    const bool holds = isAbove               ? found < lower
-                       : claim == L"active"  ? found->active
-                       : claim == L"topmost" ? found->topmost
-                                             : !found->topmost;
+    const bool holds = (claim == L"topmost" && found->topmost) ||
+                       (claim == L"ordinary" && !found->topmost) ||
+                       (claim == L"active" && found->active) || (isAbove && found < lower);
     return holds ? Answer::Holds : Answer::DoesNot;
 }
 
