@@ -15,6 +15,7 @@ namespace {
 constexpr std::size_t JournalLength = 30;
 constexpr std::uint64_t ForgetInterval = 10;  // steps
 constexpr int FirstWindows = 6;
+constexpr int MostWaits = 10;  // for a moment between two passes
 
 // So many times in a run, and once more per so many steps.
 struct Allowance {
@@ -67,41 +68,54 @@ struct Raise {
     HWND window;
 };
 
-// The requests of the program that have raised its pinned windows so far, oldest first. Later ones
-// are left out: they may be part of a pass that runs while one window after the other is asked.
-std::vector<Raise> RaisesSoFar(Churn& churn) {
-    LARGE_INTEGER now{};
-    QueryPerformanceCounter(&now);
+LONGLONG Now() {
+    LARGE_INTEGER counter{};
+    QueryPerformanceCounter(&counter);
+    return counter.QuadPart;
+}
+
+// The requests of the program that have raised its pinned windows, oldest first.
+std::vector<Raise> Raises(Churn& churn) {
     std::vector<Raise> raises;
     for (const HWND window : churn.model.expected) {
         for (const PositionRequest& request :
              RaisesOf(churn, *FindModelWindow(churn.model, window))) {
-            if (request.counter <= now.QuadPart) {
-                raises.push_back({request.counter, window});
-            }
+            raises.push_back({request.counter, window});
         }
     }
     std::ranges::sort(raises, {}, &Raise::time);
     return raises;
 }
 
-// Each pass raises every pinned window once, the highest last. Back in time from the latest
-// request, which may be in the middle of a pass of the program's own timer, they come in their
-// order again and again.
+// Those of whole passes only. The queue is served between two passes, so none was running at some
+// moment of the wait if no window was raised during it. Later ones may be part of a pass that runs
+// while one window after the other is asked.
+std::vector<Raise> RaisesOfWholePasses(Churn& churn) {
+    for (int attempt = 0; attempt < MostWaits; ++attempt) {
+        const LONGLONG before = Now();
+        churn.driver->WaitForQueue();
+        const LONGLONG after = Now();
+        std::vector<Raise> raises = Raises(churn);
+        std::erase_if(raises, [after](const Raise& raise) { return raise.time > after; });
+        if (raises.empty() || raises.back().time < before) {
+            return raises;
+        }
+    }
+    return {};
+}
+
+// Each pass raises every pinned window once, the highest last.
 std::string RaiseDifference(Churn& churn) {
     const std::vector<HWND>& expected = churn.model.expected;
-    const std::vector<Raise> raises = RaisesSoFar(churn);
+    const std::vector<Raise> raises = RaisesOfWholePasses(churn);
     const std::size_t judged = expected.size() * churn.lastPasses;
     if (raises.size() < judged) {
         return "  the last passes raised too few windows\n";
     }
-    auto next = judged > 0 ? std::ranges::find(expected, raises.back().window) : expected.end();
-    for (std::size_t age = 1; age <= judged; ++age) {
-        if (raises[raises.size() - age].window != *next) {
+    for (std::size_t age = 0; age < judged; ++age) {
+        if (raises[raises.size() - 1 - age].window != expected[age % expected.size()]) {
             return "  the last passes raised the windows in the wrong order\n";
         }
-        ++next;
-        next = next == expected.end() ? expected.begin() : next;
     }
     return {};
 }
