@@ -86,21 +86,6 @@ struct SystemDirectory {
     }
 };
 
-struct DisplayLanguage {
-    static inline Fault fault{.name = "GetUserDefaultUILanguage", .replacement = nullptr};
-
-    static LANGID WINAPI Call() {
-        return MustFail(fault)
-                   ? static_cast<LANGID>(fault.amount)
-                   : reinterpret_cast<decltype(&GetUserDefaultUILanguage)>(fault.original)();
-    }
-
-    static Fault* Entry() {
-        fault.replacement = reinterpret_cast<void*>(&Call);
-        return &fault;
-    }
-};
-
 // Fails; with an amount, searches like a careless program: its own folder first.
 struct LibraryLoading {
     static inline Fault fault{.name = "LoadLibraryExW", .replacement = nullptr};
@@ -163,7 +148,6 @@ Fault* const AllFaults[] = {
     FullDisk::Entry(),
     WriteProtection::Entry(),
     SystemDirectory::Entry(),
-    DisplayLanguage::Entry(),
     LibraryLoading::Entry(),
     EditorStart::Entry(),
     // kernel32
@@ -191,7 +175,6 @@ Fault* const AllFaults[] = {
     Failing<"GetCursorPos", decltype(&GetCursorPos), FALSE, ERROR_ACCESS_DENIED>::Entry(),
     Failing<"GetForegroundWindow", decltype(&GetForegroundWindow), nullptr, ERROR_SUCCESS>::Entry(),
     Failing<"GetMessageW", decltype(&GetMessageW), -1, ERROR_INVALID_WINDOW_HANDLE>::Entry(),
-    Failing<"LoadIconW", decltype(&LoadIconW), nullptr, ERROR_RESOURCE_NAME_NOT_FOUND>::Entry(),
     Failing<"RegisterClassW", decltype(&RegisterClassW), ATOM{0}, ERROR_NOT_ENOUGH_MEMORY>::Entry(),
     Failing<"SetTimer", decltype(&SetTimer), 0U, ERROR_NOT_ENOUGH_MEMORY>::Entry(),
     Failing<"SetWindowPos", decltype(&SetWindowPos), FALSE, ERROR_ACCESS_DENIED>::Entry(),
