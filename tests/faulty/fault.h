@@ -18,7 +18,6 @@
 //   SetTimer@0          no call fails; the calls are only recorded
 //   WriteFile=20        the disk has room for 20 more bytes
 //   GetSystemDirectoryW=16  writes 16 characters past the caller's buffer
-//   GetUserDefaultUILanguage=1041  the display language is the one with this identifier
 //   LoadLibraryExW=1    searches the program's folder first
 //   ShellExecuteW=1     makes the library throw: for a string from a null pointer (1), for a
 //                       position past the end (2), for an impossible length (3)

@@ -72,15 +72,6 @@ struct SystemDirectory {
     }
 };
 
-struct DisplayLanguage {
-    static inline Fault fault{"GetUserDefaultUILanguage"};
-
-    static LANGID WINAPI Call() {
-        return MustFail(fault) ? static_cast<LANGID>(fault.amount)
-                               : fault.Original<decltype(&GetUserDefaultUILanguage)>()();
-    }
-};
-
 // Fails; with an amount, searches like a careless program: its own folder first.
 struct LibraryLoading {
     static inline Fault fault{"LoadLibraryExW"};
@@ -135,7 +126,7 @@ constexpr INT_PTR NoHandle = -1;  // INVALID_HANDLE_VALUE as a number
 
 // Only functions that the program imports; any other name makes the plan invalid.
 const auto AllFaults = ListOf<
-    FullDisk, WriteProtection, SystemDirectory, DisplayLanguage, LibraryLoading, EditorStart,
+    FullDisk, WriteProtection, SystemDirectory, LibraryLoading, EditorStart,
     // kernel32
     Failing<"CloseHandle", decltype(&CloseHandle), FALSE, ERROR_INVALID_HANDLE>,
     Failing<"CreateDirectoryW", decltype(&CreateDirectoryW), FALSE, ERROR_ACCESS_DENIED>,
@@ -157,7 +148,6 @@ const auto AllFaults = ListOf<
     Failing<"GetCursorPos", decltype(&GetCursorPos), FALSE, ERROR_ACCESS_DENIED>,
     Failing<"GetForegroundWindow", decltype(&GetForegroundWindow), nullptr, ERROR_SUCCESS>,
     Failing<"GetMessageW", decltype(&GetMessageW), -1, ERROR_INVALID_WINDOW_HANDLE>,
-    Failing<"LoadIconW", decltype(&LoadIconW), nullptr, ERROR_RESOURCE_NAME_NOT_FOUND>,
     Failing<"RegisterClassW", decltype(&RegisterClassW), ATOM{0}, ERROR_NOT_ENOUGH_MEMORY>,
     Failing<"SetTimer", decltype(&SetTimer), 0U, ERROR_NOT_ENOUGH_MEMORY>,
     Failing<"SetWindowPos", decltype(&SetWindowPos), FALSE, ERROR_ACCESS_DENIED>,
