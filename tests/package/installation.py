@@ -122,7 +122,7 @@ def registered():
                             stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, check=False)
     if result.returncode != 0:
         return {}
-    rows = [line.split(None, 2) for line in result.stdout.decode().splitlines()
+    rows = [line.split(None, 2) for line in result.stdout.decode(errors="replace").splitlines()
             if line.startswith("    ")]
     return {row[0]: row[2] if len(row) > 2 else "" for row in rows}
 
