@@ -7,8 +7,8 @@
 #include "pin/identity.h"
 #include "settings/settings_text.h"
 #include "support/languages.h"
+#include "support/printed.h"
 #include "support/settings_reference.h"
-#include "unit/printed.h"
 
 namespace morvane::test {
 namespace {

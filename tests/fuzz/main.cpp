@@ -19,8 +19,8 @@
 #include "fuzz/number.h"
 #include "fuzz/plants.h"
 #include "settings/settings_text.h"
+#include "support/printed.h"
 #include "support/test_files.h"
-#include "unit/printed.h"
 
 namespace morvane::test {
 namespace {

@@ -5,9 +5,9 @@
 #include <vector>
 
 #include "soak/steps.h"
+#include "support/printed.h"
 #include "support/settings_reference.h"
 #include "support/test_environment.h"
-#include "unit/printed.h"
 
 namespace morvane::test {
 namespace {

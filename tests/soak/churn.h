@@ -14,7 +14,7 @@
 #include "soak/pass_driver.h"
 #include "soak/settings_on_disk.h"
 #include "support/actor.h"
-#include "unit/generated.h"
+#include "support/generated.h"
 
 namespace morvane::test {
 

@@ -4,9 +4,9 @@
 #include <cstdint>
 
 #include "support/actor_protocol.h"
+#include "support/printed.h"
 #include "support/settings_reference.h"
 #include "support/window_state.h"
-#include "unit/printed.h"
 
 namespace morvane::test {
 namespace {

@@ -4,9 +4,9 @@
 #include <vector>
 
 #include "soak/steps.h"
+#include "support/printed.h"
 #include "support/settings_reference.h"
 #include "support/window_state.h"
-#include "unit/printed.h"
 
 namespace morvane::test {
 namespace {

@@ -4,8 +4,8 @@
 #include <vector>
 
 #include "soak/steps.h"
+#include "support/printed.h"
 #include "support/window_state.h"
-#include "unit/printed.h"
 
 namespace morvane::test {
 namespace {

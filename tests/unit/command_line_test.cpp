@@ -7,7 +7,7 @@
 #include <utility>
 
 #include "app/exit_codes.h"
-#include "unit/printed.h"
+#include "support/printed.h"
 
 namespace morvane::test {
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "unit/printed.h"
+#include "support/printed.h"
 
 // The decisions of discovery that need no window.
 namespace morvane::test {

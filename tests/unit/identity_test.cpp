@@ -7,7 +7,7 @@
 #include <string_view>
 #include <utility>
 
-#include "unit/printed.h"
+#include "support/printed.h"
 
 namespace morvane::test {
 

@@ -9,7 +9,7 @@
 #include "base/win.h"
 #include "support/import_patch.h"
 #include "support/languages.h"
-#include "unit/printed.h"
+#include "support/printed.h"
 
 namespace morvane::test {
 

@@ -5,7 +5,7 @@
 #include <limits>
 #include <utility>
 
-#include "unit/printed.h"
+#include "support/printed.h"
 
 namespace morvane::test {
 

@@ -5,7 +5,7 @@
 
 #include "shell/data_folder.h"
 #include "shell/remove_tree.h"
-#include "unit/printed.h"
+#include "support/printed.h"
 
 namespace morvane::test {
 

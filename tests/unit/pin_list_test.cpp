@@ -5,7 +5,7 @@
 
 #include "pin/engine.h"
 #include "pin/pin_operations.h"
-#include "unit/printed.h"
+#include "support/printed.h"
 
 // The list and its operations that touch neither a file nor a window.
 namespace morvane::test {

@@ -4,8 +4,8 @@
 #include <string_view>
 
 #include "settings/settings_text.h"
+#include "support/printed.h"
 #include "unit/document_case.h"
-#include "unit/printed.h"
 
 // Files that no text editor writes: reading them must always give a usable list.
 namespace morvane::test {

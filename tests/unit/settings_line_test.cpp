@@ -5,7 +5,7 @@
 #include <string_view>
 
 #include "settings/settings_text.h"
-#include "unit/printed.h"
+#include "support/printed.h"
 
 namespace morvane::test {
 

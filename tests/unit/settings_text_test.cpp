@@ -10,9 +10,9 @@
 #include <utility>
 #include <vector>
 
+#include "support/printed.h"
 #include "support/settings_header.h"
 #include "unit/document_case.h"
-#include "unit/printed.h"
 
 namespace morvane::test {
 

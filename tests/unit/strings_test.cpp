@@ -6,7 +6,7 @@
 #include <string_view>
 
 #include "support/languages.h"
-#include "unit/printed.h"
+#include "support/printed.h"
 
 namespace morvane::test {
 
