@@ -52,15 +52,15 @@ ImportWatch<Function, Number> Gate(const char* name) {
 
 // Watches every call the program makes about another program's window.
 void RunThroughGates(const std::function<void()>& step) {
-    const auto isWindow = Gate<decltype(&IsWindow), 0>("IsWindow");
-    const auto isVisible = Gate<decltype(&IsWindowVisible), 1>("IsWindowVisible");
-    const auto isIconic = Gate<decltype(&IsIconic), 2>("IsIconic");
-    const auto getWindow = Gate<decltype(&GetWindow), 3>("GetWindow");
-    const auto getClass = Gate<decltype(&GetClassNameW), 4>("GetClassNameW");
-    const auto getText = Gate<decltype(&GetWindowTextW), 5>("GetWindowTextW");
-    const auto getRect = Gate<decltype(&GetWindowRect), 6>("GetWindowRect");
-    const auto getLong = Gate<decltype(&GetWindowLongW), 7>("GetWindowLongW");
-    const auto setPosition = Gate<decltype(&SetWindowPos), 8>("SetWindowPos");
+    [[maybe_unused]] const auto isWindow = Gate<decltype(&IsWindow), 0>("IsWindow");
+    [[maybe_unused]] const auto isVisible = Gate<decltype(&IsWindowVisible), 1>("IsWindowVisible");
+    [[maybe_unused]] const auto isIconic = Gate<decltype(&IsIconic), 2>("IsIconic");
+    [[maybe_unused]] const auto getWindow = Gate<decltype(&GetWindow), 3>("GetWindow");
+    [[maybe_unused]] const auto getClass = Gate<decltype(&GetClassNameW), 4>("GetClassNameW");
+    [[maybe_unused]] const auto getText = Gate<decltype(&GetWindowTextW), 5>("GetWindowTextW");
+    [[maybe_unused]] const auto getRect = Gate<decltype(&GetWindowRect), 6>("GetWindowRect");
+    [[maybe_unused]] const auto getLong = Gate<decltype(&GetWindowLongW), 7>("GetWindowLongW");
+    [[maybe_unused]] const auto setPosition = Gate<decltype(&SetWindowPos), 8>("SetWindowPos");
     step();
 }
 

@@ -170,9 +170,9 @@ TEST_F(PinOperationsTest, MasterSwitchReleasesAndPinsAtOnce) {
 }
 
 TEST_F(PinOperationsTest, SavingCreatesAMissingFile) {
-    void (*const operations[])() = {[] { AddWindow(L"Alpha"); }, [] { ToggleWindow(L"Alpha"); },
-                                    [] { AddWindowWithMinSize(nullptr, 0, 0, L"Alpha"); }};
-    for (void (*const operation)() : operations) {
+    constexpr void (*Operations[])() = {[] { AddWindow(L"Alpha"); }, [] { ToggleWindow(L"Alpha"); },
+                                        [] { AddWindowWithMinSize(nullptr, 0, 0, L"Alpha"); }};
+    for (void (*const operation)() : Operations) {
         ASSERT_NE(DeleteFileW(SettingsPath().c_str()), FALSE);
         Engine().pinList = PinList{};
         operation();
