@@ -53,7 +53,8 @@ void HandleLine(HWND commandWindow, const std::string& line) {
     auto command = std::make_unique<std::string>(line);
     if (PostMessageW(commandWindow, WmCommand, 0, reinterpret_cast<LPARAM>(command.get())) !=
         FALSE) {
-        static_cast<void>(command.release());
+        // The window deletes it.
+        [[maybe_unused]] const std::string* const taken = command.release();
     }
 }
 

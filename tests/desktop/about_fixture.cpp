@@ -15,7 +15,9 @@ constexpr wchar_t AboutClass[] = L"MorvaneAboutDialog";
 std::optional<FirstOpening> firstOpening;
 
 ATOM WINAPI RefuseRegistration(const WNDCLASSW* /*windowClass*/) {
-    ++firstOpening->refusedRegistrations;
+    if (firstOpening) {
+        ++firstOpening->refusedRegistrations;
+    }
     return 0;
 }
 

@@ -147,10 +147,11 @@ TEST_F(AboutLayoutTest, DialogWithAMissingControlKeepsItsInitialSize) {
             return className == missingClass ? nullptr : originalCreate(style, className, rest...);
         });
     originalCreate = patch.Original();
-    for (const auto& [missing, id] : {std::pair{L"STATIC", 100}, std::pair{L"BUTTON", 101}}) {
+    for (const auto& [missing, controlId] :
+         {std::pair{L"STATIC", 100}, std::pair{L"BUTTON", 101}}) {
         missingClass = missing;
         Open({[] { return AboutDialog() != nullptr; },
-              [id = id] {
+              [id = controlId] {
                   const HWND dialog = AboutDialog();
                   EXPECT_EQ(GetDlgItem(dialog, id), nullptr);
                   EXPECT_EQ(WindowSize(dialog).cx, 420) << id;

@@ -38,15 +38,15 @@ TEST(HarnessTest, RequestsAreRecordedWithTheirTimeAndOrderEvenWhileTheActorHangs
 
 TEST(HarnessTest, WindowsAreAboveOnlyWhatLiesBelowThem) {
     Actor actor;
-    const HWND lower = actor.Create({.title = L"Lower"});
-    const HWND upper = actor.Create({.title = L"Upper"});
-    EXPECT_TRUE(IsAbove(upper, lower));
-    EXPECT_FALSE(IsAbove(lower, upper));
-    actor.SetTopmost(lower, true);
-    EXPECT_TRUE(IsAbove(lower, upper));
-    EXPECT_FALSE(IsAbove(upper, lower));
-    actor.Destroy(upper);
-    EXPECT_FALSE(IsAbove(lower, upper)) << "dead";
+    const HWND first = actor.Create({.title = L"First"});
+    const HWND second = actor.Create({.title = L"Second"});
+    EXPECT_TRUE(IsAbove(second, first));
+    EXPECT_FALSE(IsAbove(first, second));
+    actor.SetTopmost(first, true);
+    EXPECT_TRUE(IsAbove(first, second));
+    EXPECT_FALSE(IsAbove(second, first));
+    actor.Destroy(second);
+    EXPECT_FALSE(IsAbove(first, second)) << "dead";
 }
 
 TEST(HarnessTest, ButtonsAndKeysReachAForeignWindow) {
