@@ -55,6 +55,7 @@ void ExpectEverythingIn(const Texts& texts, const std::optional<std::wstring>& v
     const TrayRecorder recorder;
     const Program program(L"", {{L"MORVANE_LANG", variable}});
     ASSERT_NE(program.WaitForControlWindow(), nullptr);
+    ASSERT_FALSE(recorder.Calls().empty());
     EXPECT_EQ(recorder.Calls().front().tip, L"Morvane");
     EXPECT_EQ(WindowTitle(program.ControlWindow()), L"Morvane");
     EXPECT_TRUE(program.SendCommand(MinSizeActiveCommand));
