@@ -4,7 +4,6 @@
 #include <cstddef>
 #include <iterator>
 #include <string>
-#include <vector>
 
 #include "app/reported_commands.h"
 #include "pin/candidates.h"
@@ -45,20 +44,18 @@ constexpr Command Commands[] = {
 // window that was shown.
 void ToggleRow(std::size_t row) {
     RebuildCandidates();
-    const std::vector<CandidateWindow>& candidates = CandidateList();
-    if (row < candidates.size()) {
+    if (const CandidateWindow* const candidate = CandidateInRow(row)) {
         RefreshEngineBinding();
         // A copy: while the pass inside waits for another window, a message sent to the control
         // window can rebuild the list.
-        const std::wstring title = candidates[row].title;
+        const std::wstring title = candidate->title;
         ToggleWindow(title);
     }
 }
 
 void PinRowAtItsSize(std::size_t row) {
-    const std::vector<CandidateWindow>& candidates = CandidateList();
-    if (row < candidates.size()) {
-        PinWindowAtCurrentSize(candidates[row].window);
+    if (const CandidateWindow* const candidate = CandidateInRow(row)) {
+        PinWindowAtCurrentSize(candidate->window);
     }
 }
 

@@ -16,6 +16,10 @@ const std::vector<CandidateWindow>& CandidateList() {
     return candidateList;
 }
 
+const CandidateWindow* CandidateInRow(std::size_t row) {
+    return row < candidateList.size() ? &candidateList[row] : nullptr;
+}
+
 void RebuildCandidates() {
     candidateList.clear();
     ForEachTopLevelWindow([](HWND window) {

@@ -2,6 +2,7 @@
 
 // The windows that the menu offers.
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -16,6 +17,9 @@ struct CandidateWindow {
 
 // Unchanged between rebuilds: the menu's command numbers are positions in it.
 [[nodiscard]] const std::vector<CandidateWindow>& CandidateList();
+
+// The window in that row of the menu; null if there is no such row.
+[[nodiscard]] const CandidateWindow* CandidateInRow(std::size_t row);
 
 // Fills the list with the visible, unowned, titled windows that are not ours, sorted by title.
 void RebuildCandidates();

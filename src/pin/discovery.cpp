@@ -43,9 +43,10 @@ bool IsEligibleWindow(HWND window) {
     if (IsOwnWindow(window, className.View())) {
         return false;
     }
+    // An untitled window belongs to no entry.
     const WindowTitle title = ReadTitle(window);
-    return title.length > 0 && !IsProtectedSystemDialog(title.View(), className.View()) &&
-           FindBestEntry(Engine().pinList, title.View()) != nullptr;
+    return !IsProtectedSystemDialog(title.View(), className.View()) &&
+           IsPinnedTitle(Engine().pinList, title.View());
 }
 
 bool HasLowerPriority(const MatchedWindow& a, const MatchedWindow& b) {
@@ -63,9 +64,6 @@ std::vector<MatchedWindow> CollectMatchedWindows() {
         }
         // Read again: a title that has changed since the test counts as it is now.
         const WindowTitle title = ReadTitle(window);
-        if (title.length == 0) {
-            return;
-        }
         const std::int32_t index = FindBestEntryIndex(Engine().pinList, title.View());
         if (index != NoEntry) {
             matched.push_back({window, index});

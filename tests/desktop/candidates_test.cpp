@@ -116,6 +116,17 @@ TEST_F(CandidatesTest, WindowsWithTheSameTitleAreAllOffered) {
     EXPECT_TRUE(std::all_of(windows.begin(), windows.end(), IsOffered));
 }
 
+TEST_F(CandidatesTest, ARowIsAPositionInTheListOrNothing) {
+    static_cast<void>(Window(L"A"));
+    static_cast<void>(Window(L"B"));
+    RebuildCandidates();
+    const std::size_t count = CandidateList().size();
+    ASSERT_GE(count, 2U);
+    EXPECT_EQ(CandidateInRow(0), &CandidateList().front());
+    EXPECT_EQ(CandidateInRow(count - 1), &CandidateList().back());
+    EXPECT_EQ(CandidateInRow(count), nullptr);
+}
+
 TEST_F(CandidatesTest, ListStaysUntilItIsRebuilt) {
     const HWND window = Window(L"Before");
     RebuildCandidates();
