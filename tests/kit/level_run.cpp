@@ -1,0 +1,194 @@
+#include "kit/level_run.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <iterator>
+#include <optional>
+
+#include "kit/running_program.h"
+
+namespace morvane::kit {
+namespace {
+
+// Of a test, and of the program outside of tests.
+constexpr std::chrono::seconds Limit{120};
+constexpr int MaxStarts = 6;
+constexpr std::size_t MaxText = 20'000;
+
+constexpr std::string_view RunMark = "[ RUN      ] ";
+
+struct Mark {
+    std::string_view text;
+    Outcome outcome;
+};
+
+constexpr Mark Marks[] = {
+    {"[       OK ] ", Outcome::Passed},
+    {"[  FAILED  ] ", Outcome::Failed},
+    {"[  SKIPPED ] ", Outcome::Skipped},
+};
+
+struct Running {
+    Test test;
+    Clock::time_point start;
+    std::string text;
+};
+
+double SecondsSince(Clock::time_point start) {
+    return std::chrono::duration<double>(Clock::now() - start).count();
+}
+
+Test TestNamed(std::string_view name) {
+    const std::size_t point = name.find('.');
+    return {std::string(name.substr(0, point)),
+            std::string(point == std::string_view::npos ? "" : name.substr(point + 1))};
+}
+
+// A test may leave its own line without an end.
+std::optional<Outcome> OutcomeIn(std::string_view line, const std::string& name) {
+    for (const Mark& mark : Marks) {
+        const std::size_t place = line.find(mark.text);
+        if (place != std::string_view::npos &&
+            line.substr(place + mark.text.size()).starts_with(name)) {
+            return mark.outcome;
+        }
+    }
+    return std::nullopt;
+}
+
+std::string LastLineOf(std::string_view text) {
+    while (text.ends_with('\n')) {
+        text.remove_suffix(1);
+    }
+    const std::size_t end = text.rfind('\n');
+    return std::string(end == std::string_view::npos ? text : text.substr(end + 1));
+}
+
+// The test programs repeat a skipped test's name and reason in a line of their own.
+std::string ReasonIn(const std::string& text, const std::string& name) {
+    std::string line = LastLineOf(text);
+    const std::string start = "skipped: " + name + ": ";
+    return line.starts_with(start) ? line.substr(start.size()) : line;
+}
+
+std::string WhyItEnded(Happening happening, const RunningProgram& program) {
+    char text[80]{};
+    if (happening == Happening::TooLate) {
+        std::snprintf(text, sizeof(text), "nothing happened for %d seconds",
+                      static_cast<int>(Limit.count()));
+    } else if (!program.Started()) {
+        return "the test program does not start";
+    } else {
+        std::snprintf(text, sizeof(text), "the test program ended with code %lu (0x%08lX)",
+                      program.ExitCode(), program.ExitCode());
+    }
+    return text;
+}
+
+void RemoveTest(std::vector<Test>& tests, const Test& test) {
+    std::erase_if(tests, [&](const Test& other) { return FullName(other) == FullName(test); });
+}
+
+// One start of a level's program.
+class Attempt {
+public:
+    Attempt(const Level& level, const LevelRun& run, std::vector<Test>& left)
+        : level_(&level), run_(&run), left_(&left) {}
+
+    void Take(const std::string& line) {
+        const std::size_t start = line.find(RunMark);
+        if (start != std::string::npos) {
+            Begin(TestNamed(std::string_view(line).substr(start + RunMark.size())));
+            return;
+        }
+        if (!running_) {
+            return;
+        }
+        const std::string name = FullName(running_->test);
+        const std::optional<Outcome> outcome = OutcomeIn(line, name);
+        if (outcome) {
+            End(*outcome,
+                *outcome == Outcome::Skipped ? ReasonIn(running_->text, name) : running_->text);
+        } else if (running_->text.size() < MaxText) {
+            running_->text.append(line).append("\n");
+        }
+    }
+
+    void Begin(Test test) {
+        run_->onStart(test);
+        running_ = {std::move(test), Clock::now(), {}};
+    }
+
+    void End(Outcome outcome, const std::string& text) {
+        failures_ += IsFailure(outcome) ? 1 : 0;
+        ++results_;
+        run_->onResult(
+            {level_->name, running_->test, outcome, SecondsSince(running_->start), text});
+        RemoveTest(*left_, running_->test);
+        running_.reset();
+    }
+
+    [[nodiscard]] const std::optional<Running>& Current() const { return running_; }
+    [[nodiscard]] int Results() const { return results_; }
+    [[nodiscard]] int Failures() const { return failures_; }
+
+private:
+    const Level* level_;
+    const LevelRun* run_;
+    std::vector<Test>* left_;
+    std::optional<Running> running_;
+    int results_ = 0;
+    int failures_ = 0;
+};
+
+// False if the program need not be started again.
+bool RunOnce(const Kit& kit, const Level& level, const LevelRun& run, std::vector<Test>& left) {
+    RunningProgram program(kit.Part(level.file), level.arguments,
+                           kit.TestEnvironment(FilterOf(left, run.all)), kit.stop);
+    Attempt attempt(level, run, left);
+    if (level.onlyTest != nullptr) {
+        attempt.Begin(left.front());
+    }
+    std::string line;
+    Happening happening = Happening::Line;
+    while (happening == Happening::Line) {
+        const Clock::time_point since = attempt.Current() ? attempt.Current()->start : Clock::now();
+        happening = program.Next(line, since + Limit);
+        if (happening == Happening::Line) {
+            attempt.Take(line);
+        }
+    }
+    if (happening == Happening::Stopped) {
+        return false;
+    }
+    const bool ended = happening == Happening::Ended && program.Started();
+    if (attempt.Current()) {
+        const std::string text = attempt.Current()->text;
+        if (level.onlyTest != nullptr && ended) {
+            attempt.End(program.ExitCode() == 0 ? Outcome::Passed : Outcome::Failed, text);
+        } else {
+            attempt.End(Outcome::Error, text + WhyItEnded(happening, program));
+        }
+    } else if (!ended || (program.ExitCode() != 0 && attempt.Failures() == 0)) {
+        attempt.Begin({level.name, "OutsideOfTests"});
+        attempt.End(Outcome::Error, WhyItEnded(happening, program));
+        return ended || attempt.Results() > 1;
+    }
+    return attempt.Results() > 0;
+}
+
+}  // namespace
+
+void RunLevel(const Kit& kit, const Level& level, const LevelRun& run) {
+    std::vector<Test> left = run.chosen;
+    for (int starts = 0; !left.empty() && starts < MaxStarts; ++starts) {
+        if (!RunOnce(kit, level, run, left)) {
+            break;
+        }
+    }
+    for (const Test& test : left) {
+        run.onResult({level.name, test, Outcome::NotRun, 0, {}});
+    }
+}
+
+}  // namespace morvane::kit

@@ -1,0 +1,3 @@
+@rem Runs verify.cmd in Windows Sandbox.
+@"%~dp0tests\morvane_verify.exe" /sandbox
+@exit /b %errorlevel%
