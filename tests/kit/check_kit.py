@@ -8,7 +8,6 @@ usage: check_kit.py KIT [--whole]
 import hashlib
 import os
 import pathlib
-import pty
 import re
 import shutil
 import signal
@@ -40,10 +39,6 @@ LONG = "AllocationTest.*"
 LISTING = "--gtest_list_tests"
 
 
-def verify_command(*arguments):
-    return ["wine", "cmd", "/c", r".\verify.cmd", *arguments]
-
-
 class Kit:
     """The kit, unpacked anew."""
 
@@ -55,14 +50,15 @@ class Kit:
         self.program = self.folder / "Morvane.exe"
         self.saved = self.folder / "saved"
 
-    def run(self, *arguments, script="verify.cmd"):
-        """The exit code and what was printed."""
-        done = subprocess.run(["wine", "cmd", "/c", f".\\{script}", *arguments], cwd=self.folder,
-                              stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, check=False)
-        return done.returncode, done.stdout.decode()
+    def start(self, *arguments, script="verify.cmd"):
+        return subprocess.Popen(["wine", "cmd", "/c", f".\\{script}", *arguments], cwd=self.folder,
+                                stdin=subprocess.DEVNULL, stdout=subprocess.PIPE)
 
-    def start(self, *arguments, **options):
-        return subprocess.Popen(verify_command(*arguments), cwd=self.folder, **options)
+    def run(self, *arguments, **options):
+        """The exit code and what was printed."""
+        run = self.start(*arguments, **options)
+        text = run.communicate()[0].decode()
+        return run.returncode, text
 
     def report(self):
         return (self.folder / "report.txt").read_text(encoding="utf-8")
@@ -179,12 +175,11 @@ class KitTest(unittest.TestCase):
 
     @unittest.skipUnless(WHOLE, "slow")
     def test_killed_run_is_put_back_by_the_next_start(self):
-        run = self.kit.start("/here", f"/only:{JUDGES}", stdin=subprocess.DEVNULL,
-                             stdout=subprocess.DEVNULL)
+        run = self.kit.start("/here", f"/only:{JUDGES}")
         wait_for_process("morvane_program_tests.exe")
         installation.wait_until(lambda: state() != self.before, "a test changes something")
         os.kill(process_named("morvane_verify.exe"), signal.SIGKILL)
-        run.wait()
+        run.communicate()
         installation.wait_until(lambda: not process_named("morvane_program_tests.exe"),
                                 "the tests end with the run")
         code, text = self.kit.run()
@@ -194,29 +189,24 @@ class KitTest(unittest.TestCase):
 
     @unittest.skipUnless(WHOLE, "slow")
     def test_interrupted_run_puts_back_and_reports(self):
-        terminal, ours = pty.openpty()
-        run = self.kit.start("/here", f"/only:{LONG}", stdin=ours, stdout=ours, stderr=ours,
-                             start_new_session=True)
-        os.close(ours)
+        run = self.kit.start("/here", f"/only:{LONG}")
         wait_for_process("morvane_cost_tests.exe")
-        os.write(terminal, b"\x03")
-        installation.wait_until(lambda: not process_named("morvane_verify.exe"), "the run ends")
-        # To the question whether the script shall end, too.
-        os.write(terminal, b"y\r\n")
-        run.wait(installation.PATIENCE)
-        os.close(terminal)
+        # To Wine's programs, Ctrl+C.
+        os.kill(process_named("morvane_verify.exe"), signal.SIGINT)
+        run.communicate(timeout=installation.PATIENCE)
+        self.assertEqual(run.returncode, 1)
         self.assertIn("stopped by the user", self.kit.report())
         self.assertIn("error", self.kit.cases().values())
         self.assert_put_back()
 
     @unittest.skipUnless(WHOLE, "slow")
     def test_tests_after_one_that_kills_its_program_are_run(self):
-        run = self.kit.start("/here", f"/only:{LONG}", stdin=subprocess.DEVNULL,
-                             stdout=subprocess.DEVNULL)
+        run = self.kit.start("/here", f"/only:{LONG}")
         victim = wait_for_process("morvane_cost_tests.exe")
         os.kill(victim, signal.SIGKILL)
-        self.assertEqual(run.wait(), 1)
-        self.assertEqual(sorted(self.kit.cases().values()).count("error"), 1)
+        run.communicate()
+        self.assertEqual(run.returncode, 1)
+        self.assertEqual(sorted(self.kit.cases().values()).count("error"), 1, self.kit.report())
         self.assertEqual(set(self.kit.cases().values()), {"error", "passed"})
         self.assert_put_back()
 

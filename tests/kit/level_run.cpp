@@ -169,7 +169,7 @@ bool RunOnce(const Kit& kit, const Level& level, const LevelRun& run, std::vecto
         } else {
             attempt.End(Outcome::Error, text + WhyItEnded(happening, program));
         }
-    } else if (!ended || (program.ExitCode() != 0 && attempt.Failures() == 0)) {
+    } else if (!ended || !left.empty() || (program.ExitCode() != 0 && attempt.Failures() == 0)) {
         attempt.Begin({level.name, "OutsideOfTests"});
         attempt.End(Outcome::Error, WhyItEnded(happening, program));
         return ended || attempt.Results() > 1;

@@ -176,6 +176,9 @@ void RunAll(const Kit& kit, const std::string& only, Report& report) {
     }
     Progress progress(total);
     for (const Selection& selection : selections) {
+        if (selection.chosen.empty()) {
+            continue;
+        }
         Say(std::string(selection.level->name) + ": " + std::to_string(selection.chosen.size()) +
             " tests");
         RunLevel(kit, *selection.level,
@@ -242,7 +245,7 @@ int Verify(const Kit& kit, const Options& options) {
 void WaitForEnter() {
     if (WaitForSingleObject(stopEvent, 0) != WAIT_OBJECT_0 && IsConsole(STD_INPUT_HANDLE) &&
         IsConsole(STD_OUTPUT_HANDLE)) {
-        std::printf("\nPress Enter.\n");
+        Say("Press Enter.");
         static_cast<void>(std::getchar());
     }
 }
@@ -253,6 +256,8 @@ int Run(int count, wchar_t** arguments) {
         std::printf("usage: verify.cmd [/here] [/only:TESTS]\n");
         return 2;
     }
+    // Unbuffered, a console shows every character on its own.
+    std::setvbuf(stdout, nullptr, _IOFBF, BUFSIZ);
     // The scaling is seen only by a program that is aware of it.
     SetProcessDPIAware();
     const KernelHandle stop(CreateEventW(nullptr, TRUE, FALSE, nullptr));

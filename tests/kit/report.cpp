@@ -44,7 +44,7 @@ std::string Failures(const Report& report) {
         text += "TROUBLE  " + trouble + "\n";
     }
     for (const Result& result : report.results) {
-        if (result.outcome == Outcome::Failed || result.outcome == Outcome::Error) {
+        if (IsFailure(result.outcome)) {
             text += LineOf(result) + Indented(result.text) + "\n";
         }
     }

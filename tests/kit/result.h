@@ -25,8 +25,9 @@ struct Result {
     return test.suite + "." + test.name;
 }
 
+// What nobody ran is no failure, but no success either.
 [[nodiscard]] inline bool IsFailure(Outcome outcome) {
-    return outcome != Outcome::Passed && outcome != Outcome::Skipped;
+    return outcome == Outcome::Failed || outcome == Outcome::Error;
 }
 
 [[nodiscard]] inline const char* NameOf(Outcome outcome) {
