@@ -136,6 +136,13 @@ class KitTest(unittest.TestCase):
         self.assertFalse((PROFILE / "dosdevices" / "z:").exists())
         self.assert_put_back()
 
+    def test_scripts_without_the_rest_say_so(self):
+        shutil.rmtree(self.kit.folder / "tests")
+        for script in ("verify.cmd", "sandbox.cmd"):
+            code, text = self.kit.run(script=script)
+            self.assertEqual(code, 1)
+            self.assertIn("Unpack the whole archive first.", text)
+
     def assert_found_broken(self):
         code, _ = self.kit.run("/here", f"/only:{JUDGES}")
         self.assertEqual(code, 1)

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <map>
-#include <sstream>
 
 #include "kit/running_program.h"
 #include "settings/text.h"
@@ -97,15 +96,15 @@ std::string FilterOf(const std::vector<Test>& chosen, const std::vector<Test>& a
     }
     std::string filter;
     for (const auto& [suite, names] : suites) {
-        const auto size = std::count_if(all.begin(), all.end(), [&suite = suite](const Test& test) {
-            return test.suite == suite;
-        });
+        const std::string& name = suite;
+        const auto size = std::count_if(all.begin(), all.end(),
+                                        [&name](const Test& test) { return test.suite == name; });
         if (names.size() == static_cast<std::size_t>(size)) {
             filter += suite + ".*:";
             continue;
         }
-        for (const std::string& name : names) {
-            filter += name + ":";
+        for (const std::string& test : names) {
+            filter += test + ":";
         }
     }
     return filter;

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <iterator>
 #include <optional>
 
 #include "kit/running_program.h"
@@ -101,34 +100,35 @@ public:
             Begin(TestNamed(std::string_view(line).substr(start + RunMark.size())));
             return;
         }
-        if (!running_) {
+        if (!isRunning_) {
             return;
         }
-        const std::string name = FullName(running_->test);
+        const std::string name = FullName(running_.test);
         const std::optional<Outcome> outcome = OutcomeIn(line, name);
         if (outcome) {
             End(*outcome,
-                *outcome == Outcome::Skipped ? ReasonIn(running_->text, name) : running_->text);
-        } else if (running_->text.size() < MaxText) {
-            running_->text.append(line).append("\n");
+                *outcome == Outcome::Skipped ? ReasonIn(running_.text, name) : running_.text);
+        } else if (running_.text.size() < MaxText) {
+            running_.text.append(line).append("\n");
         }
     }
 
     void Begin(Test test) {
         run_->onStart(test);
         running_ = {std::move(test), Clock::now(), {}};
+        isRunning_ = true;
     }
 
     void End(Outcome outcome, const std::string& text) {
         failures_ += IsFailure(outcome) ? 1 : 0;
         ++results_;
-        run_->onResult(
-            {level_->name, running_->test, outcome, SecondsSince(running_->start), text});
-        RemoveTest(*left_, running_->test);
-        running_.reset();
+        run_->onResult({level_->name, running_.test, outcome, SecondsSince(running_.start), text});
+        RemoveTest(*left_, running_.test);
+        isRunning_ = false;
     }
 
-    [[nodiscard]] const std::optional<Running>& Current() const { return running_; }
+    // Null between tests.
+    [[nodiscard]] const Running* Current() const { return isRunning_ ? &running_ : nullptr; }
     [[nodiscard]] int Results() const { return results_; }
     [[nodiscard]] int Failures() const { return failures_; }
 
@@ -136,7 +136,8 @@ private:
     const Level* level_;
     const LevelRun* run_;
     std::vector<Test>* left_;
-    std::optional<Running> running_;
+    Running running_;
+    bool isRunning_ = false;
     int results_ = 0;
     int failures_ = 0;
 };
@@ -152,7 +153,8 @@ bool RunOnce(const Kit& kit, const Level& level, const LevelRun& run, std::vecto
     std::string line;
     Happening happening = Happening::Line;
     while (happening == Happening::Line) {
-        const Clock::time_point since = attempt.Current() ? attempt.Current()->start : Clock::now();
+        const Running* const running = attempt.Current();
+        const Clock::time_point since = running != nullptr ? running->start : Clock::now();
         happening = program.Next(line, since + Limit);
         if (happening == Happening::Line) {
             attempt.Take(line);
@@ -162,8 +164,9 @@ bool RunOnce(const Kit& kit, const Level& level, const LevelRun& run, std::vecto
         return false;
     }
     const bool ended = happening == Happening::Ended && program.Started();
-    if (attempt.Current()) {
-        const std::string text = attempt.Current()->text;
+    const Running* const last = attempt.Current();
+    if (last != nullptr) {
+        const std::string text = last->text;
         if (level.onlyTest != nullptr && ended) {
             attempt.End(program.ExitCode() == 0 ? Outcome::Passed : Outcome::Failed, text);
         } else {
