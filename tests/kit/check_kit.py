@@ -187,9 +187,9 @@ class KitTest(unittest.TestCase):
         wait_for_process("morvane_program_tests.exe")
         installation.wait_until(lambda: state() != self.before, "a test changes something")
         os.kill(process_named("morvane_verify.exe"), signal.SIGKILL)
-        run.communicate()
         installation.wait_until(lambda: not process_named("morvane_program_tests.exe"),
                                 "the tests end with the run")
+        run.communicate()
         code, text = self.kit.run()
         self.assertEqual(code, REFUSED)
         self.assertIn("has been put back", text)
