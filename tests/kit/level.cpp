@@ -47,7 +47,7 @@ const std::vector<Level>& Levels() {
         {"cost", L"morvane_cost_tests.exe", L"", nullptr},
         {"desktop", L"morvane_desktop_tests.exe", L"", nullptr},
         {"program", L"morvane_program_tests.exe", L"", nullptr},
-        {"fuzz", L"morvane_fuzz.exe", L"--seconds 30 --kept tests\\kept --save .",
+        {"fuzz", L"morvane_fuzz.exe", L"--seconds 15 --kept tests\\kept --save .",
          "KeptAndGeneratedDocuments"},
     };
     return levels;

@@ -10,7 +10,7 @@ namespace morvane::kit {
 namespace {
 
 // Of a test, and of the program outside of tests.
-constexpr std::chrono::seconds Limit{120};
+constexpr std::chrono::seconds Limit{300};
 constexpr int MaxStarts = 6;
 constexpr std::size_t MaxText = 20'000;
 
