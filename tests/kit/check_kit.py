@@ -124,6 +124,15 @@ class KitTest(unittest.TestCase):
         self.assertFalse((self.kit.folder / "report.txt").exists())
         self.assert_put_back()
 
+    def test_it_does_not_disturb_a_running_morvane(self):
+        morvane = installation.start(installation.windows_path(self.kit.program))
+        self.addCleanup(morvane.wait)
+        self.addCleanup(installation.clean)
+        installation.wait_until(lambda: "Morvane is running" in self.kit.run()[1], "it is noticed")
+        self.assertEqual(self.kit.run("/here")[0], REFUSED)
+        self.assertEqual(len(installation.running()), 1)
+        self.assert_put_back()
+
     def test_tests_run_are_reported_and_leave_the_user_everything(self):
         code, text = self.kit.run("/here", f"/only:{SLICE}")
         self.assertEqual(code, 0, text)

@@ -90,9 +90,8 @@ bool MorvaneRuns() {
 constexpr const char* WhatIsTouched =
     "This is not a disposable machine, so nothing was run.\n\n"
     "Open sandbox.cmd: it runs the tests in Windows Sandbox, which is thrown away afterwards.\n\n"
-    "To run them here, use \".\\verify.cmd /here\". For some minutes they move the pointer, press "
-    "keys\n"
-    "and open and close windows, so close your programs first and leave the machine alone. They\n"
+    "To run them here, use \".\\verify.cmd /here\". For some minutes they move the pointer, press\n"
+    "keys, open and close windows: close your programs first and leave the machine alone. They\n"
     "change, and put back at the end:\n\n"
     "    %APPDATA%\\Morvane\n"
     "    the Startup folder of your Start menu\n"
@@ -200,6 +199,27 @@ bool WriteReport(const Kit& kit, const Report& report) {
            test::WriteFileBytes(kit.folder + L"\\report.xml", JUnitXml(report));
 }
 
+// An exit code if the run must not begin.
+std::optional<int> PrepareUserState(const std::wstring& saved, bool here) {
+    const Saved state = StateIn(saved);
+    if (state == Saved::SomebodyElses) {
+        return Refuse("The folder \"saved\" is of another user or machine: run verify.cmd there.");
+    }
+    if (state == Saved::Ours) {
+        if (!RestoreUserState(saved)) {
+            return Refuse("What the last run changed cannot be put back from \"saved\".");
+        }
+        std::printf("What the last run changed has been put back.\n");
+    }
+    if (!here) {
+        return Refuse(WhatIsTouched);
+    }
+    if (!SaveUserState(saved)) {
+        return Refuse("The settings and the Startup folder cannot be copied to \"saved\".");
+    }
+    return std::nullopt;
+}
+
 int Verify(const Kit& kit, const Options& options) {
     const std::wstring saved = kit.folder + L"\\saved";
     if (MorvaneRuns()) {
@@ -207,23 +227,13 @@ int Verify(const Kit& kit, const Options& options) {
     }
     // The profile, too, is changed only by what promises to put it back.
     SetEnvironmentVariableW(L"MORVANE_TEST_DISPOSABLE", L"1");
-    if (StateIn(saved) == Saved::SomebodyElses) {
-        return Refuse("The folder \"saved\" is of another user or machine: run verify.cmd there.");
-    }
-    if (StateIn(saved) == Saved::Ours) {
-        if (!RestoreUserState(saved)) {
-            return Refuse("What the last run changed cannot be put back from \"saved\".");
-        }
-        std::printf("What the last run changed has been put back.\n");
-    }
-    if (!options.here && !IsDisposable()) {
-        return Refuse(WhatIsTouched);
+    const std::optional<int> refused =
+        IsDisposable() ? std::nullopt : PrepareUserState(saved, options.here);
+    if (refused) {
+        return *refused;
     }
     Report report;
     report.facts = Facts(kit);
-    if (!IsDisposable() && !SaveUserState(saved)) {
-        return Refuse("The settings and the Startup folder cannot be copied to \"saved\".");
-    }
     RECT workArea{};
     SystemParametersInfoW(SPI_GETWORKAREA, 0, &workArea, 0);
     const Clock::time_point start = Clock::now();
