@@ -33,6 +33,12 @@ enum class Begin { AtOnce, WhenResumed };
                                         const Environment& changes = {},
                                         const ChildPipes& pipes = {}, Begin begin = Begin::AtOnce);
 
+inline constexpr int MaxRepeatsPerStart = 2;
+
+// To be called before a start is tried again, which is only right if nothing has begun. Prints it
+// as a figure of the run; throws std::runtime_error if the run has had too many.
+void CountRepeatedStart(const std::string& reason);
+
 // A variable of this process, if it is set.
 [[nodiscard]] std::optional<std::wstring> EnvironmentVariable(const std::wstring& name);
 

@@ -153,7 +153,7 @@ bool MakeLinks() {
     });
 }
 
-// Wine cannot make links: there the session has made them.
+// Wine 8.0 cannot make links: there the session has made them.
 std::wstring FolderOfLinks() {
     RequireDisposable();
     if (MakeLinks()) {

@@ -70,7 +70,7 @@ public:
 
     [[nodiscard]] std::wstring Target() const { return root_ + L"\\Target"; }
 
-    // Under Wine programs can neither make nor delete links, and deleting one hits its target.
+    // Wine 8.0 can neither make nor delete links: deleting one hits its target.
     [[nodiscard]] bool CanBeDeleted() const { return madeHere_; }
 
 private:

@@ -48,9 +48,6 @@ TrayCall CallFrom(const RelayedTrayCall& relayed) {
     call.infoFlags = data.dwInfoFlags;
     call.item = data.guidItem;
     call.balloonIcon = data.hBalloonIcon;
-    call.iconWidth = relayed.iconSize.cx;
-    call.iconHeight = relayed.iconSize.cy;
-    call.pictureHash = relayed.pictureHash;
     return call;
 }
 

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
@@ -27,9 +26,6 @@ struct TrayCall {
     DWORD infoFlags = 0;  // NIIF_...
     GUID item{};
     HICON balloonIcon = nullptr;
-    int iconWidth = 0;  // 0 without an icon; pixels
-    int iconHeight = 0;
-    std::uint64_t pictureHash = 0;  // hash of the icon's picture; 0 without an icon
     // State of what TrayRecorder::Watch names, when the call arrived and before it was answered.
     bool watchedWindowTopmost = false;
     bool watchedPathExists = false;

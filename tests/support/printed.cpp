@@ -1,4 +1,4 @@
-#include "unit/printed.h"
+#include "support/printed.h"
 
 #include <cstdint>
 

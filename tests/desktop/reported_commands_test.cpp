@@ -1,17 +1,19 @@
-// "Add / Remove (min size)": what is recorded about the window, and what the user is told.
+// Which commands the user is told about, and what "Add / Remove (min size)" records.
+
+#include "app/reported_commands.h"
 
 #include <gtest/gtest.h>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "app/reported_commands.h"
-#include "base/process.h"
+#include "base/owners.h"
 #include "base/win_shell.h"
 #include "desktop/engine_fixture.h"
 #include "pin/engine.h"
 #include "pin/pin_operations.h"
 #include "support/test_environment.h"
+#include "support/test_files.h"
 #include "support/tray_recorder.h"
 #include "support/window_owner.h"
 #include "support/window_state.h"
@@ -19,8 +21,6 @@
 
 namespace morvane::test {
 namespace {
-
-using Requests = std::vector<std::string>;
 
 class MinSizeCommandTest : public EngineTest {
 protected:
@@ -49,6 +49,12 @@ protected:
         EXPECT_EQ(calls[0].infoFlags, kind);
     }
 
+    // Expects that there has been none, which the next one shows.
+    void ExpectNoBalloon() {
+        ShowBalloon(L"Morvane", L"the only one", BalloonKind::BalloonInfo);
+        ExpectBalloon(L"the only one", NIIF_INFO);
+    }
+
 private:
     // Replaces the taskbar to record balloons in full.
     TrayRecorder recorder_;
@@ -70,9 +76,8 @@ TEST_F(MinSizeCommandTest, SizeOfTheWindowIsRecordedAndReported) {
 }
 
 TEST_F(MinSizeCommandTest, ShortPatternGetsTheSizeAndNothingIsAdded) {
-    const HWND window = Window(L"a.txt - Notepad");
     LoadSettings("notepad\n");
-    PinWindowAtCurrentSize(window);
+    PinWindowAtCurrentSize(Window(L"a.txt - Notepad"));
     ExpectBalloon(L"Minimum size set to 400 x 300.", NIIF_INFO);
     EXPECT_EQ(ReadSettings(), WrittenSettings("notepad\t400\t300\n"));
 }
@@ -87,29 +92,35 @@ TEST_F(MinSizeCommandTest, SizeBeyondTheLimitIsReportedInFullAndStoredClamped) {
     EXPECT_EQ(WindowSize(window).cx, 9000);
 }
 
-TEST_F(MinSizeCommandTest, UnreadableSizeIsReportedAndChangesNothing) {
+TEST_F(MinSizeCommandTest, WindowThatCannotBeReadIsReportedAndChangesNothing) {
     const HWND dead = Window(L"Dead");
     Other().Destroy(dead);
     const HWND minimised = Window(L"Minimised");
     Other().Minimise(minimised);
-    const HWND flat =
-        Other().Create({.title = L"Flat", .style = WS_POPUP, .width = 50, .height = 0});
-    const HWND narrow =
-        Other().Create({.title = L"Narrow", .style = WS_POPUP, .width = 0, .height = 50});
-    for (const HWND window : {dead, minimised, flat, narrow, static_cast<HWND>(nullptr)}) {
-        PinWindowAtCurrentSize(window);
-        ExpectBalloon(L"Could not read this window's size.", NIIF_WARNING);
+    const auto popup = [this](const wchar_t* title, int width, int height) {
+        return Other().Create(
+            {.title = title, .style = WS_POPUP, .width = width, .height = height});
+    };
+    constexpr const wchar_t* NoSize = L"Could not read this window's size.";
+    const struct {
+        const char* name;
+        HWND window;
+        const wchar_t* text;
+    } cases[] = {
+        {"dead", dead, NoSize},
+        {"minimised", minimised, NoSize},
+        {"flat", popup(L"Flat", 50, 0), NoSize},
+        {"narrow", popup(L"Narrow", 0, 50), NoSize},
+        {"none", nullptr, NoSize},
+        {"untitled and flat", popup(L"", 50, 0), NoSize},
+        {"untitled", Window(L""), L"Could not read this window's title."},
+    };
+    for (const auto& item : cases) {
+        SCOPED_TRACE(item.name);
+        PinWindowAtCurrentSize(item.window);
+        ExpectBalloon(item.text, NIIF_WARNING);
         EXPECT_EQ(ReadSettings(), "");
     }
-}
-
-TEST_F(MinSizeCommandTest, UntitledWindowIsReportedAndChangesNothing) {
-    PinWindowAtCurrentSize(Window(L""));
-    ExpectBalloon(L"Could not read this window's title.", NIIF_WARNING);
-    EXPECT_EQ(ReadSettings(), "");
-    const HWND both = Other().Create({.title = L"", .style = WS_POPUP, .width = 0, .height = 0});
-    PinWindowAtCurrentSize(both);
-    ExpectBalloon(L"Could not read this window's size.", NIIF_WARNING);
 }
 
 TEST_F(MinSizeCommandTest, FullListTakesNewSizesForKnownWindowsOnly) {
@@ -124,17 +135,6 @@ TEST_F(MinSizeCommandTest, FullListTakesNewSizesForKnownWindowsOnly) {
     EXPECT_EQ(Engine().pinList.entries.size(), MaxPinEntries);
 }
 
-TEST_F(MinSizeCommandTest, EngineIsBoundBeforeTheSizeIsSaved) {
-    const HWND control = Window(L"Control");
-    Process().controlWindow = control;
-    Engine().settingsPath.clear();
-    PinWindowAtCurrentSize(Window(L"Alpha"));
-    ExpectBalloon(L"Minimum size set to 400 x 300.", NIIF_INFO);
-    EXPECT_EQ(Engine().settingsPath, SettingsPath());
-    EXPECT_EQ(Engine().ownWindow, control);
-    EXPECT_EQ(ReadSettings(), WrittenSettings("Alpha\t400\t300\n"));
-}
-
 TEST_F(MinSizeCommandTest, TitleIsReadUpTo511Units) {
     PinWindowAtCurrentSize(Window(std::wstring(600, L'x')));
     ExpectBalloon(L"Minimum size set to 400 x 300.", NIIF_INFO);
@@ -147,8 +147,54 @@ TEST_F(MinSizeCommandTest, ListCommandsShowNoBalloons) {
     ToggleWindow(L"entry-3.");
     SetPinning(false);
     SetPinning(true);
-    ShowBalloon(L"Morvane", L"the only one", BalloonKind::BalloonInfo);
-    ExpectBalloon(L"the only one", NIIF_INFO);
+    ExpectNoBalloon();
+}
+
+// Another program reads the settings file and lets nobody write.
+class FailedSaveTest : public MinSizeCommandTest {
+protected:
+    void SetUp() override {
+        MinSizeCommandTest::SetUp();
+        if (!IsSkipped()) {
+            LoadSettings("beta\n");
+            reader_ = HoldFile(SettingsPath(), GENERIC_READ, FILE_SHARE_READ);
+            ASSERT_TRUE(reader_);
+        }
+    }
+    void TearDown() override {
+        if (!IsSkipped()) {
+            EXPECT_EQ(ReadSettings(), "beta\n") << "could not be saved";
+        }
+        reader_.reset();
+        MinSizeCommandTest::TearDown();
+    }
+
+private:
+    FileHandle reader_;
+};
+
+TEST_F(FailedSaveTest, AddingOrRemovingAWindowIsSilentAndUndoneByThePass) {
+    const HWND alpha = Window(L"Alpha");
+    const HWND beta = Window(L"Beta");
+    ToggleWindow(L"Alpha");
+    EXPECT_FALSE(IsTopmost(alpha));
+    ToggleWindow(L"Beta");
+    EXPECT_TRUE(IsTopmost(beta));
+    AddWindow(L"Gamma");
+    EXPECT_EQ(Engine().pinList.entries.size(), 2U) << "until the file is read again";
+    ExpectNoBalloon();
+}
+
+TEST_F(FailedSaveTest, MasterSwitchIsSilent) {
+    SetPinning(false);
+    EXPECT_FALSE(Engine().pinList.pinning) << "until the file is read again";
+    SetPinning(true);
+    ExpectNoBalloon();
+}
+
+TEST_F(FailedSaveTest, MeasuredWindowIsReportedAsDone) {
+    PinWindowAtCurrentSize(Window(L"Beta"));
+    ExpectBalloon(L"Minimum size set to 400 x 300.", NIIF_INFO);
 }
 
 }  // namespace
