@@ -1,27 +1,17 @@
 #include "kit/level.h"
 
 #include <algorithm>
-#include <map>
 
 #include "kit/running_program.h"
 #include "settings/text.h"
+#include "support/test_files.h"
 
 namespace morvane::kit {
 namespace {
 
 constexpr std::chrono::seconds LimitOfAList{60};
-
-bool MatchesOne(std::string_view text, std::string_view pattern) {
-    if (pattern.empty()) {
-        return text.empty();
-    }
-    if (pattern.front() == '*') {
-        return MatchesOne(text, pattern.substr(1)) ||
-               (!text.empty() && MatchesOne(text.substr(1), pattern));
-    }
-    return !text.empty() && (pattern.front() == '?' || pattern.front() == text.front()) &&
-           MatchesOne(text.substr(1), pattern.substr(1));
-}
+constexpr const wchar_t* Faulty = L"morvane_faulty.exe";
+constexpr const wchar_t* Actor = L"window_actor.exe";
 
 }  // namespace
 
@@ -29,8 +19,8 @@ test::Environment Kit::TestEnvironment(std::string_view filter) const {
     return {
         {L"MORVANE_TEST_DISPOSABLE", L"1"},
         {L"MORVANE_TEST_PROGRAM", Program()},
-        {L"MORVANE_TEST_FAULTY_PROGRAM", Part(L"morvane_faulty.exe")},
-        {L"MORVANE_TEST_ACTOR", Part(L"window_actor.exe")},
+        {L"MORVANE_TEST_FAULTY_PROGRAM", Part(Faulty)},
+        {L"MORVANE_TEST_ACTOR", Part(Actor)},
         {L"MORVANE_TEST_KNOWN_SKIPS", std::nullopt},
         {L"MORVANE_LANG", std::nullopt},
         {L"GTEST_FILTER", Utf8ToWide(filter)},
@@ -53,16 +43,31 @@ const std::vector<Level>& Levels() {
     return levels;
 }
 
-std::vector<Test> TestsOf(const Kit& kit, const Level& level) {
-    if (level.onlyTest != nullptr) {
-        return {{level.name, level.onlyTest}};
+std::wstring MissingFile(const Kit& kit) {
+    std::vector<std::wstring> files = {kit.Program(), kit.Part(Faulty), kit.Part(Actor)};
+    for (const Level& level : Levels()) {
+        files.push_back(kit.Part(level.file));
     }
+    const auto missing = std::find_if_not(files.begin(), files.end(), test::PathExists);
+    return missing != files.end() ? *missing : std::wstring();
+}
+
+std::optional<std::vector<Test>> TestsOf(const Kit& kit, const Level& level,
+                                         std::string_view filter) {
     std::vector<Test> tests;
-    RunningProgram program(kit.Part(level.file), L"--gtest_list_tests", kit.TestEnvironment("*"),
+    if (level.onlyTest != nullptr) {
+        const Test test{level.name, level.onlyTest};
+        if (Matches(FullName(test), filter)) {
+            tests.push_back(test);
+        }
+        return tests;
+    }
+    RunningProgram program(kit.Part(level.file), L"--gtest_list_tests", kit.TestEnvironment(filter),
                            kit.stop);
     std::string suite;
     std::string line;
-    while (program.Next(line, Clock::now() + LimitOfAList) == Happening::Line) {
+    Happening happening{};
+    while ((happening = program.Next(line, Clock::now() + LimitOfAList)) == Happening::Line) {
         // Parameters follow behind a blank and a "#".
         const bool isTest = line.starts_with("  ");
         const std::string name = line.substr(isTest ? 2 : 0);
@@ -73,41 +78,19 @@ std::vector<Test> TestsOf(const Kit& kit, const Level& level) {
             suite = word.substr(0, word.size() - 1);
         }
     }
-    return tests;
+    const bool isWhole = happening == Happening::Ended && program.ExitCode() == 0;
+    return isWhole ? std::optional(tests) : std::nullopt;
 }
 
-bool Matches(std::string_view text, std::string_view patterns) {
-    while (true) {
-        const std::size_t colon = patterns.find(':');
-        if (MatchesOne(text, patterns.substr(0, colon))) {
-            return true;
-        }
-        if (colon == std::string_view::npos) {
-            return false;
-        }
-        patterns.remove_prefix(colon + 1);
+bool Matches(std::string_view text, std::string_view pattern) {
+    if (pattern.empty()) {
+        return text.empty();
     }
-}
-
-std::string FilterOf(const std::vector<Test>& chosen, const std::vector<Test>& all) {
-    std::map<std::string, std::vector<std::string>> suites;
-    for (const Test& test : chosen) {
-        suites[test.suite].push_back(FullName(test));
+    if (pattern.front() == '*') {
+        return Matches(text, pattern.substr(1)) ||
+               (!text.empty() && Matches(text.substr(1), pattern));
     }
-    std::string filter;
-    for (const auto& [suite, names] : suites) {
-        const std::string& name = suite;
-        const auto size = std::count_if(all.begin(), all.end(),
-                                        [&name](const Test& test) { return test.suite == name; });
-        if (names.size() == static_cast<std::size_t>(size)) {
-            filter += suite + ".*:";
-            continue;
-        }
-        for (const std::string& test : names) {
-            filter += test + ":";
-        }
-    }
-    return filter;
+    return text.starts_with(pattern.front()) && Matches(text.substr(1), pattern.substr(1));
 }
 
 }  // namespace morvane::kit

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -32,14 +33,14 @@ struct Kit {
 
 [[nodiscard]] const std::vector<Level>& Levels();
 
-// Empty if the program does not start or lists none.
-[[nodiscard]] std::vector<Test> TestsOf(const Kit& kit, const Level& level);
+// Empty if nothing is missing.
+[[nodiscard]] std::wstring MissingFile(const Kit& kit);
 
-// GoogleTest's form: alternatives between colons, "*" for any text, "?" for any character.
-[[nodiscard]] bool Matches(std::string_view text, std::string_view patterns);
+// Those that GoogleTest's filter chooses; nothing if the program cannot list them.
+[[nodiscard]] std::optional<std::vector<Test>> TestsOf(const Kit& kit, const Level& level,
+                                                       std::string_view filter);
 
-// What makes GoogleTest run these tests of all: whole suites by a star, as a list of every name
-// could be too long for a variable.
-[[nodiscard]] std::string FilterOf(const std::vector<Test>& chosen, const std::vector<Test>& all);
+// "*" stands for any text.
+[[nodiscard]] bool Matches(std::string_view text, std::string_view pattern);
 
 }  // namespace morvane::kit

@@ -1,17 +1,19 @@
 #include "kit/level_run.h"
 
-#include <algorithm>
+#include <chrono>
 #include <cstdio>
 #include <optional>
+#include <string>
+#include <utility>
 
 #include "kit/running_program.h"
 
 namespace morvane::kit {
 namespace {
 
-// Of a test, and of the program outside of tests.
-constexpr std::chrono::seconds Limit{300};
-constexpr int MaxStarts = 6;
+// Of a test, and of the program outside of tests; more than what a test program allows a test.
+constexpr std::chrono::seconds Limit{120};
+constexpr int MaxStarts = 5;
 constexpr std::size_t MaxText = 20'000;
 
 constexpr std::string_view RunMark = "[ RUN      ] ";
@@ -55,23 +57,20 @@ std::optional<Outcome> OutcomeIn(std::string_view line, const std::string& name)
     return std::nullopt;
 }
 
-std::string LastLineOf(std::string_view text) {
-    while (text.ends_with('\n')) {
-        text.remove_suffix(1);
-    }
-    const std::size_t end = text.rfind('\n');
-    return std::string(end == std::string_view::npos ? text : text.substr(end + 1));
-}
-
 // The test programs repeat a skipped test's name and reason in a line of their own.
 std::string ReasonIn(const std::string& text, const std::string& name) {
-    std::string line = LastLineOf(text);
     const std::string start = "skipped: " + name + ": ";
-    return line.starts_with(start) ? line.substr(start.size()) : line;
+    const std::size_t place = text.find(start);
+    if (place == std::string::npos) {
+        return text;
+    }
+    const std::size_t reason = place + start.size();
+    return text.substr(reason, text.find('\n', reason) - reason);
 }
 
 std::string WhyItEnded(Happening happening, const RunningProgram& program) {
-    char text[80]{};
+    constexpr std::size_t Longest = 80;
+    char text[Longest]{};
     if (happening == Happening::TooLate) {
         std::snprintf(text, sizeof(text), "nothing happened for %d seconds",
                       static_cast<int>(Limit.count()));
@@ -82,6 +81,15 @@ std::string WhyItEnded(Happening happening, const RunningProgram& program) {
                       program.ExitCode(), program.ExitCode());
     }
     return text;
+}
+
+// A variable holds several times as many names as there are.
+std::string FilterOf(const std::vector<Test>& tests) {
+    std::string filter;
+    for (const Test& test : tests) {
+        filter += FullName(test) + ":";
+    }
+    return filter;
 }
 
 void RemoveTest(std::vector<Test>& tests, const Test& test) {
@@ -120,7 +128,7 @@ public:
     }
 
     void End(Outcome outcome, const std::string& text) {
-        failures_ += IsFailure(outcome) ? 1 : 0;
+        isExplained_ = isExplained_ || outcome != Outcome::Passed;
         ++results_;
         run_->onResult({level_->name, running_.test, outcome, SecondsSince(running_.start), text});
         RemoveTest(*left_, running_.test);
@@ -130,7 +138,8 @@ public:
     // Null between tests.
     [[nodiscard]] const Running* Current() const { return isRunning_ ? &running_ : nullptr; }
     [[nodiscard]] int Results() const { return results_; }
-    [[nodiscard]] int Failures() const { return failures_; }
+    // True if a result tells why the program says that it failed; a skip is a failure to it, too.
+    [[nodiscard]] bool IsExplained() const { return isExplained_; }
 
 private:
     const Level* level_;
@@ -139,13 +148,13 @@ private:
     Running running_;
     bool isRunning_ = false;
     int results_ = 0;
-    int failures_ = 0;
+    bool isExplained_ = false;
 };
 
 // False if the program need not be started again.
 bool RunOnce(const Kit& kit, const Level& level, const LevelRun& run, std::vector<Test>& left) {
     RunningProgram program(kit.Part(level.file), level.arguments,
-                           kit.TestEnvironment(FilterOf(left, run.all)), kit.stop);
+                           kit.TestEnvironment(FilterOf(left)), kit.stop);
     Attempt attempt(level, run, left);
     if (level.onlyTest != nullptr) {
         attempt.Begin(left.front());
@@ -172,10 +181,10 @@ bool RunOnce(const Kit& kit, const Level& level, const LevelRun& run, std::vecto
         } else {
             attempt.End(Outcome::Error, text + WhyItEnded(happening, program));
         }
-    } else if (!ended || !left.empty() || (program.ExitCode() != 0 && attempt.Failures() == 0)) {
+    } else if (!ended || !left.empty() || (program.ExitCode() != 0 && !attempt.IsExplained())) {
         attempt.Begin({level.name, "OutsideOfTests"});
         attempt.End(Outcome::Error, WhyItEnded(happening, program));
-        return ended || attempt.Results() > 1;
+        return attempt.Results() > 1;
     }
     return attempt.Results() > 0;
 }
@@ -183,7 +192,7 @@ bool RunOnce(const Kit& kit, const Level& level, const LevelRun& run, std::vecto
 }  // namespace
 
 void RunLevel(const Kit& kit, const Level& level, const LevelRun& run) {
-    std::vector<Test> left = run.chosen;
+    std::vector<Test> left = run.tests;
     for (int starts = 0; !left.empty() && starts < MaxStarts; ++starts) {
         if (!RunOnce(kit, level, run, left)) {
             break;

@@ -8,13 +8,12 @@
 namespace morvane::kit {
 
 struct LevelRun {
-    std::vector<Test> all;
-    std::vector<Test> chosen;
+    std::vector<Test> tests;
     std::function<void(const Test&)> onStart;
     std::function<void(const Result&)> onResult;
 };
 
-// Runs the chosen tests of a level and reports a result for each. A program that dies or hangs is
+// Runs these tests of a level and reports a result for each. A program that dies or hangs is
 // started again for the tests after that.
 void RunLevel(const Kit& kit, const Level& level, const LevelRun& run);
 

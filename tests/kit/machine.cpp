@@ -3,6 +3,8 @@
 #include <array>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
+#include <optional>
 
 #include "base/owners.h"
 #include "settings/text.h"
@@ -20,9 +22,28 @@ constexpr const wchar_t* ThemeKey =
     L"Software\\Microsoft\\Windows\\CurrentVersion\\Themes\\Personalize";
 constexpr int FirstBuildOfWindows11 = 22'000;
 constexpr int UnscaledDpi = 96;
+constexpr int Percent = 100;
+constexpr std::size_t LongestValue = 256;
+constexpr std::size_t LongestTime = 40;
+constexpr std::size_t Sha256Bytes = 32;
+
+struct KeyTraits : NullableTraits<HKEY> {
+    static void Close(Handle handle) noexcept { RegCloseKey(handle); }
+};
+using Key = Owner<KeyTraits>;
+
+struct ScreenTraits : NullableTraits<HDC> {
+    static void Close(Handle handle) noexcept { ReleaseDC(nullptr, handle); }
+};
+using Screen = Owner<ScreenTraits>;
+
+struct AlgorithmTraits : NullableTraits<BCRYPT_ALG_HANDLE> {
+    static void Close(Handle handle) noexcept { BCryptCloseAlgorithmProvider(handle, 0); }
+};
+using Algorithm = Owner<AlgorithmTraits>;
 
 std::string SystemValue(const wchar_t* name) {
-    std::wstring value(256, L'\0');
+    std::wstring value(LongestValue, L'\0');
     auto bytes = static_cast<DWORD>(value.size() * sizeof(wchar_t));
     if (RegGetValueW(HKEY_LOCAL_MACHINE, SystemKey, name, RRF_RT_REG_SZ, nullptr, value.data(),
                      &bytes) != ERROR_SUCCESS) {
@@ -40,29 +61,26 @@ DWORD Number(HKEY root, const wchar_t* key, const wchar_t* name, DWORD otherwise
                : otherwise;
 }
 
-// The product's name was not changed for Windows 11.
 std::string System() {
-    HKEY wine = nullptr;
-    const bool isWine =
-        RegOpenKeyExW(HKEY_CURRENT_USER, L"Software\\Wine", 0, KEY_READ, &wine) == ERROR_SUCCESS;
-    if (isWine) {
-        RegCloseKey(wine);
-    }
+    Key wine;
+    RegOpenKeyExW(HKEY_CURRENT_USER, L"Software\\Wine", 0, KEY_READ, wine.put());
+    const std::string name = SystemValue(L"ProductName");
     const std::string build = SystemValue(L"CurrentBuildNumber");
-    const bool isEleven = std::atoi(build.c_str()) >= FirstBuildOfWindows11;
-    return (isWine ? "Wine as " : "") + SystemValue(L"ProductName") +
-           (isEleven ? " (Windows 11), " : ", ") + SystemValue(L"DisplayVersion") + " build " +
-           build + "." + std::to_string(Number(HKEY_LOCAL_MACHINE, SystemKey, L"UBR", 0));
+    // Which still calls itself 10; servers have such builds, too.
+    const bool isEleven = std::atoi(build.c_str()) >= FirstBuildOfWindows11 &&
+                          name.find("Windows 10") != std::string::npos;
+    return (wine ? "Wine as " : "") + name + (isEleven ? " (Windows 11), " : ", ") +
+           SystemValue(L"DisplayVersion") + " build " + build + "." +
+           std::to_string(Number(HKEY_LOCAL_MACHINE, SystemKey, L"UBR", 0));
 }
 
-// Right only in a process that is aware of it.
+// Right only in a process that is aware of the scaling.
 std::string Scaling() {
-    const HDC screen = GetDC(nullptr);
-    const int dpi = GetDeviceCaps(screen, LOGPIXELSX);
-    const std::string size = std::to_string(GetDeviceCaps(screen, HORZRES)) + " x " +
-                             std::to_string(GetDeviceCaps(screen, VERTRES));
-    ReleaseDC(nullptr, screen);
-    return std::to_string(dpi * 100 / UnscaledDpi) + " %, main screen " + size + ", screens " +
+    const Screen screen(GetDC(nullptr));
+    const int dpi = GetDeviceCaps(screen.get(), LOGPIXELSX);
+    const std::string size = std::to_string(GetDeviceCaps(screen.get(), HORZRES)) + " x " +
+                             std::to_string(GetDeviceCaps(screen.get(), VERTRES));
+    return std::to_string(dpi * Percent / UnscaledDpi) + " %, main screen " + size + ", screens " +
            std::to_string(GetSystemMetrics(SM_CMONITORS));
 }
 
@@ -102,28 +120,28 @@ std::string VersionOf(const std::wstring& file) {
 }
 
 std::string Sha256Of(const std::wstring& file) {
-    std::string bytes = test::ReadFileBytes(file).value_or("");
-    std::array<unsigned char, 32> digest{};
-    BCRYPT_ALG_HANDLE algorithm = nullptr;
-    if (BCryptOpenAlgorithmProvider(&algorithm, BCRYPT_SHA256_ALGORITHM, nullptr, 0) < 0) {
+    std::optional<std::string> bytes = test::ReadFileBytes(file);
+    std::array<unsigned char, Sha256Bytes> digest{};
+    Algorithm algorithm;
+    BCryptOpenAlgorithmProvider(algorithm.put(), BCRYPT_SHA256_ALGORITHM, nullptr, 0);
+    if (!bytes || !algorithm ||
+        BCryptHash(algorithm.get(), nullptr, 0, reinterpret_cast<PUCHAR>(bytes->data()),
+                   static_cast<ULONG>(bytes->size()), digest.data(), digest.size()) < 0) {
         return "unknown";
     }
-    const NTSTATUS status =
-        BCryptHash(algorithm, nullptr, 0, reinterpret_cast<PUCHAR>(bytes.data()),
-                   static_cast<ULONG>(bytes.size()), digest.data(), digest.size());
-    BCryptCloseAlgorithmProvider(algorithm, 0);
     std::string text;
     for (const unsigned char byte : digest) {
-        constexpr std::string_view Digits = "0123456789abcdef";
-        text.append(1, Digits[byte / 16]).append(1, Digits[byte % 16]);
+        char digits[sizeof("ff")]{};
+        std::snprintf(digits, sizeof(digits), "%02x", byte);
+        text += digits;
     }
-    return status < 0 ? "unknown" : text;
+    return text;
 }
 
 std::string Now() {
     SYSTEMTIME time{};
     GetSystemTime(&time);
-    char text[40]{};
+    char text[LongestTime]{};
     std::snprintf(text, sizeof(text), "%04d-%02d-%02d %02d:%02d UTC", time.wYear, time.wMonth,
                   time.wDay, time.wHour, time.wMinute);
     return text;
@@ -131,20 +149,18 @@ std::string Now() {
 
 }  // namespace
 
-std::wstring UserName() {
-    std::array<wchar_t, UNLEN + 1> name{};
-    DWORD size = name.size();
-    return GetUserNameW(name.data(), &size) != FALSE ? name.data() : L"";
-}
-
-std::wstring ComputerName() {
-    std::array<wchar_t, MAX_COMPUTERNAME_LENGTH + 1> name{};
-    DWORD size = name.size();
-    return GetComputerNameW(name.data(), &size) != FALSE ? name.data() : L"";
+std::wstring ProgramFile() {
+    constexpr std::size_t Longest = 32'768;
+    std::wstring path(Longest, L'\0');
+    path.resize(GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size())));
+    return path;
 }
 
 bool IsDisposable() {
-    return UserName() == L"WDAGUtilityAccount";
+    std::array<wchar_t, UNLEN + 1> name{};
+    DWORD size = name.size();
+    return GetUserNameW(name.data(), &size) != FALSE &&
+           std::wstring_view(name.data()) == L"WDAGUtilityAccount";
 }
 
 std::vector<Fact> Facts(const Kit& kit) {

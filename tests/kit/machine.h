@@ -1,7 +1,6 @@
 #pragma once
 
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "kit/level.h"
@@ -11,8 +10,8 @@ namespace morvane::kit {
 // True in Windows Sandbox, which is thrown away when its window is closed.
 [[nodiscard]] bool IsDisposable();
 
-[[nodiscard]] std::wstring UserName();
-[[nodiscard]] std::wstring ComputerName();
+// This program's own.
+[[nodiscard]] std::wstring ProgramFile();
 
 struct Fact {
     std::string name;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <iterator>
 #include <string_view>
 
 #include "kit/level.h"
@@ -11,8 +12,14 @@
 namespace morvane::kit {
 namespace {
 
+// Where the column behind it begins.
+constexpr std::size_t FactColumn = 18;
+constexpr std::size_t OutcomeColumn = 9;
+
+constexpr std::size_t LongestNumber = 40;
+
 std::string Seconds(double seconds) {
-    char text[40]{};
+    char text[LongestNumber]{};
     std::snprintf(text, sizeof(text), "%.3f", seconds);
     return text;
 }
@@ -33,7 +40,7 @@ std::string Indented(std::string_view text) {
 
 std::string LineOf(const Result& result) {
     std::string line = NameOf(result.outcome);
-    line.resize(9, ' ');
+    line.resize(OutcomeColumn, ' ');
     return line + result.level + "  " + FullName(result.test) + "  " + Seconds(result.seconds) +
            " s\n";
 }
@@ -61,65 +68,50 @@ std::string Skips(const Report& report) {
     return text.empty() ? "none\n" : text;
 }
 
-std::string StepList(const Report& report, bool done) {
+std::string StepList(const Report& report, bool covered) {
     std::string text;
     for (const Step& step : Steps()) {
-        if (IsDone(step, report.all, report.results) == done) {
+        if (IsCovered(step, report.results) == covered) {
             text.append("- ").append(step.text).append("\n");
         }
     }
     return text.empty() ? "none\n" : text;
 }
 
-// XML knows no other control characters, and no bytes that are not UTF-8.
+struct Escape {
+    char character;
+    const char* text;
+};
+
+constexpr Escape Escapes[] = {{'&', "&amp;"}, {'<', "&lt;"}, {'>', "&gt;"}, {'"', "&quot;"}};
+
+// XML allows few control characters; only the end of a line says anything here.
 std::string Escaped(std::string_view text) {
     std::string escaped;
     for (const char character : WideToUtf8(Utf8ToWide(text))) {
-        switch (character) {
-            case '&':
-                escaped += "&amp;";
-                break;
-            case '<':
-                escaped += "&lt;";
-                break;
-            case '>':
-                escaped += "&gt;";
-                break;
-            case '"':
-                escaped += "&quot;";
-                break;
-            default: {
-                const bool isControl =
-                    static_cast<unsigned char>(character) < ' ' && character != '\n';
-                escaped += isControl ? '?' : character;
-                break;
-            }
-        }
+        const auto* const escape =
+            std::find_if(std::begin(Escapes), std::end(Escapes),
+                         [=](const Escape& item) { return item.character == character; });
+        const bool isControl = static_cast<unsigned char>(character) < ' ' && character != '\n';
+        escaped += escape != std::end(Escapes) ? escape->text
+                                               : std::string(1, isControl ? '?' : character);
     }
     return escaped;
 }
 
 std::string Element(const Result& result) {
-    const std::string start = "    <testcase classname=\"" + Escaped(result.test.suite) +
-                              "\" name=\"" + Escaped(result.test.name) + "\" time=\"" +
-                              Seconds(result.seconds) + "\">";
-    std::string inside;
-    switch (result.outcome) {
-        case Outcome::Passed:
-            break;
-        case Outcome::Failed:
-            inside = "<failure message=\"failed\">" + Escaped(result.text) + "</failure>";
-            break;
-        case Outcome::Skipped:
-            inside = "<skipped message=\"" + Escaped(result.text) + "\"/>";
-            break;
-        case Outcome::Error:
-        case Outcome::NotRun:
-            inside = std::string("<error message=\"") + NameOf(result.outcome) + "\">" +
-                     Escaped(result.text) + "</error>";
-            break;
+    std::string element = "    <testcase classname=\"" + Escaped(result.test.suite) + "\" name=\"" +
+                          Escaped(result.test.name) + "\" time=\"" + Seconds(result.seconds) +
+                          "\">";
+    const std::string text = Escaped(result.text);
+    if (result.outcome == Outcome::Skipped) {
+        element += "<skipped message=\"" + text + "\"/>";
+    } else if (result.outcome != Outcome::Passed) {
+        const std::string name = result.outcome == Outcome::Failed ? "failure" : "error";
+        element +=
+            "<" + name + " message=\"" + NameOf(result.outcome) + "\">" + text + "</" + name + ">";
     }
-    return start + inside + "</testcase>\n";
+    return element + "</testcase>\n";
 }
 
 }  // namespace
@@ -146,16 +138,19 @@ bool IsGood(const Report& report) {
 
 std::string PlainText(const Report& report) {
     std::string text = "Morvane, verified on this machine\n\n";
-    for (const Fact& fact : report.facts) {
+    std::vector<Fact> facts = report.facts;
+    facts.push_back({"Result", Summary(report) + ", in " + Seconds(report.seconds) + " s"});
+    for (const Fact& fact : facts) {
         std::string name = fact.name + ":";
-        name.resize(18, ' ');
+        name.resize(FactColumn, ' ');
         text += name + fact.value + "\n";
     }
-    text += "Result:           " + Summary(report) + ", in " + Seconds(report.seconds) + " s\n";
     text += "\nFailures\n\n" + Failures(report);
     text += "\nSkipped tests\n\n" + Skips(report);
-    text += "\nSteps of the Windows checklist that are thereby done\n\n" + StepList(report, true);
-    text += "\nSteps that are not\n\n" + StepList(report, false);
+    if (report.isWhole) {
+        text += "\nSteps these tests cover\n\n" + StepList(report, true);
+        text += "\nSteps they do not cover\n\n" + StepList(report, false);
+    }
     text += "\nAll tests\n\n";
     for (const Result& result : report.results) {
         text += LineOf(result);

@@ -10,7 +10,7 @@ namespace morvane::kit {
 
 struct Report {
     std::vector<Fact> facts;
-    std::vector<Test> all;  // of every level, also those not asked for
+    bool isWhole = false;  // every test was asked for
     std::vector<Result> results;
     std::vector<std::string> troubles;  // of the run itself; each is a failure
     double seconds = 0;

@@ -1,7 +1,7 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
-#include <vector>
 
 namespace morvane::kit {
 
@@ -31,19 +31,8 @@ struct Result {
 }
 
 [[nodiscard]] inline const char* NameOf(Outcome outcome) {
-    switch (outcome) {
-        case Outcome::Passed:
-            return "passed";
-        case Outcome::Failed:
-            return "FAILED";
-        case Outcome::Skipped:
-            return "skipped";
-        case Outcome::Error:
-            return "ERROR";
-        case Outcome::NotRun:
-            break;
-    }
-    return "not run";
+    constexpr const char* Names[] = {"passed", "FAILED", "skipped", "ERROR", "not run"};
+    return Names[static_cast<std::size_t>(outcome)];
 }
 
 }  // namespace morvane::kit

@@ -1,19 +1,39 @@
 #include "kit/running_program.h"
 
+#include <utility>
+
+#include "support/wait.h"
+
 namespace morvane::kit {
 namespace {
 
 constexpr DWORD PollMilliseconds = 20;
 
-KernelHandle JobThatEndsWithUs() {
-    KernelHandle job(CreateJobObjectW(nullptr, nullptr));
+// Of an ended program; nobody sees it.
+constexpr UINT EndedCode = 1;
+
+Job JobThatEndsWithUs() {
+    Job job(CreateJobObjectW(nullptr, nullptr));
     JOBOBJECT_EXTENDED_LIMIT_INFORMATION limits{};
     limits.BasicLimitInformation.LimitFlags = JOB_OBJECT_LIMIT_KILL_ON_JOB_CLOSE;
     SetInformationJobObject(job.get(), JobObjectExtendedLimitInformation, &limits, sizeof(limits));
     return job;
 }
 
+bool IsEmpty(HANDLE job) {
+    JOBOBJECT_BASIC_ACCOUNTING_INFORMATION facts{};
+    return QueryInformationJobObject(job, JobObjectBasicAccountingInformation, &facts,
+                                     sizeof(facts), nullptr) == FALSE ||
+           facts.ActiveProcesses == 0;
+}
+
 }  // namespace
+
+void JobTraits::Close(Handle job) noexcept {
+    TerminateJobObject(job, EndedCode);
+    static_cast<void>(test::WaitUntil([job] { return IsEmpty(job); }));
+    CloseHandle(job);
+}
 
 RunningProgram::RunningProgram(const std::wstring& file, const std::wstring& arguments,
                                const test::Environment& changes, HANDLE stop)
@@ -25,8 +45,9 @@ RunningProgram::RunningProgram(const std::wstring& file, const std::wstring& arg
     const FileHandle nothing(CreateFileW(L"NUL", GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE,
                                          &inherited, OPEN_EXISTING, 0, nullptr));
     // In the job before it runs, so that nothing it starts can stay outside.
-    child_ = test::StartProcess(file, arguments, changes, {nothing.get(), written.get()},
-                                test::Begin::WhenResumed);
+    child_ =
+        test::StartProcess(file, arguments, changes, {nothing.get(), written.get(), written.get()},
+                           test::Begin::WhenResumed);
     if (Started()) {
         AssignProcessToJobObject(job_.get(), child_.process.get());
         ResumeThread(child_.thread.get());
@@ -74,7 +95,9 @@ Happening RunningProgram::Next(std::string& line, Clock::time_point limit) {
             continue;
         }
         if (happened == WAIT_OBJECT_0 + 1) {
-            return Happening::Ended;
+            // The last line may have no end.
+            line = std::exchange(unread_, {});
+            return line.empty() ? Happening::Ended : Happening::Line;
         }
         if (Clock::now() > limit) {
             return Happening::TooLate;

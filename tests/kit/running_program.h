@@ -13,8 +13,14 @@ using Clock = std::chrono::steady_clock;
 
 enum class Happening { Line, Ended, TooLate, Stopped };
 
-// A program whose standard output is read line by line. The destructor ends it and everything that
-// it started.
+// Closing it ends what runs in it: only what has ended leaves alone what is put back.
+struct JobTraits : NullableTraits<HANDLE> {
+    static void Close(Handle job) noexcept;
+};
+using Job = Owner<JobTraits>;
+
+// A program whose output, that for errors too, is read line by line. The destructor ends it and
+// everything that it started.
 class RunningProgram {
 public:
     // Ends at the event.
@@ -31,7 +37,7 @@ private:
     [[nodiscard]] bool ReadMore();
     [[nodiscard]] bool TakeLine(std::string& line);
 
-    KernelHandle job_;
+    Job job_;
     KernelHandle output_;
     test::ChildProcess child_;
     HANDLE stop_;

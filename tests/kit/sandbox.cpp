@@ -14,7 +14,7 @@ namespace {
 // The lowest result of ShellExecuteW that is not an error.
 constexpr INT_PTR FirstSuccess = 33;
 
-// Of the characters that a path may have, XML takes only this one amiss.
+// The only character of paths that means something else in XML.
 std::string EscapedPath(const std::wstring& path) {
     std::string escaped;
     for (const char character : WideToUtf8(path)) {
@@ -23,7 +23,7 @@ std::string EscapedPath(const std::wstring& path) {
     return escaped;
 }
 
-// "start" gives the run a window: a command at sign-in has none.
+// "start" opens a window for the run: Windows Sandbox starts its command without one.
 std::string Configuration(const std::wstring& folder) {
     return "<Configuration>\r\n"
            "  <Networking>Disable</Networking>\r\n"
@@ -37,8 +37,7 @@ std::string Configuration(const std::wstring& folder) {
            "    </MappedFolder>\r\n"
            "  </MappedFolders>\r\n"
            "  <LogonCommand>\r\n"
-           "    <Command>cmd.exe /c start Morvane /d C:\\Morvane "
-           "C:\\Morvane\\verify.cmd</Command>\r\n"
+           "    <Command>cmd.exe /c start C:\\Morvane\\verify.cmd</Command>\r\n"
            "  </LogonCommand>\r\n"
            "</Configuration>\r\n";
 }
@@ -66,9 +65,12 @@ int OpenSandbox(const Kit& kit) {
             "Without it, read about \".\\verify.cmd /here\" in README.txt.\n");
         return EXIT_FAILURE;
     }
-    const HINSTANCE opened =
-        ShellExecuteW(nullptr, L"open", file.c_str(), nullptr, nullptr, SW_SHOWNORMAL);
-    return reinterpret_cast<INT_PTR>(opened) >= FirstSuccess ? EXIT_SUCCESS : EXIT_FAILURE;
+    const HINSTANCE opened = ShellExecuteW(nullptr, L"open", SandboxProgram().c_str(),
+                                           (L"\"" + file + L"\"").c_str(), nullptr, SW_SHOWNORMAL);
+    const bool isOpen = reinterpret_cast<INT_PTR>(opened) >= FirstSuccess;
+    std::printf(isOpen ? "Windows Sandbox opens. The report appears in this folder.\n"
+                       : "Windows Sandbox does not start; perhaps one is open already.\n");
+    return isOpen ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 
 }  // namespace morvane::kit
