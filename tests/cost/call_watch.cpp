@@ -29,6 +29,10 @@ INT_PTR WINAPI CountOther() {
 }
 
 bool IsAboutFiles(std::string_view name) {
+    // A clock, which other threads of the test read.
+    if (name == "GetSystemTimeAsFileTime") {
+        return false;
+    }
     constexpr std::string_view Words[] = {"File", "Directory", "Path", "Volume", "Profile"};
     return std::any_of(std::begin(Words), std::end(Words), [name](std::string_view word) {
         return name.find(word) != std::string_view::npos;

@@ -130,7 +130,7 @@ void LoadSettings(std::string_view lines) {
 
 std::string FullSettings() {
     std::string lines;
-    for (std::size_t index = 0; index < MaxPinEntries; ++index) {
+    for (int index = 0; index < 100; ++index) {
         lines += "entry-" + std::to_string(index) + "\n";
     }
     return lines;

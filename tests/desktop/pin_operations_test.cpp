@@ -69,7 +69,7 @@ TEST_F(PinOperationsTest, ToggleAtTheLimitAddsNothingButStillRunsAPass) {
     const HWND wanted = Window(L"Wanted");
     LoadSettings(FullSettings());
     ToggleWindow(L"Wanted");
-    EXPECT_EQ(Engine().pinList.entries.size(), MaxPinEntries);
+    EXPECT_EQ(Engine().pinList.entries.size(), 100U);
     EXPECT_TRUE(IsTopmost(listed));
     EXPECT_FALSE(IsTopmost(wanted));
 }

@@ -132,7 +132,7 @@ TEST_F(MinSizeCommandTest, FullListTakesNewSizesForKnownWindowsOnly) {
     PinWindowAtCurrentSize(Window(L"My entry-99"));
     ExpectBalloon(L"Minimum size set to 400 x 300.", NIIF_INFO);
     EXPECT_EQ(Engine().pinList.entries.back().minWidth, 400);
-    EXPECT_EQ(Engine().pinList.entries.size(), MaxPinEntries);
+    EXPECT_EQ(Engine().pinList.entries.size(), 100U);
 }
 
 TEST_F(MinSizeCommandTest, TitleIsReadUpTo511Units) {

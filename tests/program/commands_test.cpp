@@ -71,7 +71,7 @@ TEST_F(CommandsTest, UnknownMessagesAnswerZeroAndDoNothing) {
     EXPECT_FALSE(PathExists(StartupShortcut()));
 }
 
-TEST_F(CommandsTest, CommandNumberIsTheLowWordAndEveryCommandAnswersZero) {
+TEST_F(CommandsTest, CommandNumberIsTheLowWordAndCommandsAnswerZero) {
     const TrayRecorder recorder;
     const Program program = StartedProgram();
     for (const WPARAM command : {1001U, 1006U, 1010U, 2999U, 3499U}) {

@@ -56,7 +56,6 @@ TEST_F(DataFolderTest, NothingIsReadWrittenOrDeletedThroughALink) {
     ASSERT_TRUE(program.SendCommand(AlwaysOnTopCommand));
     ASSERT_TRUE(program.SendCommand(OpenSettingsCommand));
     EXPECT_TRUE(NotepadProcesses().empty());
-    EndNotepads();
     EXPECT_TRUE(linked.IsUntouched());
     EXPECT_EQ(program.ExitByCommand(), 0U);
     EXPECT_TRUE(linked.IsUntouched());

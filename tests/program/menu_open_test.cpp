@@ -91,7 +91,7 @@ TEST_F(MenuOpenTest, ClickElsewhereDismissesTheMenu) {
     EXPECT_EQ(ReadSettings(), "Target\n");
 }
 
-TEST_F(MenuOpenTest, SecondClickOnTheIconDoesNoHarm) {
+TEST_F(MenuOpenTest, SecondClickOnTheIconOpensNoSecondMenu) {
     const Sentinel sentinel(Other());
     const Program program = StartedProgram("Sentinel\n");
     const POINT icon = WaitForTrayIcon(program.ControlWindow());

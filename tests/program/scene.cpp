@@ -4,6 +4,8 @@
 #include <iterator>
 #include <stdexcept>
 
+#include "program/notepad.h"
+
 namespace morvane::test {
 namespace {
 
@@ -34,6 +36,12 @@ std::string SettingsText(bool pinning, std::string_view lines) {
 void ProgramTest::SetUp() {
     MORVANE_REQUIRE_DISPOSABLE_PROFILE();
     ResetProfile();
+}
+
+void ProgramTest::TearDown() {
+    if (!IsSkipped()) {
+        EndNotepads();
+    }
 }
 
 Actor& ProgramTest::Other() {

@@ -46,6 +46,7 @@ void EditSettings(std::string_view lines);
 class ProgramTest : public ::testing::Test {
 protected:
     void SetUp() override;
+    void TearDown() override;  // ends the editors that the program started
 
     // The process that owns the test's windows, and one of them.
     [[nodiscard]] Actor& Other();

@@ -10,7 +10,7 @@ using StartTest = ProgramTest;
 // The program waits for the answer to its call, so nothing changes while the recorder looks.
 TEST_F(StartTest, FirstStartWritesTheDefaultFileBeforeTheIconAppears) {
     TrayRecorder recorder;
-    recorder.Watch(nullptr, SettingsPath());
+    recorder.Watch(SettingsPath());
     const Program program = StartedProgram();
     EXPECT_EQ(ReadSettings(), SettingsText(true, ""));
     ASSERT_EQ(recorder.Calls().size(), 1U);
@@ -19,10 +19,9 @@ TEST_F(StartTest, FirstStartWritesTheDefaultFileBeforeTheIconAppears) {
 
 // A posted command runs before the timer, so if the first command ends the program, all requests
 // until then were made before the message loop.
-TEST_F(StartTest, FirstPassRunsBeforeTheMessageLoopAndAfterTheIconAppears) {
-    TrayRecorder recorder;
+TEST_F(StartTest, FirstPassRunsBeforeTheMessageLoop) {
+    const TrayRecorder recorder;
     const HWND target = Window(L"The target window");
-    recorder.Watch(target, SettingsPath());
     Other().ForgetRecords(target);
     EditSettings("Target\n");
     const Program program;
@@ -32,9 +31,7 @@ TEST_F(StartTest, FirstPassRunsBeforeTheMessageLoopAndAfterTheIconAppears) {
     const std::vector<TrayCall> calls = recorder.Calls();
     ASSERT_EQ(calls.size(), 2U);
     EXPECT_EQ(calls[0].message, DWORD{NIM_ADD});
-    EXPECT_FALSE(calls[0].watchedWindowTopmost);
     EXPECT_EQ(calls[1].message, DWORD{NIM_DELETE});
-    EXPECT_FALSE(calls[1].watchedWindowTopmost) << "the icon goes after the release";
 }
 
 TEST_F(StartTest, PinningSwitchedOffInTheFileHoldsFromTheStart) {

@@ -108,13 +108,15 @@ TEST_F(ZOrderTest, ClickOnALowerEntryIsUndoneWithoutTakingTheKeyboard) {
     EXPECT_TRUE(Other().Input(first).empty());
 }
 
-TEST_F(ZOrderTest, ForeignTopmostWindowComesUpOnlyUntilTheNextPass) {
+TEST_F(ZOrderTest, ForeignTopmostWindowStaysTopmostBelowThePinnedOne) {
     const HWND pinned = CreateAt(L"Pinned", 0, Red);
     const HWND foreign = CreateAt(L"Foreign", 50, Blue);
     Other().SetTopmost(foreign, true);
     const Program program = StartedProgram("Pinned\n");
     ASSERT_TRUE(WaitUntil([&] { return IsAbove(pinned, foreign); }));
+    const std::size_t before = TopmostRequests(Other(), pinned);
     Other().Raise(foreign);
+    EXPECT_TRUE(WaitUntil([&] { return TopmostRequests(Other(), pinned) > before; }));
     EXPECT_TRUE(WaitUntil([&] { return IsAbove(pinned, foreign); }));
     EXPECT_EQ(program.ExitByCommand(), 0U);
     EXPECT_TRUE(IsTopmost(foreign)) << "nobody's pattern, so left alone";

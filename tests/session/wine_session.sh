@@ -144,7 +144,7 @@ session_start_screen() {
             return 0
         fi
         # Two servers starting at once can want the same number; one of them gives up.
-        echo "measured: start of a virtual screen repeated after attempt $attempt" >&2
+        ((attempt == 3)) || echo "measured: start of a virtual screen repeated: $attempt" >&2
         kill "$SESSION_SCREEN_PID" 2>/dev/null
     done
     session_fail "no virtual screen after $attempt attempts: $(tail -n 3 "$SESSION_DIR/screen.log")"

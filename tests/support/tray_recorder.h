@@ -26,8 +26,7 @@ struct TrayCall {
     DWORD infoFlags = 0;  // NIIF_...
     GUID item{};
     HICON balloonIcon = nullptr;
-    // State of what TrayRecorder::Watch names, when the call arrived and before it was answered.
-    bool watchedWindowTopmost = false;
+    // Whether what TrayRecorder::Watch names existed before the call was answered.
     bool watchedPathExists = false;
 };
 
@@ -53,8 +52,8 @@ public:
     // Makes the next calls fail: Shell_NotifyIconW returns FALSE. They are still recorded.
     void RefuseNext(int count);
 
-    // From now on every call records the state of this window and this path on arrival.
-    void Watch(HWND window, const std::wstring& path);
+    // From now on every call records whether something exists at this path.
+    void Watch(const std::wstring& path);
 
     struct Shared;
 
