@@ -1,13 +1,12 @@
 // The smallest program of its kind: a class, a message-only window and an icon, until WM_CLOSE.
-// With an argument it is also the bare loop: twice a second it makes the calls of a pass that pins
-// the windows whose titles begin with the argument's first unit. The number after that unit is how
-// many there must be; otherwise it fails at once.
+// With arguments, the handles of windows, it is also the bare loop: twice a second it makes the
+// calls of a pass that pins these windows.
 
 #include <array>
 #include <cwchar>
 #include <span>
 
-#include "bare/bare_pass.h"
+#include "bare/loops.h"
 #include "base/win.h"
 #include "base/win_shell.h"
 
@@ -17,19 +16,19 @@ constexpr wchar_t BareClass[] = L"MorvaneBareWindow";
 constexpr UINT PassPeriod = 500;  // milliseconds, as in the program
 constexpr UINT_PTR PassTimer = 1;
 constexpr UINT IconMessage = WM_APP + 1;
-constexpr std::size_t MaxPinned = 500;
+constexpr std::size_t MaxPinned = 100;
 
 struct BareState {
     NOTIFYICONDATAW icon{};
     std::array<HWND, MaxPinned> windows{};
-    morvane::bare::PinnedWindows pinned;
+    std::size_t count = 0;
 };
 
 BareState state;
 
 LRESULT CALLBACK BareProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
     if (message == WM_TIMER) {
-        morvane::bare::LookAtAndPin(state.pinned);
+        morvane::bare::LookAtAndPin(std::span(state.windows).first(state.count));
         return 0;
     }
     if (message == WM_DESTROY) {
@@ -51,6 +50,15 @@ void AddIcon(HWND window) {
     Shell_NotifyIconW(NIM_ADD, &state.icon);
 }
 
+void ReadHandles(const wchar_t* text) {
+    constexpr int Decimal = 10;
+    wchar_t* rest = nullptr;
+    while (const std::uintptr_t handle = std::wcstoull(text, &rest, Decimal)) {
+        state.windows[state.count++] = reinterpret_cast<HWND>(handle);
+        text = rest;
+    }
+}
+
 }  // namespace
 
 int WINAPI wWinMain(HINSTANCE instance, HINSTANCE /*previous*/, PWSTR arguments, int /*show*/) {
@@ -64,13 +72,8 @@ int WINAPI wWinMain(HINSTANCE instance, HINSTANCE /*previous*/, PWSTR arguments,
     if (window == nullptr) {
         return 1;
     }
-    if (arguments != nullptr && *arguments != L'\0') {
-        constexpr int Decimal = 10;
-        const std::size_t count = morvane::bare::FindMarked(*arguments, state.windows);
-        if (count == 0 || count != std::wcstoul(arguments + 1, nullptr, Decimal)) {
-            return 1;
-        }
-        state.pinned = {std::span(state.windows).first(count), *arguments};
+    ReadHandles(arguments);
+    if (state.count > 0) {
         SetTimer(window, PassTimer, PassPeriod, nullptr);
     }
     AddIcon(window);

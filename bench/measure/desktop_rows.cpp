@@ -1,115 +1,76 @@
+// Passes and the menu, over the windows of another process.
+
 #include <algorithm>
-#include <array>
-#include <cstddef>
+#include <functional>
+#include <map>
 #include <string>
 #include <vector>
 
-#include "bare/bare_menu.h"
-#include "bare/bare_pass.h"
+#include "bare/loops.h"
 #include "base/gui_owners.h"
-#include "measure/rows.h"
-#include "measure/scene.h"
-#include "pin/candidates.h"
+#include "cost/allocation_count.h"
+#include "measure/bench.h"
 #include "pin/discovery.h"
 #include "pin/enforcement.h"
 #include "pin/engine.h"
-#include "support/test_environment.h"
+#include "pin/settings_sync.h"
 #include "support/window_state.h"
 #include "ui/active_window.h"
 #include "ui/menu_build.h"
 #include "ui/menu_rows.h"
 
 namespace morvane::bench {
-
 namespace {
 
-constexpr int EntryCount = 100;
-constexpr std::size_t PinnedCount = 50;
-constexpr std::size_t AllCount = 500;
+constexpr int AllCount = 500;
+constexpr int PinnedCount = 50;
+static_assert(*PinnedTitle == bare::PinnedMark && *PlainTitle != bare::PinnedMark);
 
-std::vector<HWND> WindowsInPassOrder() {
-    std::vector<MatchedWindow> matched = CollectMatchedWindows();
-    std::sort(matched.begin(), matched.end(), HasLowerPriority);
-    std::vector<HWND> windows;
-    windows.reserve(matched.size());
-    for (const MatchedWindow& match : matched) {
-        windows.push_back(match.window);
-    }
-    return windows;
+// The allocations of a pass that has seen all windows before, without those for the file.
+void EmitAllocations(const std::string& row, int windows) {
+    const auto all = static_cast<double>(test::AllocationsOf(ApplyAll));
+    const auto ofFile = static_cast<double>(test::AllocationsOf(ReloadSettings));
+    Emit(row, {{(all - ofFile) / windows}, {}});
 }
 
-void MeasurePatterns(const Plan& plan) {
-    constexpr std::array<int, 3> Counts = {1, 10, EntryCount};
-    Announce("a pass with 1, 10 and 100 patterns");
-    std::array<std::vector<double>, Counts.size()> times;
-    for (int repetition = 0; repetition <= plan.repetitions; ++repetition) {
-        for (std::size_t turn = 0; turn < Counts.size(); ++turn) {
-            // Each round starts with a different one.
-            const std::size_t which = (turn + static_cast<std::size_t>(repetition)) % Counts.size();
-            BindEngine(UnmatchedEntries(Counts[which]));
-            const double time = TimeOf(1, ApplyAll);
-            if (repetition > 0) {
-                times[which].push_back(time);
-            }
-        }
-    }
-    Emit("patterns", {{"1", times[0]}, {"10", times[1]}, {"100", times[2]}});
-}
-
-void MeasureUnmatched(const Plan& plan) {
-    Announce("a pass over 500 windows, none matches");
-    BindEngine(UnmatchedEntries(EntryCount));
+void MeasurePasses(const Plan& plan, std::vector<HWND> pinned) {
+    Announce("a pass over 500 windows");
+    BindEngine(UnmatchedEntries());
     Require(CollectMatchedWindows().empty(), "no match");
-    Emit("pass_none", MeasureInTurn(plan, 1, ApplyAll, [] { bare::LookAtWindows(); }));
-}
+    Emit("pass_none", InTurn(plan.repetitions, TimeOf(ApplyAll), TimeOf(bare::LookAtWindows)));
+    EmitAllocations("allocations_none", AllCount);
 
-void MeasureNearMisses(const Plan& plan) {
-    Announce("a pass over 500 windows, near misses");
-    std::vector<std::wstring> titles;
-    for (int number = 0; number < EntryCount / 2; ++number) {
-        titles.push_back(PlainTitle + std::to_wstring(number));
-        titles.push_back(PinnedTitle + std::to_wstring(number));
-    }
-    BindEngine(NearMisses(titles, EntryCount));
-    Require(Engine().pinList.entries.size() == EntryCount, "a full list");
-    Require(CollectMatchedWindows().empty(), "no match");
-    Emit("pass_near", MeasureInTurn(plan, 1, ApplyAll, [] { bare::LookAtWindows(); }));
-}
-
-void MeasureMatched(const Plan& plan) {
-    Announce("a pass over 500 windows, 50 match");
-    BindEngine(EntriesWithMatch(EntryCount));
-    const std::vector<HWND> pinned = WindowsInPassOrder();
-    std::array<HWND, 2 * PinnedCount> marked{};
-    Require(pinned.size() == PinnedCount && bare::FindMarked(*PinnedTitle, marked) == PinnedCount,
-            "50 matches");
+    BindEngine(EntriesWithMatch());
+    Require(CollectMatchedWindows().size() == pinned.size(), "50 matches");
     ApplyAll();
     Require(std::all_of(pinned.begin(), pinned.end(), test::IsTopmost), "50 windows pinned");
+    // The order of a pass.
+    std::sort(pinned.begin(), pinned.end(), std::less<>());
     Emit("pass_50",
-         MeasureInTurn(plan, 1, ApplyAll, [&] { bare::LookAtAndPin({pinned, *PinnedTitle}); }));
-    Emit("allocations_50", {{"allocations", {AllocationsOfPass()}}});
+         InTurn(plan.repetitions, TimeOf(ApplyAll), TimeOf([&] { bare::LookAtAndPin(pinned); })));
+    EmitAllocations("allocations_50", PinnedCount);
     ReleaseAll();
 }
 
 void MeasureMenu(const Plan& plan) {
     Announce("the menu of 500 windows");
-    BindEngine(EntriesWithMatch(EntryCount));
-    const std::wstring path = test::SettingsPath();
-    const std::wstring folder = test::DataFolder();
+    PrepareMenuState();
+    const Menu rows = BuildAddRemoveMenu();
+    const Menu sized = BuildMinSizeMenu();
+    Require(bare::BuildMenuOnce() ==
+                static_cast<unsigned>(GetMenuItemCount(rows.get()) + GetMenuItemCount(sized.get())),
+            "as many rows");
     const auto ours = [] {
         ClearMenuRows();
         PrepareMenuState();
         const Menu menu = BuildTrayMenu();
         ClearMenuRows();
     };
-    const auto bare = [&] { bare::BuildMenuOnce(path.c_str(), folder.c_str()); };
-    PrepareMenuState();
-    const Menu rows = BuildAddRemoveMenu();
-    const Menu sized = BuildMinSizeMenu();
-    const auto rowCount =
-        static_cast<unsigned>(GetMenuItemCount(rows.get()) + GetMenuItemCount(sized.get()));
-    Require(bare::BuildMenuOnce(path.c_str(), folder.c_str()) == rowCount, "as many rows");
-    Emit("menu_500", MeasureInTurn(plan, 1, ours, bare));
+    Emit("menu_500", InTurn(plan.repetitions, TimeOf(ours), TimeOf(bare::BuildMenuOnce)));
+}
+
+void Append(std::vector<double>& all, const std::vector<double>& more) {
+    all.insert(all.end(), more.begin(), more.end());
 }
 
 }  // namespace
@@ -118,12 +79,32 @@ void MeasureDesktop(const Plan& plan) {
     test::Actor actor;
     Announce("opening 500 windows");
     static_cast<void>(AddWindows(actor, int{AllCount - PinnedCount}, PlainTitle));
-    static_cast<void>(AddWindows(actor, int{PinnedCount}, PinnedTitle));
-    MeasurePatterns(plan);
-    MeasureUnmatched(plan);
-    MeasureNearMisses(plan);
-    MeasureMatched(plan);
+    MeasurePasses(plan, AddWindows(actor, int{PinnedCount}, PinnedTitle));
     MeasureMenu(plan);
+}
+
+void MeasureGrowth(const Plan& plan) {
+    // Several rounds, so that a temporary disturbance affects some times for every number of
+    // windows instead of all times for one.
+    constexpr int Rounds = 3;
+    BindEngine(UnmatchedEntries());
+    std::map<int, Pairs> times;
+    for (int round = 0; round < Rounds; ++round) {
+        test::Actor actor;
+        int opened = 0;
+        for (const int count : {50, 100, 200, 400, 800}) {
+            Announce("a pass over " + std::to_string(count) + " windows");
+            static_cast<void>(AddWindows(actor, count - opened, PlainTitle));
+            opened = count;
+            const Pairs more = InTurn((plan.repetitions + Rounds - 1) / Rounds, TimeOf(ApplyAll),
+                                      TimeOf(bare::LookAtWindows));
+            Append(times[count].ours, more.ours);
+            Append(times[count].bare, more.bare);
+        }
+    }
+    for (const auto& [count, pairs] : times) {
+        Emit("windows_" + std::to_string(count), pairs);
+    }
 }
 
 }  // namespace morvane::bench

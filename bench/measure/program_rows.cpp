@@ -1,17 +1,18 @@
+// The start of the program, and the program and the bare loop idling side by side.
+
 #include <algorithm>
 #include <array>
 #include <bit>
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
 #include "base/owners.h"
 #include "base/win.h"
-#include "measure/rows.h"
-#include "measure/scene.h"
+#include "measure/bench.h"
 #include "support/child_process.h"
-#include "support/program.h"
 #include "support/test_environment.h"
 #include "support/tray.h"
 #include "support/wait.h"
@@ -21,49 +22,56 @@
 #include <tlhelp32.h>
 
 namespace morvane::bench {
-
 namespace {
 
-constexpr wchar_t BareClass[] = L"MorvaneBareWindow";
-constexpr wchar_t ControlClass[] = L"MorvaneHiddenWindow";
-constexpr int IdleWindows = 50;
-constexpr int EntryCount = 100;
-constexpr int IdleParts = 15;
-constexpr double RequestsOfOne = 2;  // per second, to each window
-constexpr double MicrosecondsPerSecond = 1e6;
+// A program that is measured from outside, and ended through its message-only window.
+struct Contender {
+    const wchar_t* variable;  // of the environment: where it is
+    const wchar_t* className;
+};
 
-std::wstring ShippedProgram() {
-    return test::RequiredPath(L"MORVANE_TEST_PROGRAM");
+constexpr Contender Ours = {L"MORVANE_TEST_PROGRAM", L"MorvaneHiddenWindow"};
+constexpr Contender Bare = {L"MORVANE_BENCH_BARE", L"MorvaneBareWindow"};
+
+test::ChildProcess Start(const Contender& contender, const std::wstring& arguments = L"") {
+    return test::StartProcess(test::RequiredPath(contender.variable), arguments);
 }
 
-std::wstring BarePath() {
-    return test::RequiredPath(L"MORVANE_BENCH_BARE");
+HWND WindowOf(const Contender& contender) {
+    return FindWindowExW(HWND_MESSAGE, nullptr, contender.className, nullptr);
 }
 
-// Ends one of our programs through its message-only window.
-void Close(const test::ChildProcess& child, const wchar_t* className) {
-    PostMessageW(FindWindowExW(HWND_MESSAGE, nullptr, className, nullptr), WM_CLOSE, 0, 0);
+void WaitForIcon(const Contender& contender) {
+    Require(test::WaitUntil([&] {
+                HWND const owner = WindowOf(contender);
+                return owner != nullptr && test::TrayIconPresent(owner);
+            }),
+            "an icon comes");
+}
+
+// After the icon: its first pass and its message loop come later, and before the icon the process
+// may be too young to be waited for.
+void WaitUntilIdle(const test::ChildProcess& child) {
+    static_cast<void>(WaitForInputIdle(child.process.get(), INFINITE));
+}
+
+void Close(const Contender& contender, const test::ChildProcess& child) {
+    PostMessageW(WindowOf(contender), WM_CLOSE, 0, 0);
     Require(test::WaitForObject(child.process.get()), "the program ends");
 }
 
 // From the call that starts a program until the shell holds its icon.
-double TimeToIcon(const std::wstring& path, const wchar_t* className) {
-    const std::int64_t start = Ticks();
-    const test::ChildProcess child = test::StartProcess(path, L"");
-    Require(test::WaitUntil([&] {
-                HWND const owner = FindWindowExW(HWND_MESSAGE, nullptr, className, nullptr);
-                return owner != nullptr && test::TrayIconPresent(owner);
-            }),
-            "an icon comes");
-    const double time = Microseconds(Ticks() - start);
-    // Its first pass and its message loop come after the icon.
-    static_cast<void>(WaitForInputIdle(child.process.get(), INFINITE));
-    Close(child, className);
+double TimeToIcon(const Contender& contender) {
+    const Clock::time_point start = Clock::now();
+    const test::ChildProcess child = Start(contender);
+    WaitForIcon(contender);
+    const double time = MicrosecondsSince(start);
+    WaitUntilIdle(child);
+    Close(contender, child);
     return time;
 }
 
-// Private bytes of a process.
-double MemoryOf(const test::ChildProcess& child) {
+double PrivateBytes(const test::ChildProcess& child) {
     PROCESS_MEMORY_COUNTERS counters{};
     Require(GetProcessMemoryInfo(child.process.get(), &counters, sizeof(counters)) != FALSE,
             "memory of a process");
@@ -98,78 +106,60 @@ double ProcessorTime(const test::ChildProcess& child) {
     return units / UnitsPerMicrosecond;
 }
 
-// The bare loop keeps to the windows it found at its start: a later one is pinned by the program
-// alone.
-void RequireNewOnesPinned(test::Actor& actor) {
-    const std::vector<HWND> late = AddWindows(actor, 1, PinnedTitle);
-    Require(test::WaitUntil([&] { return test::IsTopmost(late.front()); }), "the program pins");
-    actor.Destroy(late.front());
-}
-
-void LetPass(std::chrono::milliseconds duration) {
-    static_cast<void>(test::WaitUntil([] { return false; }, duration));
-}
-
 }  // namespace
 
 void MeasureStart(const Plan& plan) {
     Announce("from the start to the icon");
     BindEngine("");
-    Pairs pairs;
-    for (int repetition = 0; repetition <= plan.repetitions; ++repetition) {
-        const bool oursFirst = repetition % 2 != 0;
-        double ours = oursFirst ? TimeToIcon(ShippedProgram(), ControlClass) : 0;
-        const double bare = TimeToIcon(BarePath(), BareClass);
-        if (!oursFirst) {
-            ours = TimeToIcon(ShippedProgram(), ControlClass);
-        }
-        if (repetition > 0) {
-            pairs.ours.push_back(ours);
-            pairs.bare.push_back(bare);
-        }
-    }
-    Emit("start", pairs);
+    Emit(
+        "start",
+        InTurn(plan.repetitions, [] { return TimeToIcon(Ours); }, [] { return TimeToIcon(Bare); }));
 }
 
 void MeasureIdle(const Plan& plan) {
+    constexpr int Windows = 50;
+    // Long enough for some steps of 10 milliseconds of processor time.
+    constexpr int SecondsPerPart = 4;
+    constexpr int Requests = 3;  // per second and window: more than one of them makes alone
     test::Actor actor;
-    const std::vector<HWND> windows = AddWindows(actor, IdleWindows, PinnedTitle);
-    BindEngine(EntriesWithMatch(EntryCount));
+    std::vector<HWND> windows = AddWindows(actor, Windows, PinnedTitle);
+    std::sort(windows.begin(), windows.end(), std::less<>());
+    BindEngine(EntriesWithMatch());
 
-    const test::ChildProcess bare = test::StartProcess(
-        BarePath(), std::wstring(1, *PinnedTitle) + std::to_wstring(IdleWindows));
+    std::wstring handles;
+    for (HWND const window : windows) {
+        handles += std::to_wstring(reinterpret_cast<std::uintptr_t>(window)) + L" ";
+    }
+    const test::ChildProcess bare = Start(Bare, handles);
     Require(test::WaitUntil(
                 [&] { return std::all_of(windows.begin(), windows.end(), test::IsTopmost); }),
             "the bare loop pins");
-    const test::ChildProcess ours = test::StartProcess(ShippedProgram(), L"");
-    RequireNewOnesPinned(actor);
+    const test::ChildProcess ours = Start(Ours);
+    WaitForIcon(Ours);
+    WaitUntilIdle(ours);
 
-    const std::chrono::milliseconds whole = std::chrono::seconds(plan.idleSeconds);
-    const std::chrono::milliseconds part = whole / IdleParts;
+    Announce("idle for " + std::to_string(plan.idleSeconds) + " seconds");
     Pairs times;
     Pairs memory;
     actor.ForgetRecords(windows.front());
-    const std::int64_t start = Ticks();
     double ourTime = ProcessorTime(ours);
     double bareTime = ProcessorTime(bare);
-    for (int done = 0; done < IdleParts; ++done) {
-        Announce("idle for " + std::to_string(plan.idleSeconds) + " seconds, part " +
-                 std::to_string(done + 1) + " of " + std::to_string(IdleParts));
-        LetPass(part);
+    for (int second = 0; second < plan.idleSeconds; second += SecondsPerPart) {
+        static_cast<void>(
+            test::WaitUntil([] { return false; }, std::chrono::seconds(SecondsPerPart)));
         times.ours.push_back(ProcessorTime(ours) - ourTime);
         times.bare.push_back(ProcessorTime(bare) - bareTime);
         ourTime += times.ours.back();
         bareTime += times.bare.back();
-        memory.ours.push_back(MemoryOf(ours));
-        memory.bare.push_back(MemoryOf(bare));
+        memory.ours.push_back(PrivateBytes(ours));
+        memory.bare.push_back(PrivateBytes(bare));
     }
-    const double seconds = Microseconds(Ticks() - start) / MicrosecondsPerSecond;
-    const auto requests = static_cast<double>(actor.Requests(windows.front()).size());
-    Require(requests > seconds * RequestsOfOne, "both pin until the end");
-    Emit("idle_time", {{"ours", times.ours}, {"bare", times.bare}, {"seconds", {seconds}}});
+    const auto requests = static_cast<int>(actor.Requests(windows.front()).size());
+    Require(requests > plan.idleSeconds * Requests, "both pin until the end");
+    Emit("idle_time", times);
     Emit("idle_memory", memory);
-    Close(bare, BareClass);
-    Close(ours, ControlClass);
+    Close(Bare, bare);
+    Close(Ours, ours);
 }
 
 }  // namespace morvane::bench

@@ -135,7 +135,7 @@ HINSTANCE ClassModule(const std::wstring& className) {
 
 }  // namespace
 
-HWND CreateRecordedWindow(const NewWindow& wanted) {
+HWND CreateRecordedWindow(const WindowSpec& wanted) {
     const HWND window = CreateWindowExW(
         wanted.exStyle, wanted.className.c_str(), wanted.title.c_str(),
         wanted.style & ~static_cast<DWORD>(WS_VISIBLE), wanted.x, wanted.y, wanted.width,

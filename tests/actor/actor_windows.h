@@ -1,6 +1,5 @@
 #pragma once
 
-#include <string>
 #include <vector>
 
 #include "base/win.h"
@@ -10,22 +9,8 @@
 // be read from any thread, even while the main thread hangs.
 namespace morvane::test {
 
-struct NewWindow {
-    std::wstring className;  // registered on demand unless the system knows it ("#32770", "Edit")
-    std::wstring title;
-    DWORD style = 0;  // WS_VISIBLE is ignored here: see visible
-    DWORD exStyle = 0;
-    int x = 0;  // outer rectangle, screen pixels
-    int y = 0;
-    int width = 0;
-    int height = 0;
-    HWND owner = nullptr;
-    bool visible = true;  // shown without being activated
-    COLORREF colour = 0;  // of the client area
-};
-
 // Null on failure. The new window's records start out empty.
-[[nodiscard]] HWND CreateRecordedWindow(const NewWindow& wanted);
+[[nodiscard]] HWND CreateRecordedWindow(const WindowSpec& wanted);
 
 [[nodiscard]] std::vector<PositionRequest> RecordedRequests(HWND window);
 [[nodiscard]] std::vector<InputEvent> RecordedInput(HWND window);

@@ -41,7 +41,7 @@ std::string OkIf(BOOL done, std::string_view what) {
 }
 
 // The operands of "create", starting at first: two texts, then nine numbers.
-std::optional<NewWindow> NewWindowFrom(const Words& words, std::size_t first) {
+std::optional<WindowSpec> WindowSpecFrom(const Words& words, std::size_t first) {
     const std::optional<Numbers> numbers = NumbersFrom(words, first + 2, 9);
     if (!numbers) {
         return std::nullopt;
@@ -52,22 +52,20 @@ std::optional<NewWindow> NewWindowFrom(const Words& words, std::size_t first) {
         return std::nullopt;
     }
     const Numbers& n = *numbers;
-    NewWindow wanted;
-    wanted.className = *className;
-    wanted.title = *title;
-    wanted.style = static_cast<DWORD>(n[0]);
-    wanted.exStyle = static_cast<DWORD>(n[1]);
-    wanted.x = static_cast<int>(n[2]);
-    wanted.y = static_cast<int>(n[3]);
-    wanted.width = static_cast<int>(n[4]);
-    wanted.height = static_cast<int>(n[5]);
-    wanted.owner = WindowFromNumber(n[6]);
-    wanted.visible = n[7] != 0;
-    wanted.colour = static_cast<COLORREF>(n[8]);
-    return wanted;
+    return WindowSpec{.className = *className,
+                      .title = *title,
+                      .style = static_cast<DWORD>(n[0]),
+                      .exStyle = static_cast<DWORD>(n[1]),
+                      .x = static_cast<int>(n[2]),
+                      .y = static_cast<int>(n[3]),
+                      .width = static_cast<int>(n[4]),
+                      .height = static_cast<int>(n[5]),
+                      .owner = WindowFromNumber(n[6]),
+                      .visible = n[7] != 0,
+                      .colour = static_cast<COLORREF>(n[8])};
 }
 
-std::string CreateWindows(NewWindow wanted, long long count, bool numbered) {
+std::string CreateWindows(WindowSpec wanted, long long count, bool numbered) {
     std::string answer(Ok);
     const std::wstring prefix = wanted.title;
     for (long long index = 0; index < count; ++index) {
@@ -175,11 +173,10 @@ std::string SetTitle(const Words& words) {
 std::string DescribeRequests(HWND window) {
     std::string answer(Ok);
     for (const PositionRequest& request : RecordedRequests(window)) {
-        answer += " " + std::to_string(NumberFromWindow(request.insertAfter)) + "," +
-                  std::to_string(request.x) + "," + std::to_string(request.y) + "," +
-                  std::to_string(request.cx) + "," + std::to_string(request.cy) + "," +
-                  std::to_string(request.flags) + "," + std::to_string(request.tickCount) + "," +
-                  std::to_string(request.counter);
+        answer += " " + JoinNumbers({NumberFromWindow(request.insertAfter), request.x, request.y,
+                                     request.cx, request.cy, request.flags,
+                                     static_cast<long long>(request.tickCount), request.counter},
+                                    ',');
     }
     return answer;
 }
@@ -187,8 +184,7 @@ std::string DescribeRequests(HWND window) {
 std::string DescribeInput(HWND window) {
     std::string answer(Ok);
     for (const InputEvent& event : RecordedInput(window)) {
-        answer += " " + std::to_string(event.message) + "," + std::to_string(event.x) + "," +
-                  std::to_string(event.y);
+        answer += " " + JoinNumbers({event.message, event.x, event.y}, ',');
     }
     return answer;
 }
@@ -235,7 +231,7 @@ WindowCommandResult ExecuteWindowCommand(std::string_view line) {
     }
     const bool many = words[0] == "many";
     if (many || words[0] == "create") {
-        const std::optional<NewWindow> wanted = NewWindowFrom(words, many ? 2 : 1);
+        const std::optional<WindowSpec> wanted = WindowSpecFrom(words, many ? 2 : 1);
         const long long count = many && wanted ? NumberFromWord(words[1]).value_or(0) : 1;
         return {wanted ? CreateWindows(*wanted, count, many) : "error wrong operands", 0, false};
     }

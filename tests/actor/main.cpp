@@ -3,8 +3,7 @@
 // behind.
 
 #include <array>
-#include <deque>
-#include <mutex>
+#include <memory>
 #include <string>
 #include <thread>
 
@@ -13,18 +12,8 @@
 
 namespace {
 
-constexpr UINT WmCommandWaiting = WM_APP + 1;
+constexpr UINT WmCommand = WM_APP + 1;  // its line is an std::string to delete
 constexpr const wchar_t* CommandWindowClass = L"MorvaneTestActorCommands";
-
-struct CommandQueue {
-    std::mutex mutex;
-    std::deque<std::string> lines;
-};
-
-CommandQueue& Queue() {
-    static CommandQueue queue;
-    return queue;
-}
 
 void WriteLine(const std::string& line) {
     // One write per line, so that the client never waits for the rest of a line.
@@ -34,20 +23,8 @@ void WriteLine(const std::string& line) {
               &written, nullptr);
 }
 
-std::string TakeCommand() {
-    CommandQueue& queue = Queue();
-    const std::scoped_lock lock(queue.mutex);
-    if (queue.lines.empty()) {
-        return {};
-    }
-    std::string line = std::move(queue.lines.front());
-    queue.lines.pop_front();
-    return line;
-}
-
-void RunCommand() {
-    const morvane::test::WindowCommandResult result =
-        morvane::test::ExecuteWindowCommand(TakeCommand());
+void RunCommand(const std::string& line) {
+    const morvane::test::WindowCommandResult result = morvane::test::ExecuteWindowCommand(line);
     WriteLine(result.answer);
     if (result.hangMilliseconds > 0) {
         Sleep(result.hangMilliseconds);
@@ -60,8 +37,9 @@ void RunCommand() {
 // Commands are posted to a window, not to the thread, so that they are also handled in the modal
 // loops of moving, sizing and menus.
 LRESULT CALLBACK CommandProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
-    if (message == WmCommandWaiting) {
-        RunCommand();
+    if (message == WmCommand) {
+        const std::unique_ptr<std::string> line(reinterpret_cast<std::string*>(lParam));
+        RunCommand(*line);
         return 0;
     }
     return DefWindowProcW(window, message, wParam, lParam);
@@ -72,12 +50,12 @@ void HandleLine(HWND commandWindow, const std::string& line) {
         WriteLine(*answer);
         return;
     }
-    {
-        CommandQueue& queue = Queue();
-        const std::scoped_lock lock(queue.mutex);
-        queue.lines.push_back(line);
+    auto command = std::make_unique<std::string>(line);
+    if (PostMessageW(commandWindow, WmCommand, 0, reinterpret_cast<LPARAM>(command.get())) !=
+        FALSE) {
+        // The window deletes it.
+        [[maybe_unused]] const std::string* const taken = command.release();
     }
-    PostMessageW(commandWindow, WmCommandWaiting, 0, 0);
 }
 
 void ReadCommands(HWND commandWindow) {

@@ -1,20 +1,16 @@
 // The About dialog in this process: its parts, how it opens and how it closes.
 
 #include <gtest/gtest.h>
-#include <string>
 #include <utility>
 #include <vector>
 
 #include "base/gui_owners.h"
 #include "desktop/about_fixture.h"
-#include "desktop/interface_texts.h"
-#include "pin/enforcement.h"
 #include "support/import_patch.h"
-#include "support/test_environment.h"
-#include "support/wait.h"
+#include "support/import_watch.h"
+#include "support/languages.h"
 #include "support/window_state.h"
 #include "ui/about.h"
-#include "ui/product_version.h"
 
 namespace morvane::test {
 namespace {
@@ -25,10 +21,6 @@ DWORD StyleOf(HWND window) {
 
 DWORD ExStyleOf(HWND window) {
     return static_cast<DWORD>(GetWindowLongPtrW(window, GWL_EXSTYLE));
-}
-
-bool IsClosed() {
-    return AboutDialog() == nullptr;
 }
 
 TEST_F(AboutDialogTest, DialogIsACaptionedTopmostWindowOwnedByTheControlWindow) {
@@ -57,14 +49,6 @@ TEST_F(AboutDialogTest, ClassHasNeitherStyleNorBackgroundNorIcon) {
     EXPECT_EQ(info.lpszMenuName, nullptr);
 }
 
-TEST_F(AboutDialogTest, DialogAndItsControlsHaveTheExplorerLook) {
-    OpenAndLook([](HWND dialog) {
-        EXPECT_TRUE(HasThemeName(dialog, L"Explorer"));
-        EXPECT_TRUE(HasThemeName(BodyOf(dialog), L"Explorer"));
-        EXPECT_TRUE(HasThemeName(ButtonOf(dialog), L"Explorer"));
-    });
-}
-
 TEST_F(AboutDialogTest, ControlsAreAStaticTextAndADefaultButton) {
     OpenAndLook([](HWND dialog) {
         const HWND body = BodyOf(dialog);
@@ -90,49 +74,22 @@ TEST_F(AboutDialogTest, ControlsAreAStaticTextAndADefaultButton) {
     });
 }
 
-std::vector<std::pair<HWND, LPARAM>> fontRequests;
-decltype(&SendMessageW) originalSend = nullptr;
-
-LRESULT WINAPI RecordFontRequest(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
-    if (message == WM_SETFONT) {
-        fontRequests.emplace_back(window, lParam);
-    }
-    return originalSend(window, message, wParam, lParam);
-}
-
 TEST_F(AboutDialogTest, ControlsAreToldToRedrawInTheirFont) {
-    const ImportPatch<decltype(&SendMessageW)> patch("SendMessageW", RecordFontRequest);
-    originalSend = patch.Original();
-    fontRequests.clear();
-    OpenAndLook([](HWND dialog) {
+    std::vector<std::pair<HWND, LPARAM>> requests;
+    const ImportWatch<decltype(&SendMessageW)> watch(
+        "SendMessageW", [&requests](HWND window, UINT message, WPARAM /*font*/, LPARAM redraw) {
+            if (message == WM_SETFONT) {
+                requests.emplace_back(window, redraw);
+            }
+        });
+    OpenAndLook([&requests](HWND dialog) {
         const std::vector<std::pair<HWND, LPARAM>> expected = {{BodyOf(dialog), TRUE},
                                                                {ButtonOf(dialog), TRUE}};
-        EXPECT_EQ(fontRequests, expected);
+        EXPECT_EQ(requests, expected);
     });
 }
 
-TEST_F(AboutDialogTest, TextsAreInTheChosenLanguage) {
-    EXPECT_EQ(GetProductVersion(), L"?") << "the tests have no version of their own";
-    for (const InterfaceTexts& texts : TextsOfAllLanguages()) {
-        ChooseLanguage(texts.code);
-        std::wstring body = std::wstring(L"Morvane\n\n").append(texts.aboutVersion);
-        body.replace(body.find(L"{0}"), 3, L"?");
-        OpenAndLook([&](HWND dialog) {
-            EXPECT_EQ(WindowTitle(dialog), texts.aboutTitle);
-            EXPECT_EQ(WindowTitle(BodyOf(dialog)), body);
-            EXPECT_EQ(WindowTitle(ButtonOf(dialog)), texts.close);
-        });
-    }
-}
-
-TEST_F(AboutDialogTest, OwnerIsDisabledWhileTheDialogIsOpenAndInTheForegroundAfterwards) {
-    ASSERT_NE(IsWindowEnabled(Control().Get()), FALSE);
-    OpenAndLook([this](HWND) { EXPECT_EQ(IsWindowEnabled(Control().Get()), FALSE); });
-    EXPECT_NE(IsWindowEnabled(Control().Get()), FALSE);
-    EXPECT_EQ(GetForegroundWindow(), Control().Get());
-}
-
-TEST_F(AboutDialogTest, EveryWayOfClosingWorks) {
+TEST_F(AboutDialogTest, EveryWayOfClosingGivesTheOwnerBack) {
     struct Case {
         const char* name;
         void (*act)(HWND dialog);
@@ -149,26 +106,31 @@ TEST_F(AboutDialogTest, EveryWayOfClosingWorks) {
         {"command of the button", [](HWND dialog) { PostMessageW(dialog, WM_COMMAND, 101, 0); }},
         {"WM_CLOSE", [](HWND dialog) { PostMessageW(dialog, WM_CLOSE, 0, 0); }},
         {"close box", [](HWND dialog) { PostMessageW(dialog, WM_SYSCOMMAND, SC_CLOSE, 0); }},
+        {"quit message", [](HWND /*dialog*/) { PostQuitMessage(7); }},
     };
+    ASSERT_NE(IsWindowEnabled(Control().Get()), FALSE);
     for (const Case& item : cases) {
-        bool returned = false;
+        SCOPED_TRACE(item.name);
         HWND dialog = nullptr;
         Control().Run(
-            [this, &returned] {
+            [this] {
                 ShowAboutDialog(Control().Get());
-                returned = true;
+                MSG message{};
+                EXPECT_EQ(PeekMessageW(&message, nullptr, WM_QUIT, WM_QUIT, PM_NOREMOVE), FALSE)
+                    << "posted again";
             },
             {AboutHasFocus,
              [&] {
+                 EXPECT_EQ(IsWindowEnabled(Control().Get()), FALSE);
                  dialog = AboutDialog();
                  item.act(dialog);
                  return true;
              }},
             InTheEnd(CloseAbout));
-        EXPECT_TRUE(returned) << item.name;
-        EXPECT_FALSE(IsWindow(dialog)) << item.name;
-        EXPECT_TRUE(IsClosed()) << item.name;
-        EXPECT_NE(IsWindowEnabled(Control().Get()), FALSE) << item.name;
+        EXPECT_EQ(IsWindow(dialog), FALSE);
+        EXPECT_EQ(AboutDialog(), nullptr);
+        EXPECT_NE(IsWindowEnabled(Control().Get()), FALSE);
+        EXPECT_EQ(GetForegroundWindow(), Control().Get());
     }
 }
 
@@ -181,30 +143,6 @@ TEST_F(AboutDialogTest, OtherCommandsLeaveTheDialogOpen) {
     });
 }
 
-TEST_F(AboutDialogTest, EachOpeningCreatesItsOwnBrushAndLeavesNothingBehind) {
-    for (const DWORD light : {0U, 1U, 0U, 0U}) {
-        HWND window = nullptr;
-        HGDIOBJ font = nullptr;
-        HGDIOBJ brush = nullptr;
-        AppThemeSetting::Set(light);
-        OpenAndLook([&](HWND dialog) {
-            window = dialog;
-            font = reinterpret_cast<HGDIOBJ>(SendMessageW(ButtonOf(dialog), WM_GETFONT, 0, 0));
-            const WindowDc dc(BodyOf(dialog));
-            brush = reinterpret_cast<HGDIOBJ>(
-                SendMessageW(dialog, WM_CTLCOLORSTATIC, reinterpret_cast<WPARAM>(dc.get()),
-                             reinterpret_cast<LPARAM>(BodyOf(dialog))));
-            EXPECT_EQ(GetObjectType(font), DWORD{OBJ_FONT});
-            LOGBRUSH data{};
-            EXPECT_NE(GetObjectW(brush, sizeof(data), &data), 0);
-            EXPECT_EQ(data.lbColor, light != 0 ? GetSysColor(COLOR_BTNFACE) : 0x00202020U);
-        });
-        EXPECT_EQ(IsWindow(window), FALSE);
-        EXPECT_EQ(GetObjectType(font), 0U);
-        EXPECT_EQ(GetObjectType(brush), 0U);
-    }
-}
-
 TEST_F(AboutDialogTest, SecondCallOpensNoSecondDialog) {
     const HWND other = Window(L"Other");
     HWND first = nullptr;
@@ -212,23 +150,23 @@ TEST_F(AboutDialogTest, SecondCallOpensNoSecondDialog) {
           [&] {
               first = AboutDialog();
               SetForegroundWindow(other);
-              return GetForegroundWindow() == other;
+              return true;
           },
+          [&] { return GetForegroundWindow() == other; },
           [&] {
               ShowAboutDialog(Control().Get());
               EXPECT_EQ(VisibleWindowsOfClass(L"MorvaneAboutDialog"), std::vector<HWND>({first}));
               return true;
           },
           [&] { return GetForegroundWindow() == first && AboutHasFocus(); }});
-    EXPECT_TRUE(IsClosed());
+    EXPECT_EQ(AboutDialog(), nullptr);
 }
 
 TEST_F(AboutDialogTest, DialogThatCannotBeCreatedLeavesTheOwnerAlone) {
     {
-        const ClassRefusal refusal(L"MorvaneAboutDialog");
+        const auto patch = Refuse<decltype(&CreateWindowExW), nullptr>("CreateWindowExW");
         Control().Forget();
         ShowAboutDialog(Control().Get());
-        EXPECT_EQ(refusal.Count(), 1);
         EXPECT_EQ(Control().Count(WM_ENABLE), 0U);
         EXPECT_NE(IsWindowEnabled(Control().Get()), FALSE);
     }
@@ -237,9 +175,8 @@ TEST_F(AboutDialogTest, DialogThatCannotBeCreatedLeavesTheOwnerAlone) {
 }
 
 TEST_F(AboutDialogTest, FailedClassRegistrationIsRetriedAtTheNextOpening) {
-    EXPECT_TRUE(ResultOfFirstOpening().foundClassTaken);
-    EXPECT_TRUE(ResultOfFirstOpening().triedToCreate) << "with the class that took the name";
-    EXPECT_FALSE(ResultOfFirstOpening().sawOwnerDisabled);
+    EXPECT_EQ(MakeFirstOpening(Control()).refusedRegistrations, 1);
+    EXPECT_EQ(MakeFirstOpening(Control()).ownerChanges, 0U);
     OpenAndLook([](HWND dialog) { EXPECT_NE(BodyOf(dialog), nullptr); });
 }
 
@@ -254,42 +191,6 @@ TEST_F(AboutDialogTest, KeysOfOtherWindowsAreTranslatedBeforeTheyAreDispatched) 
           [this] { return PostMessageW(Control().Get(), WM_KEYDOWN, 'A', 0) != FALSE; },
           [this] { return Control().Count(WM_CHAR) == 1; }});
     EXPECT_TRUE(isWaiting);
-}
-
-TEST_F(AboutDialogTest, QuitMessageEndsTheDialogAndIsNotPostedAgain) {
-    Control().Run([this] { ShowAboutDialog(Control().Get()); },
-                  {AboutHasFocus,
-                   [] {
-                       PostQuitMessage(7);
-                       return true;
-                   }},
-                  InTheEnd(CloseAbout));
-    EXPECT_TRUE(IsClosed());
-    EXPECT_NE(IsWindowEnabled(Control().Get()), FALSE);
-    MSG message{};
-    EXPECT_EQ(PeekMessageW(&message, nullptr, WM_QUIT, WM_QUIT, PM_REMOVE), FALSE);
-    OpenAndLook([](HWND dialog) { EXPECT_NE(dialog, nullptr) << "and it opens again"; });
-}
-
-TEST_F(AboutDialogTest, RaisedDialogIsAboveWindowsRaisedByAPass) {
-    ASSERT_TRUE(WriteSettings("cover\n"));
-    const HWND cover = Other().Create(
-        {.title = L"Cover", .style = WS_POPUP, .x = 0, .y = 0, .width = 1280, .height = 800});
-    RaiseAboutDialog();
-    OpenAndLook([&](HWND dialog) {
-        Other().ForgetRecords(cover);
-        const RECT before = WindowRect(dialog);
-        ApplyAll();
-        EXPECT_TRUE(IsAbove(cover, dialog)) << "covered by the pass";
-        // More than once: a busy desktop sometimes raises the window late.
-        EXPECT_TRUE(WaitUntil([&] {
-            RaiseAboutDialog();
-            return IsAbove(dialog, cover);
-        }));
-        const RECT after = WindowRect(dialog);
-        EXPECT_NE(EqualRect(&before, &after), FALSE);
-    });
-    EXPECT_EQ(Asked(cover), std::vector<std::string>({TopmostRequest}));
 }
 
 }  // namespace

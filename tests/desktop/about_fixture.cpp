@@ -1,9 +1,9 @@
 #include "desktop/about_fixture.h"
 
-#include <utility>
-
 #include "base/process.h"
-#include "desktop/interface_texts.h"
+#include "support/import_patch.h"
+#include "support/import_watch.h"
+#include "support/languages.h"
 #include "support/window_state.h"
 #include "ui/about.h"
 
@@ -12,62 +12,44 @@ namespace {
 
 constexpr wchar_t AboutClass[] = L"MorvaneAboutDialog";
 
-ClassRefusal* activeRefusal = nullptr;
-bool triedTheClassThatTookTheName = false;
 std::optional<FirstOpening> firstOpening;
 
-LRESULT CALLBACK RefuseCreation(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
-    if (message == WM_NCCREATE) {
-        triedTheClassThatTookTheName = true;
-        return FALSE;
+ATOM WINAPI RefuseRegistration(const WNDCLASSW* /*windowClass*/) {
+    if (firstOpening) {
+        ++firstOpening->refusedRegistrations;
     }
-    return DefWindowProcW(window, message, wParam, lParam);
-}
-
-FirstOpening OpenWithoutClass(ControlStandIn& control) {
-    FirstOpening result;
-    WNDCLASSW taken{};
-    taken.lpfnWndProc = RefuseCreation;
-    taken.hInstance = GetModuleHandleW(nullptr);
-    taken.lpszClassName = AboutClass;
-    const WindowClassOwner owner(RegisterClassW(&taken) != 0 ? AboutClass : nullptr);
-    result.foundClassTaken = static_cast<bool>(owner);
-    control.Forget();
-    ShowAboutDialog(control.Get());
-    result.triedToCreate = triedTheClassThatTookTheName;
-    result.sawOwnerDisabled = control.Count(WM_ENABLE) != 0;
-    return result;
+    return 0;
 }
 
 }  // namespace
 
-ClassRefusal::ClassRefusal(std::wstring className) : className_(std::move(className)) {
-    activeRefusal = this;
-    hook_.reset(SetWindowsHookExW(WH_CBT, OnHook, nullptr, GetCurrentThreadId()));
+std::vector<Request> RequestsOf(const std::function<void()>& call) {
+    std::vector<Request> requests;
+    const ImportWatch<decltype(&SetWindowPos)> watch(
+        "SetWindowPos",
+        [&requests](HWND window, HWND insertAfter, int x, int y, int cx, int cy, UINT flags) {
+            PositionRequest request;
+            request.insertAfter = insertAfter;
+            request.x = x;
+            request.y = y;
+            request.cx = cx;
+            request.cy = cy;
+            request.flags = flags;
+            requests.emplace_back(window, Described({request}).front());
+        });
+    call();
+    return requests;
 }
 
-ClassRefusal::~ClassRefusal() {
-    hook_.reset();
-    activeRefusal = nullptr;
-}
-
-LRESULT CALLBACK ClassRefusal::OnHook(int code, WPARAM wParam, LPARAM lParam) {
-    if (code == HCBT_CREATEWND &&
-        WindowClass(reinterpret_cast<HWND>(wParam)) == activeRefusal->className_) {
-        ++activeRefusal->count_;
-        return 1;
-    }
-    return CallNextHookEx(nullptr, code, wParam, lParam);
-}
-
-void MakeFirstOpening(ControlStandIn& owner) {
+FirstOpening MakeFirstOpening(ControlStandIn& owner) {
     if (!firstOpening) {
-        firstOpening = OpenWithoutClass(owner);
+        firstOpening.emplace();
+        const ImportPatch<decltype(&RegisterClassW)> patch("RegisterClassW", RefuseRegistration);
+        owner.Forget();
+        ShowAboutDialog(owner.Get());
+        firstOpening->ownerChanges = owner.Count(WM_ENABLE);
     }
-}
-
-FirstOpening ResultOfFirstOpening() {
-    return firstOpening.value_or(FirstOpening{});
+    return *firstOpening;
 }
 
 HWND AboutDialog() {

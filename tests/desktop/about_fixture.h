@@ -1,11 +1,12 @@
 #pragma once
 
+#include <cstddef>
 #include <functional>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
-#include "base/owners.h"
 #include "base/win.h"
 #include "desktop/app_theme_setting.h"
 #include "desktop/control_stand_in.h"
@@ -32,45 +33,21 @@ void CloseAbout();
 // The control's rectangle in its dialog's client pixels.
 [[nodiscard]] RECT PlaceOf(HWND control);
 
-// While it lives, this thread cannot create windows of the class. Only one at a time.
-class ClassRefusal {
-public:
-    explicit ClassRefusal(std::wstring className);
-    ClassRefusal(const ClassRefusal&) = delete;
-    ClassRefusal& operator=(const ClassRefusal&) = delete;
-    ClassRefusal(ClassRefusal&&) = delete;
-    ClassRefusal& operator=(ClassRefusal&&) = delete;
-    ~ClassRefusal();
+// A window of this process and what it is asked for, in the words of Described.
+using Request = std::pair<HWND, std::string>;
 
-    // How many windows have been refused.
-    [[nodiscard]] int Count() const { return count_; }
+// The requests that this process makes during the call.
+[[nodiscard]] std::vector<Request> RequestsOf(const std::function<void()>& call);
 
-private:
-    static LRESULT CALLBACK OnHook(int code, WPARAM wParam, LPARAM lParam);
-
-    struct HookTraits {
-        using Handle = HHOOK;
-        static Handle Empty() noexcept { return nullptr; }
-        static void Close(Handle hook) noexcept { UnhookWindowsHookEx(hook); }
-    };
-
-    std::wstring className_;
-    int count_ = 0;
-    Owner<HookTraits> hook_;
-};
-
-// The result of the first opening in this process. It fails on purpose: a class that refuses to
-// create windows holds the dialog's name. This cannot be tested later, once the dialog has
-// registered its own class.
+// The first opening in this process. It fails on purpose: its class is not registered. That cannot
+// be tested later, because a registered class stays.
 struct FirstOpening {
-    bool foundClassTaken = false;
-    bool triedToCreate = false;
-    bool sawOwnerDisabled = false;
+    int refusedRegistrations = 0;
+    std::size_t ownerChanges = 0;  // how often the owner was enabled or disabled
 };
 
-// Every fixture whose tests open the dialog calls this. Does nothing after the first time.
-void MakeFirstOpening(ControlStandIn& owner);
-[[nodiscard]] FirstOpening ResultOfFirstOpening();
+// Every fixture whose tests open the dialog calls this. Opens nothing after the first time.
+FirstOpening MakeFirstOpening(ControlStandIn& owner);
 
 // The About dialog in this process, owned by a control window, in English and with no theme chosen.
 class AboutDialogTest : public EngineTest {

@@ -59,21 +59,13 @@ TEST_F(CandidatesTest, TitlesAreSortedByCodeUnit) {
         [](const CandidateWindow& a, const CandidateWindow& b) { return a.title < b.title; }));
 }
 
-TEST_F(CandidatesTest, UpperCaseBetaComesBeforeLowerCaseAlpha) {
-    static_cast<void>(Window(L"alpha"));
-    static_cast<void>(Window(L"Beta"));
-    RebuildCandidates();
-    EXPECT_EQ(OfferedTitles(), Titles({L"Beta", L"alpha"}));
-}
-
 TEST_F(CandidatesTest, VisibleUnownedTitledForeignWindowsAreOffered) {
-    struct Case {
+    const HWND owner = Window(L"Main window");
+    const struct {
         const char* name;
         WindowSpec spec;
         bool offered;
-    };
-    const HWND owner = Window(L"Main window");
-    const std::vector<Case> cases = {
+    } cases[] = {
         {"ordinary", {}, true},
         {"tool window", {.exStyle = WS_EX_TOOLWINDOW}, true},
         {"topmost", {.exStyle = WS_EX_TOPMOST}, true},
@@ -85,19 +77,15 @@ TEST_F(CandidatesTest, VisibleUnownedTitledForeignWindowsAreOffered) {
         {"untitled", {.title = L""}, false},
         {"of our own class", {.className = L"MorvaneHiddenWindow"}, false},
     };
-    for (const Case& item : cases) {
+    for (const auto& item : cases) {
         const HWND window = Other().Create(item.spec);
         RebuildCandidates();
         EXPECT_EQ(IsOffered(window), item.offered) << item.name;
         Other().Destroy(window);
     }
-}
-
-TEST_F(CandidatesTest, MinimisedWindowsAreOffered) {
-    const HWND window = Window(L"Alpha");
-    Other().Minimise(window);
+    Other().Minimise(owner);
     RebuildCandidates();
-    EXPECT_EQ(OfferedTitles(), Titles({L"Alpha"}));
+    EXPECT_TRUE(IsOffered(owner)) << "minimised";
 }
 
 TEST_F(CandidatesTest, OwnWindowsAreExcludedByClassOnly) {
@@ -143,13 +131,12 @@ TEST_F(CandidatesTest, ListStaysUntilItIsRebuilt) {
 }
 
 TEST_F(CandidatesTest, UsableActiveWindowIsVisibleAliveRestoredAndHasASize) {
-    struct Case {
+    const HWND owner = Window(L"Owner");
+    const struct {
         const char* name;
         WindowSpec spec;
         bool usable;
-    };
-    const HWND owner = Window(L"Owner");
-    const std::vector<Case> cases = {
+    } cases[] = {
         {"ordinary", {}, true},
         {"untitled", {.title = L""}, true},
         {"owned", {.style = WS_POPUP | WS_CAPTION, .owner = owner}, true},
@@ -163,7 +150,7 @@ TEST_F(CandidatesTest, UsableActiveWindowIsVisibleAliveRestoredAndHasASize) {
         {"class name that is only part of one", {.className = L"Shell_Tray"}, true},
         {"class name in another case", {.className = L"notifyiconoverflowwindow"}, true},
     };
-    for (const Case& item : cases) {
+    for (const auto& item : cases) {
         const HWND window = Other().Create(item.spec);
         ASSERT_EQ(WindowClass(window), item.spec.className) << item.name;
         EXPECT_EQ(IsUsableActiveWindow(window), item.usable) << item.name;

@@ -32,12 +32,12 @@ std::vector<COLORREF> Canvas::Pixels() const {
     return pixels;
 }
 
-std::vector<POINT> Canvas::PointsOf(COLORREF colour, POINT origin) const {
-    std::vector<POINT> points;
+Canvas::Points Canvas::PointsOf(COLORREF colour, POINT origin) const {
+    Points points;
     for (int y = 0; y < height_; ++y) {
         for (int x = 0; x < width_; ++x) {
             if (At(x, y) == colour) {
-                points.push_back({x - origin.x, y - origin.y});
+                points.emplace_back(x - origin.x, y - origin.y);
             }
         }
     }

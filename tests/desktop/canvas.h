@@ -1,5 +1,6 @@
 #pragma once
 
+#include <utility>
 #include <vector>
 
 #include "base/gui_owners.h"
@@ -26,8 +27,9 @@ public:
     // Row by row, top row first.
     [[nodiscard]] std::vector<COLORREF> Pixels() const;
 
-    // The points of this colour, row by row, relative to an origin.
-    [[nodiscard]] std::vector<POINT> PointsOf(COLORREF colour, POINT origin = {0, 0}) const;
+    // The points (x, y) of this colour, row by row, relative to an origin.
+    using Points = std::vector<std::pair<LONG, LONG>>;
+    [[nodiscard]] Points PointsOf(COLORREF colour, POINT origin = {0, 0}) const;
 
 private:
     int width_;

@@ -27,6 +27,7 @@ TEST_F(CommandBindingTest, EngineIsBoundBeforeTheCommandDoesItsWork) {
         {"Apply now", 1001, "alpha\n", true},
         {"Always on top", 1002, std::string(SettingsHeader) + "@pinning=0\n", false},
         {"Add / Remove", 2500, WrittenSettings("Alpha\n"), true},
+        {"Add / Remove (min size)", 3000, WrittenSettings("Alpha\t400\t300\n"), true},
     };
     const HWND control = Other().Create({.visible = false});
     Process().controlWindow = control;

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
 #include <functional>
 #include <gtest/gtest.h>
 #include <optional>
@@ -20,10 +21,10 @@
 #include "desktop/canvas.h"
 #include "desktop/control_stand_in.h"
 #include "desktop/engine_fixture.h"
-#include "desktop/interface_texts.h"
 #include "desktop/menu_fixture.h"
 #include "desktop/menu_reader.h"
 #include "support/import_watch.h"
+#include "support/languages.h"
 #include "support/test_environment.h"
 #include "support/tray_recorder.h"
 #include "support/user_input.h"
@@ -56,42 +57,29 @@ LRESULT CALLBACK Record(HWND window, UINT message, WPARAM wParam, LPARAM lParam)
     return CallWindowProcW(ownProcedure, window, message, wParam, lParam);
 }
 
-std::ptrdiff_t Count(UINT message) {
-    return std::count_if(received.begin(), received.end(),
-                         [message](const Received& item) { return item.message == message; });
-}
-
 std::ptrdiff_t Ticks(UINT_PTR timer) {
     return std::count_if(received.begin(), received.end(), [timer](const Received& item) {
         return item.message == WM_TIMER && item.wParam == timer;
     });
 }
 
-struct TimerRequest {
-    HWND window;
-    UINT_PTR id;
-    UINT period;
-    TIMERPROC procedure;
-};
+// The control window's platform calls while they are watched, in words.
+Requests requests;
+HWND timerWindow = nullptr;
 
-std::vector<TimerRequest> timerRequests;
-
-// The control window's platform calls during creation and destruction, in words.
-std::vector<std::string> requests;
-
-void Note(const char* function, std::intptr_t argument) {
+void Note(const char* function, auto argument) {
     requests.push_back(function + std::to_string(argument));
 }
 
 struct RequestWatch {
     ImportWatch<decltype(&SetTimer)> start{
         "SetTimer", [](HWND window, UINT_PTR id, UINT period, TIMERPROC procedure) {
-            timerRequests.push_back({window, id, period, procedure});
-            Note("start timer ", static_cast<std::intptr_t>(id));
+            timerWindow = procedure == nullptr ? window : nullptr;
+            Note("start timer ", id);
+            Note("period ", period);
         }};
-    ImportWatch<decltype(&KillTimer)> stop{"KillTimer", [](HWND /*window*/, UINT_PTR id) {
-                                               Note("stop timer ", static_cast<std::intptr_t>(id));
-                                           }};
+    ImportWatch<decltype(&KillTimer)> stop{
+        "KillTimer", [](HWND /*window*/, UINT_PTR id) { Note("stop timer ", id); }};
     ImportWatch<decltype(&Shell_NotifyIconW)> icon{
         "Shell_NotifyIconW", [](DWORD message, auto /*data*/) { Note("icon ", message); }};
     ImportWatch<decltype(&SetWindowPos)> place{
@@ -112,9 +100,8 @@ protected:
         ChooseLanguage(L"en");
         MakeFirstOpening(steps_);
         recorder_.emplace();
-        const HINSTANCE instance = GetModuleHandleW(nullptr);
-        Process().instance = instance;
-        ASSERT_TRUE(RegisterControlWindowClass(instance));
+        Process().instance = GetModuleHandleW(nullptr);
+        ASSERT_TRUE(RegisterControlWindowClass(Process().instance));
         class_.reset(ControlWindowClass);
         CreateControl();
     }
@@ -125,12 +112,7 @@ protected:
     }
 
     void CreateControl() {
-        timerRequests.clear();
-        requests.clear();
-        {
-            const RequestWatch watch;
-            window_.reset(CreateControlWindow(Process().instance));
-        }
+        window_.reset(CreateControlWindow(Process().instance));
         ASSERT_TRUE(window_);
         Process().controlWindow = window_.get();
         received.clear();
@@ -139,11 +121,7 @@ protected:
     }
 
     void DestroyControl() {
-        requests.clear();
-        {
-            const RequestWatch watch;
-            window_.reset();
-        }
+        window_.reset();
         // Also removes the quit message that the window posted.
         ControlStandIn::Pump();
     }
@@ -188,24 +166,18 @@ private:
     WindowOwner window_;
 };
 
-TEST_F(ControlWindowTest, CreationStartsOnlyThePassTimer) {
-    ASSERT_EQ(timerRequests.size(), 1U);
-    EXPECT_EQ(timerRequests[0].window, Control());
-    EXPECT_EQ(timerRequests[0].id, PassTimer);
-    EXPECT_EQ(timerRequests[0].period, 500U);
-    EXPECT_EQ(timerRequests[0].procedure, nullptr) << "the window gets the ticks";
-}
-
-using Requests = std::vector<std::string>;
-
 TEST_F(ControlWindowTest, TimerStartsBeforeTheIconIsAddedAndStopsBeforeTheWindowsAreReleased) {
     static_cast<void>(Window(L"Target"));
     DestroyControl();
     ASSERT_TRUE(WriteSettings("target\n"));
+    const RequestWatch watch;
     CreateControl();
-    EXPECT_EQ(requests, Requests({"start timer 1", "icon 0", "place -1"}));
+    EXPECT_EQ(std::exchange(requests, {}),
+              Requests({"start timer 1", "period 500", "icon 0", "place -1"}));
+    EXPECT_EQ(timerWindow, Control()) << "it gets the ticks";
     DestroyControl();
-    EXPECT_EQ(requests, Requests({"stop timer 1", "stop timer 2", "place -2", "icon 2", "quit 0"}));
+    EXPECT_EQ(std::exchange(requests, {}),
+              Requests({"stop timer 1", "stop timer 2", "place -2", "icon 2", "quit 0"}));
 }
 
 TEST_F(ControlWindowTest, ForegroundWindowIsNotedAtCreationAndOnEachPassTick) {
@@ -294,7 +266,7 @@ TEST_F(ControlWindowTest, MenuTimerOpensTheMenuOnceInTheMiddleOfTheScreen) {
          },
          sixMoreTicks});
     EXPECT_EQ(Ticks(MenuTimer), 1);
-    EXPECT_EQ(Count(WM_ENTERMENULOOP), 1);
+    EXPECT_EQ(std::ranges::count(received, UINT{WM_ENTERMENULOOP}, &Received::message), 1);
     EXPECT_EQ(cursor.x, GetSystemMetrics(SM_CXSCREEN) / 2);
     EXPECT_EQ(cursor.y, GetSystemMetrics(SM_CYSCREEN) / 2);
     EXPECT_EQ(frame.left, cursor.x);
@@ -309,6 +281,8 @@ TEST_F(ControlWindowTest, MenuIsAboveTheDialogAndBothAboveAPinnedWindowAfterEver
     SystemParametersInfoW(SPI_GETWORKAREA, 0, &work, 0);
     // Moves the real pointer: a late report of its position would undo SetCursorPos.
     MovePointer({work.right - 200, work.bottom - 40});
+    constexpr int MostLate = 2;
+    int late = 0;
     WalkWithMenuOverAbout(
         {[&] {
              RECT common{};
@@ -318,7 +292,7 @@ TEST_F(ControlWindowTest, MenuIsAboveTheDialogAndBothAboveAPinnedWindowAfterEver
              Other().ForgetRecords(cover);
              return true;
          },
-         [cover, passes = Ticks(PassTimer), inOrder = 0]() mutable {
+         [&, passes = Ticks(PassTimer), inOrder = 0]() mutable {
              if (Ticks(PassTimer) == passes) {
                  return false;
              }
@@ -326,65 +300,45 @@ TEST_F(ControlWindowTest, MenuIsAboveTheDialogAndBothAboveAPinnedWindowAfterEver
              // Three times in a row, because the first may precede any pass with the menu open. A
              // busy desktop sometimes raises a window late; the next pass corrects that.
              const std::vector<HWND> order = {OpenMenuWindows().front(), AboutDialog(), cover};
-             inOrder = InDesktopOrder(order) == order ? inOrder + 1 : 0;
-             return inOrder == 3;
-         },
-         [] {
-             EndMenu();
-             return true;
-         },
-         [] { return MenusOpen(0); },
-         [] {
-             CloseAbout();
-             return AboutDialog() == nullptr;
+             const bool raised = InDesktopOrder(order) == order;
+             inOrder = raised ? inOrder + 1 : 0;
+             late += raised ? 0 : 1;
+             return inOrder == 3 || late > MostLate;
          }});
+    EXPECT_LE(late, MostLate);
+    if (late > 0) {
+        std::printf("measured: menu above the dialog: late after %d passes\n", late);
+    }
     EXPECT_GE(Asked(cover).size(), 2U) << "each pass raises it";
 }
 
-TEST_F(ControlWindowTest, MessagesAboutOurOwnRowsAreHandled) {
+TEST_F(ControlWindowTest, OnlyMessagesAboutOurOwnRowsAreHandled) {
+    constexpr UINT Unset = 4711;
     const Menu menu(CreatePopupMenu());
     ClearMenuRows();
     AppendPinItem(menu.get(), 2500, L"Alpha", PinState::Pinned);
-    MEASUREITEMSTRUCT measure{};
-    measure.CtlType = ODT_MENU;
-    measure.itemData = 1;
-    EXPECT_EQ(SendMessageW(Control(), WM_MEASUREITEM, 0, reinterpret_cast<LPARAM>(&measure)), TRUE);
-    EXPECT_GT(measure.itemWidth, 8U);
-    EXPECT_GT(measure.itemHeight, 4U);
-    const Canvas canvas(60, 20);
-    DRAWITEMSTRUCT draw{};
-    draw.CtlType = ODT_MENU;
-    draw.hDC = canvas.Context();
-    draw.rcItem = {0, 0, 60, 20};
-    draw.itemData = 1;
-    EXPECT_EQ(SendMessageW(Control(), WM_DRAWITEM, 0, reinterpret_cast<LPARAM>(&draw)), TRUE);
-    EXPECT_TRUE(canvas.PointsOf(Canvas::Untouched).empty());
-    ClearMenuRows();
-}
-
-TEST_F(ControlWindowTest, OtherMessagesAboutItemsGoToTheSystem) {
-    const Menu menu(CreatePopupMenu());
-    ClearMenuRows();
-    AppendPinItem(menu.get(), 2500, L"Alpha", PinState::Pinned);
-    const Canvas canvas(60, 20);
-    for (const ULONG_PTR itemData : {ULONG_PTR{0}, ULONG_PTR{2}}) {
+    for (const ULONG_PTR itemData : {ULONG_PTR{0}, ULONG_PTR{1}, ULONG_PTR{2}}) {
+        SCOPED_TRACE(itemData);
+        const bool ours = itemData == 1;
+        const auto expectAnswer = [&](UINT message, void* item) {
+            const auto parameter = reinterpret_cast<LPARAM>(item);
+            EXPECT_EQ(SendMessageW(Control(), message, 0, parameter),
+                      ours ? TRUE : DefWindowProcW(Control(), message, 0, parameter));
+        };
         MEASUREITEMSTRUCT measure{};
         measure.CtlType = ODT_MENU;
         measure.itemData = itemData;
-        measure.itemWidth = 4711;
+        measure.itemWidth = Unset;
+        expectAnswer(WM_MEASUREITEM, &measure);
+        EXPECT_EQ(measure.itemWidth != Unset, ours);
+        const Canvas canvas(60, 20);
         DRAWITEMSTRUCT draw{};
         draw.CtlType = ODT_MENU;
         draw.hDC = canvas.Context();
         draw.rcItem = {0, 0, 60, 20};
         draw.itemData = itemData;
-        const auto measuring = reinterpret_cast<LPARAM>(&measure);
-        const auto drawing = reinterpret_cast<LPARAM>(&draw);
-        EXPECT_EQ(SendMessageW(Control(), WM_MEASUREITEM, 0, measuring),
-                  DefWindowProcW(Control(), WM_MEASUREITEM, 0, measuring));
-        EXPECT_EQ(measure.itemWidth, 4711U);
-        EXPECT_EQ(SendMessageW(Control(), WM_DRAWITEM, 0, drawing),
-                  DefWindowProcW(Control(), WM_DRAWITEM, 0, drawing));
-        EXPECT_EQ(canvas.PointsOf(Canvas::Untouched).size(), 60U * 20U);
+        expectAnswer(WM_DRAWITEM, &draw);
+        EXPECT_EQ(canvas.PointsOf(Canvas::Untouched).size(), ours ? 0U : 60U * 20U);
     }
     for (const UINT message : {UINT{WM_MEASUREITEM}, UINT{WM_DRAWITEM}}) {
         EXPECT_EQ(SendMessageW(Control(), message, 0, 0), DefWindowProcW(Control(), message, 0, 0));

@@ -3,7 +3,6 @@
 #include "shell/data_folder.h"
 
 #include <gtest/gtest.h>
-#include <memory>
 #include <string>
 
 #include "desktop/engine_fixture.h"
@@ -33,13 +32,14 @@ TEST_F(DataFolderPathTest, FolderIsCreatedByEveryQueryForItsPath) {
     EXPECT_EQ(GetDataFolder(), DataFolder());
     EXPECT_NE(GetFileAttributesW(DataFolder().c_str()) & FILE_ATTRIBUTE_DIRECTORY, 0U);
     EXPECT_EQ(GetDataFolder(), DataFolder()) << "the folder exists";
+    EXPECT_TRUE(IsOwnDataFolder(GetDataFolder()));
     ASSERT_NE(RemoveDirectoryW(DataFolder().c_str()), FALSE);
     EXPECT_EQ(GetSettingsPath(), DataFolder() + L"\\config.txt");
     EXPECT_NE(RemoveDirectoryW(DataFolder().c_str()), FALSE) << "created again, and empty";
 }
 
 TEST_F(DataFolderPathTest, FolderFollowsTheApplicationData) {
-    const std::wstring other = RoamingFolder() + L"\\A user's data \x65E5\x672C";
+    const std::wstring other = TestPath(L"A user's data \x65E5\x672C");
     CreateDirectoryW(other.c_str(), nullptr);
     {
         const ShellFolderOverride redirected(L"AppData", other);
@@ -55,6 +55,7 @@ TEST_F(DataFolderPathTest, FolderFollowsTheApplicationData) {
 
 TEST_F(DataFolderPathTest, WithoutApplicationDataEverythingIsEmpty) {
     const ShellFolderOverride redirected(L"AppData", L"Q:\\nowhere");
+    Engine().settingsPath = L"C:\\elsewhere\\config.txt";
     EXPECT_EQ(GetDataFolder(), L"");
     EXPECT_EQ(GetSettingsPath(), L"");
     EXPECT_FALSE(EnsureSettingsFile());
@@ -69,46 +70,14 @@ TEST_F(DataFolderPathTest, FileInPlaceOfTheFolderIsNotALink) {
     EXPECT_EQ(ReadFileBytes(DataFolder()), "in the way");
 }
 
-TEST_F(DataFolderPathTest, BindingFollowsThePath) {
-    RefreshEngineBinding();
-    EXPECT_EQ(Engine().settingsPath, SettingsPath());
-    const ShellFolderOverride redirected(L"AppData", L"Q:\\nowhere");
-    RefreshEngineBinding();
-    EXPECT_EQ(Engine().settingsPath, L"");
-}
-
-// The data folder is a link to a folder elsewhere.
-class LinkedDataFolderTest : public DataFolderPathTest {
-protected:
-    void SetUp() override {
-        DataFolderPathTest::SetUp();
-        if (!IsSkipped()) {
-            linked_ = std::make_unique<LinkedAppData>(LinkPlace::DataFolder);
-            ASSERT_TRUE(WriteFileBytes(Settings(), "@pinning=0\nplanted\n"));
-            ASSERT_EQ(ReadSettings(), "@pinning=0\nplanted\n") << "the link leads there";
-        }
-    }
-    void TearDown() override {
-        if (!IsSkipped()) {
-            DeleteFileW(Settings().c_str());
-            EXPECT_NE(RemoveDirectoryW(linked_->Target().c_str()), FALSE) << "must still be empty";
-        }
-        DataFolderPathTest::TearDown();
-    }
-
-    [[nodiscard]] std::wstring Settings() const { return linked_->Target() + L"\\config.txt"; }
-
-private:
-    std::unique_ptr<LinkedAppData> linked_;
-};
-
-TEST_F(LinkedDataFolderTest, LinkCountsAsNoFolder) {
+TEST_F(DataFolderPathTest, NothingIsReadOrWrittenThroughALink) {
+    const LinkedAppData linked(LinkPlace::DataFolder);
+    const std::wstring settings = linked.Target() + L"\\config.txt";
+    ASSERT_TRUE(WriteFileBytes(settings, "@pinning=0\nplanted\n"));
+    ASSERT_EQ(ReadSettings(), "@pinning=0\nplanted\n") << "the link leads there";
     EXPECT_EQ(GetDataFolder(), L"");
     EXPECT_EQ(GetSettingsPath(), L"");
     EXPECT_FALSE(IsOwnDataFolder(DataFolder()));
-}
-
-TEST_F(LinkedDataFolderTest, NothingIsReadOrWrittenThroughTheLink) {
     EXPECT_FALSE(EnsureSettingsFile());
     RefreshEngineBinding();
     EXPECT_EQ(Engine().settingsPath, L"");
@@ -117,16 +86,11 @@ TEST_F(LinkedDataFolderTest, NothingIsReadOrWrittenThroughTheLink) {
     EXPECT_TRUE(Engine().pinList.entries.empty());
     AddWindow(L"Alpha");
     SetPinning(false);
-    EXPECT_EQ(ReadFileBytes(Settings()), "@pinning=0\nplanted\n");
-    ASSERT_NE(DeleteFileW(Settings().c_str()), FALSE);
+    EXPECT_EQ(ReadFileBytes(settings), "@pinning=0\nplanted\n");
+    ASSERT_NE(DeleteFileW(settings.c_str()), FALSE);
     EXPECT_FALSE(EnsureSettingsFile());
     AddWindow(L"Beta");
-    EXPECT_FALSE(PathExists(Settings()));
-}
-
-// Which other paths are rejected depends on the path alone and is tested without folders.
-TEST_F(DataFolderPathTest, DataFolderIsRecognisedAsOwn) {
-    EXPECT_TRUE(IsOwnDataFolder(GetDataFolder()));
+    EXPECT_NE(RemoveDirectoryW(linked.Target().c_str()), FALSE) << "must still be empty";
 }
 
 }  // namespace

@@ -1,20 +1,24 @@
-// Removal of everything the program stores, whatever is in its folder.
+// Removal of everything the program stores, whatever is in its folder and whatever fails.
 
 #include "shell/data_removal.h"
 
 #include <algorithm>
+#include <array>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <set>
 #include <string>
 
 #include "base/owners.h"
+#include "shell/remove_tree.h"
 #include "support/import_patch.h"
 #include "support/test_environment.h"
 #include "support/test_files.h"
 
 namespace morvane::test {
 namespace {
+
+constexpr INT_PTR NoHandle = -1;  // INVALID_HANDLE_VALUE
 
 // The verbatim form, which allows more than 260 units and trailing dots and blanks.
 std::wstring AsItStands(const std::wstring& path) {
@@ -50,7 +54,10 @@ TEST_F(DataRemovalTest, WhereTheProgramNeverRanNothingIsLeftBehind) {
 }
 
 TEST_F(DataRemovalTest, SettingsAndShortcutGoAndNeighboursStay) {
-    const std::wstring neighbour = RoamingFolder() + L"\\Morvane2";
+    const std::wstring roaming = TestPath(L"Roaming");
+    MakeFolder(roaming);
+    const ShellFolderOverride redirected(L"AppData", roaming);
+    const std::wstring neighbour = roaming + L"\\Morvane2";
     const std::wstring otherShortcut = StartupFolder() + L"\\Other.lnk";
     MakeFolder(neighbour);
     MakeFile(neighbour + L"\\config.txt");
@@ -61,13 +68,6 @@ TEST_F(DataRemovalTest, SettingsAndShortcutGoAndNeighboursStay) {
     EXPECT_FALSE(PathExists(StartupShortcut()));
     EXPECT_TRUE(PathExists(otherShortcut));
     EXPECT_TRUE(PathExists(neighbour + L"\\config.txt"));
-    DeleteFileW((neighbour + L"\\config.txt").c_str());
-    RemoveDirectoryW(neighbour.c_str());
-}
-
-TEST_F(DataRemovalTest, EmptyFolderGoes) {
-    MakeFolder(DataFolder());
-    ExpectRemoval();
 }
 
 TEST_F(DataRemovalTest, NestedFoldersAndManyFilesGo) {
@@ -121,23 +121,24 @@ TEST_F(DataRemovalTest, NamesThatEndInDotsAndBlanksGo) {
 }
 
 TEST_F(DataRemovalTest, FolderGoesWhateverTheFormOfItsPath) {
-    const std::wstring roaming = RoamingFolder();
+    const std::wstring roaming = TestPath(L"Roaming");
     const std::wstring folder = roaming + L"\\Morvane";
     const std::wstring neighbour = roaming + L"\\Morvane2";
     std::wstring slashes = roaming;
     std::replace(slashes.begin(), slashes.end(), L'\\', L'/');
+    MakeFolder(roaming);
     MakeFolder(neighbour);
     MakeFile(neighbour + L"\\config.txt");
-    struct Case {
+    const ShellFolderOverride redirected(L"AppData", roaming);
+    const struct {
         const char* name;
         std::wstring form;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"slashes", slashes},
         {"a folder and back", neighbour + L"\\.."},
         {"a separator at the end", roaming + L"\\"},
     };
-    for (const Case& item : cases) {
+    for (const auto& item : cases) {
         SCOPED_TRACE(item.name);
         ResetProfile();
         ASSERT_TRUE(WriteSettings("alpha\n"));
@@ -148,8 +149,6 @@ TEST_F(DataRemovalTest, FolderGoesWhateverTheFormOfItsPath) {
         EXPECT_FALSE(PathExists(folder));
         EXPECT_TRUE(PathExists(neighbour + L"\\config.txt"));
     }
-    DeleteFileW((neighbour + L"\\config.txt").c_str());
-    RemoveDirectoryW(neighbour.c_str());
 }
 
 TEST_F(DataRemovalTest, FileInPlaceOfTheFolderGoes) {
@@ -157,19 +156,68 @@ TEST_F(DataRemovalTest, FileInPlaceOfTheFolderGoes) {
     ExpectRemoval();
 }
 
-TEST_F(DataRemovalTest, OpenFileStopsTheRemovalButTheShortcutIsGone) {
-    ASSERT_TRUE(WriteSettings("alpha\n"));
-    MakeFile(StartupShortcut());
-    {
-        const FileHandle editor(CreateFileW(SettingsPath().c_str(), GENERIC_READ,
-                                            FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
-                                            OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
-        ASSERT_TRUE(editor);
-        EXPECT_FALSE(RemoveAllData());
-        EXPECT_EQ(ReadSettings(), "alpha\n");
-        EXPECT_FALSE(PathExists(StartupShortcut()));
+// Three levels with a file in each; one of the files is held open.
+TEST_F(DataRemovalTest, HeldFileAndItsFoldersStayUntilItIsReleasedButTheShortcutIsGone) {
+    const std::array<std::wstring, 3> folders = {DataFolder(), DataFolder() + L"\\a",
+                                                 DataFolder() + L"\\a\\b"};
+    for (std::size_t held = 0; held < folders.size(); ++held) {
+        SCOPED_TRACE(held);
+        for (const std::wstring& folder : folders) {
+            MakeFolder(folder);
+            MakeFile(folder + L"\\file.txt");
+        }
+        MakeFile(StartupShortcut());
+        const std::wstring file = folders.at(held) + L"\\file.txt";
+        {
+            const FileHandle holder =
+                HoldFile(file, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE);
+            ASSERT_TRUE(holder);
+            EXPECT_FALSE(RemoveAllData());
+            EXPECT_EQ(ReadFileBytes(file), "content");
+            EXPECT_FALSE(PathExists(StartupShortcut()));
+        }
+        ExpectRemoval();
     }
+}
+
+TEST_F(DataRemovalTest, ReadOnlyFileThatCannotBeChangedStays) {
+    MakeFolder(DataFolder());
+    const std::wstring file = DataFolder() + L"\\file.txt";
+    MakeFile(file);
+    SetAttributes(file, FILE_ATTRIBUTE_READONLY);
+    {
+        const auto patch = Refuse<decltype(&CreateFileW), NoHandle>("CreateFileW");
+        EXPECT_FALSE(RemoveAllData());
+    }
+    EXPECT_EQ(ReadFileBytes(file), "content");
     ExpectRemoval();
+}
+
+decltype(&RemoveDirectoryW) originalRemoveDirectory = nullptr;
+
+// Reports an empty path as not found, which would count as already removed.
+BOOL WINAPI FindNothingAtAnEmptyPath(LPCWSTR path) {
+    if (*path == L'\0') {
+        SetLastError(ERROR_PATH_NOT_FOUND);
+        return FALSE;
+    }
+    return originalRemoveDirectory(path);
+}
+
+TEST_F(DataRemovalTest, FolderWhosePathCannotBeResolvedStays) {
+    ASSERT_TRUE(WriteSettings("alpha\n"));
+    {
+        const ImportPatch<decltype(&RemoveDirectoryW)> folders("RemoveDirectoryW",
+                                                               FindNothingAtAnEmptyPath);
+        originalRemoveDirectory = folders.Original();
+        const auto patch = Refuse<decltype(&GetFullPathNameW), 0U>("GetFullPathNameW");
+        EXPECT_FALSE(RemoveTree(DataFolder()));
+    }
+    EXPECT_EQ(ReadSettings(), "alpha\n");
+}
+
+TEST_F(DataRemovalTest, FolderThatIsGoneCountsAsRemoved) {
+    EXPECT_TRUE(RemoveTree(DataFolder()));
 }
 
 TEST_F(DataRemovalTest, ShortcutThatCannotBeDeletedIsNotAFailure) {
@@ -210,7 +258,6 @@ constexpr const wchar_t* InTarget = L"\\kept.txt";
 
 std::set<std::wstring> deletedLinks;
 decltype(&FindNextFileW) originalFindNext = nullptr;
-decltype(&RemoveDirectoryW) originalRemoveDirectory = nullptr;
 
 BOOL WINAPI FindNextWithLinks(HANDLE search, LPWIN32_FIND_DATAW found) {
     const BOOL more = originalFindNext(search, found);

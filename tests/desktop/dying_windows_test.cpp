@@ -15,7 +15,7 @@
 #include "pin/enforcement.h"
 #include "pin/engine.h"
 #include "pin/pin_operations.h"
-#include "support/import_patch.h"
+#include "support/import_watch.h"
 #include "support/test_environment.h"
 #include "support/tray_recorder.h"
 #include "support/window_owner.h"
@@ -45,40 +45,24 @@ void Meet(HWND window) {
     }
 }
 
-// Intercepts a platform function that takes a window; the number distinguishes functions of the
-// same type.
-template <int Number, typename Function>
-class Gate;
+template <typename Function, int Number>
+ImportWatch<Function, Number> Gate(const char* name) {
+    return ImportWatch<Function, Number>(name, [](HWND window, auto... /*rest*/) { Meet(window); });
+}
 
-template <int Number, typename Result, typename... Rest>
-class Gate<Number, Result(WINAPI*)(HWND, Rest...)> {
-public:
-    explicit Gate(const char* name) : patch_(name, Call) { original = patch_.Original(); }
-
-private:
-    using Function = Result(WINAPI*)(HWND, Rest...);
-
-    static Result WINAPI Call(HWND window, Rest... rest) {
-        Meet(window);
-        return original(window, rest...);
-    }
-
-    static inline Function original = nullptr;
-    ImportPatch<Function> patch_;
-};
-
-// Every call the program makes about another program's window.
-struct Gates {
-    Gate<0, decltype(&IsWindow)> isWindow{"IsWindow"};
-    Gate<1, decltype(&IsWindowVisible)> isVisible{"IsWindowVisible"};
-    Gate<2, decltype(&IsIconic)> isIconic{"IsIconic"};
-    Gate<3, decltype(&GetWindow)> getWindow{"GetWindow"};
-    Gate<4, decltype(&GetClassNameW)> getClass{"GetClassNameW"};
-    Gate<5, decltype(&GetWindowTextW)> getText{"GetWindowTextW"};
-    Gate<6, decltype(&GetWindowRect)> getRect{"GetWindowRect"};
-    Gate<7, decltype(&GetWindowLongW)> getLong{"GetWindowLongW"};
-    Gate<8, decltype(&SetWindowPos)> setPosition{"SetWindowPos"};
-};
+// Watches every call the program makes about another program's window.
+void RunThroughGates(const std::function<void()>& step) {
+    [[maybe_unused]] const auto isWindow = Gate<decltype(&IsWindow), 0>("IsWindow");
+    [[maybe_unused]] const auto isVisible = Gate<decltype(&IsWindowVisible), 1>("IsWindowVisible");
+    [[maybe_unused]] const auto isIconic = Gate<decltype(&IsIconic), 2>("IsIconic");
+    [[maybe_unused]] const auto getWindow = Gate<decltype(&GetWindow), 3>("GetWindow");
+    [[maybe_unused]] const auto getClass = Gate<decltype(&GetClassNameW), 4>("GetClassNameW");
+    [[maybe_unused]] const auto getText = Gate<decltype(&GetWindowTextW), 5>("GetWindowTextW");
+    [[maybe_unused]] const auto getRect = Gate<decltype(&GetWindowRect), 6>("GetWindowRect");
+    [[maybe_unused]] const auto getLong = Gate<decltype(&GetWindowLongW), 7>("GetWindowLongW");
+    [[maybe_unused]] const auto setPosition = Gate<decltype(&SetWindowPos), 8>("SetWindowPos");
+    step();
+}
 
 class DyingWindowsTest : public EngineTest {
 protected:
@@ -99,10 +83,7 @@ protected:
             const HWND victim = Window(L"Alpha dying");
             fate = {.actor = &Other(), .victim = victim, .deadlyCall = deadly, .calls = 0};
             prepare();
-            {
-                const Gates gates;
-                step();
-            }
+            RunThroughGates(step);
             died = fate.calls >= deadly;
             EXPECT_EQ(IsWindow(victim) == FALSE, died);
             check(healthy);

@@ -1,13 +1,16 @@
 #include "desktop/engine_fixture.h"
 
 #include <algorithm>
+#include <array>
+#include <cstdio>
+#include <functional>
+#include <utility>
 
 #include "base/process.h"
 #include "pin/enforcement.h"
 #include "pin/engine.h"
 #include "pin/settings_sync.h"
 #include "support/test_environment.h"
-#include "support/wait.h"
 #include "support/window_state.h"
 
 namespace morvane::test {
@@ -33,24 +36,16 @@ std::string PlaceInWords(HWND insertAfter) {
     return insertAfter == HWND_TOP ? "top" : "elsewhere";
 }
 
-std::string HexOf(UINT flags) {
-    constexpr const char* Digits = "0123456789abcdef";
-    std::string text;
-    for (int shift = 12; shift >= 0; shift -= 4) {
-        text += Digits[(flags >> static_cast<UINT>(shift)) & 0xFU];
-    }
-    return text;
-}
-
 }  // namespace
 
-std::vector<std::string> Described(const std::vector<PositionRequest>& requests) {
-    std::vector<std::string> all;
+Requests Described(const std::vector<PositionRequest>& requests) {
+    Requests all;
     all.reserve(requests.size());
     for (const PositionRequest& request : requests) {
-        all.push_back(PlaceInWords(request.insertAfter) + " " + std::to_string(request.x) + "," +
-                      std::to_string(request.y) + " " + std::to_string(request.cx) + "x" +
-                      std::to_string(request.cy) + " " + HexOf(request.flags));
+        std::array<char, 64> numbers{};
+        std::snprintf(numbers.data(), numbers.size(), " %d,%d %dx%d %04x", request.x, request.y,
+                      request.cx, request.cy, request.flags);
+        all.push_back(PlaceInWords(request.insertAfter) + numbers.data());
     }
     return all;
 }
@@ -68,11 +63,16 @@ std::vector<HWND> InDesktopOrder(const std::vector<HWND>& windows) {
     return all;
 }
 
-bool PassesOrder(const std::vector<HWND>& windows) {
-    return WaitUntil([&windows] {
+bool DesktopShows(const std::vector<HWND>& windows) {
+    constexpr int MostPasses = 2;
+    int passes = 0;
+    for (; InDesktopOrder(windows) != windows && passes < MostPasses; ++passes) {
         ApplyAll();
-        return InDesktopOrder(windows) == windows;
-    });
+    }
+    if (passes > 0) {
+        std::printf("measured: order on the desktop: %d further passes\n", passes);
+    }
+    return InDesktopOrder(windows) == windows;
 }
 
 void EngineTest::SetUp() {
@@ -92,6 +92,32 @@ HWND EngineTest::Window(std::wstring_view title, int x) {
     return actor_.Create(spec);
 }
 
+std::vector<HWND> EngineTest::RequestedOrder(const std::vector<HWND>& windows) {
+    std::vector<std::pair<LONGLONG, HWND>> asked;
+    for (const HWND window : windows) {
+        for (const PositionRequest& request : actor_.Requests(window)) {
+            if (request.insertAfter == HWND_TOPMOST) {
+                asked.emplace_back(request.counter, window);
+            }
+        }
+    }
+    std::sort(asked.begin(), asked.end(), std::greater<>());
+    std::vector<HWND> order;
+    order.reserve(asked.size());
+    for (const auto& [counter, window] : asked) {
+        order.push_back(window);
+    }
+    return order;
+}
+
+std::vector<HWND> EngineTest::OrderOfAPass(const std::vector<HWND>& windows) {
+    for (const HWND window : windows) {
+        actor_.ForgetRecords(window);
+    }
+    ApplyAll();
+    return RequestedOrder(windows);
+}
+
 void ApplySettings(std::string_view lines) {
     ASSERT_TRUE(WriteSettings(lines));
     ApplyAll();
@@ -104,7 +130,7 @@ void LoadSettings(std::string_view lines) {
 
 std::string FullSettings() {
     std::string lines;
-    for (std::size_t index = 0; index < MaxPinEntries; ++index) {
+    for (int index = 0; index < 100; ++index) {
         lines += "entry-" + std::to_string(index) + "\n";
     }
     return lines;

@@ -11,22 +11,24 @@
 
 namespace morvane::test {
 
+using Requests = std::vector<std::string>;
+
 // The two pinning requests in the words of Described.
 inline constexpr const char* TopmostRequest = "topmost 0,0 0x0 0053";
 inline constexpr const char* OrdinaryRequest = "notopmost 0,0 0x0 0053";
 
 // Requests in words, for readable failures: place in the Z-order, position, size, and the flags in
 // hexadecimal.
-[[nodiscard]] std::vector<std::string> Described(const std::vector<PositionRequest>& requests);
+[[nodiscard]] Requests Described(const std::vector<PositionRequest>& requests);
 [[nodiscard]] std::string GrowRequest(int x, int y, int width, int height);
 
 // The given windows in Z-order, topmost first.
 [[nodiscard]] std::vector<HWND> InDesktopOrder(const std::vector<HWND>& windows);
 
-// Runs passes until the windows are in this order, topmost first. One pass is usually enough. On a
-// busy machine a window sometimes ends up above one that was raised after it, without any further
-// request; the next pass corrects that.
-[[nodiscard]] bool PassesOrder(const std::vector<HWND>& windows);
+// After a pass: whether the windows lie in this order on the desktop, topmost first. On a busy
+// machine a window sometimes ends up above one that was raised after it, without any request. So
+// up to two further passes may correct that; the output counts them.
+[[nodiscard]] bool DesktopShows(const std::vector<HWND>& windows);
 
 // The engine and windows of another process. The engine is bound to the settings file of a profile
 // in which the program never ran, with the default list, nothing remembered and no control window.
@@ -41,9 +43,13 @@ protected:
     [[nodiscard]] HWND Window(std::wstring_view title, int x = 100);
 
     // The requests to the window since it was created or its records were cleared.
-    [[nodiscard]] std::vector<std::string> Asked(HWND window) {
-        return Described(actor_.Requests(window));
-    }
+    [[nodiscard]] Requests Asked(HWND window) { return Described(actor_.Requests(window)); }
+
+    // The windows in the order that their topmost requests ask for: the last one asked comes first.
+    [[nodiscard]] std::vector<HWND> RequestedOrder(const std::vector<HWND>& windows);
+
+    // The order that one pass asks for.
+    [[nodiscard]] std::vector<HWND> OrderOfAPass(const std::vector<HWND>& windows);
 
 private:
     Actor actor_;

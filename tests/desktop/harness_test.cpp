@@ -1,20 +1,16 @@
-// Tests of the harness: pointer, keys, screen, tray and profile work as the other tests expect.
+// What the other tests rely on without noticing if it failed: they would pass all the same.
 
-#include <algorithm>
 #include <gtest/gtest.h>
-#include <string>
+#include <stdexcept>
 #include <vector>
 
-#include "base/win_shell.h"
 #include "support/actor.h"
-#include "support/screen.h"
+#include "support/import_patch.h"
+#include "support/program.h"
 #include "support/test_environment.h"
-#include "support/test_files.h"
 #include "support/tray.h"
-#include "support/tray_recorder.h"
 #include "support/user_input.h"
 #include "support/wait.h"
-#include "support/window_owner.h"
 #include "support/window_state.h"
 
 namespace morvane::test {
@@ -22,212 +18,98 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr COLORREF Red = RGB(0xC0, 0x20, 0x10);
-constexpr COLORREF Blue = RGB(0x10, 0x20, 0xC0);
-constexpr UINT WmTrayTest = WM_APP + 1;
-
-bool Received(Actor& actor, HWND window, UINT message) {
-    return WaitUntil([&] {
-        const std::vector<InputEvent> events = actor.Input(window);
-        return std::any_of(events.begin(), events.end(),
-                           [message](const InputEvent& event) { return event.message == message; });
-    });
+TEST(HarnessTest, RequestsAreRecordedWithTheirTimeAndOrderEvenWhileTheActorHangs) {
+    Actor actor;
+    const HWND first = actor.Create({.title = L"First"});
+    const HWND second = actor.Create({.title = L"Second"});
+    const ULONGLONG start = GetTickCount64();
+    actor.SetTopmost(second, true);
+    actor.SetTopmost(first, true);
+    actor.Hang(60s);
+    const std::vector<PositionRequest> ofFirst = actor.Requests(first);
+    const std::vector<PositionRequest> ofSecond = actor.Requests(second);
+    ASSERT_EQ(ofFirst.size(), 1U);
+    ASSERT_EQ(ofSecond.size(), 1U);
+    EXPECT_GT(ofFirst[0].counter, ofSecond[0].counter);
+    EXPECT_GE(ofSecond[0].tickCount, start);
+    EXPECT_GE(ofFirst[0].tickCount, ofSecond[0].tickCount);
+    EXPECT_LE(ofFirst[0].tickCount, GetTickCount64());
 }
 
-TEST(HarnessTest, RealClicksReachAForeignWindow) {
-    struct Case {
-        const char* name;
-        MouseButton button;
-        UINT down;
-        UINT up;
-    };
-    const std::vector<Case> cases = {
-        {"left", MouseButton::Left, WM_LBUTTONDOWN, WM_LBUTTONUP},
-        {"right", MouseButton::Right, WM_RBUTTONDOWN, WM_RBUTTONUP},
-    };
+TEST(HarnessTest, WindowsAreAboveOnlyWhatLiesBelowThem) {
+    Actor actor;
+    const HWND first = actor.Create({.title = L"First"});
+    const HWND second = actor.Create({.title = L"Second"});
+    EXPECT_TRUE(IsAbove(second, first));
+    EXPECT_FALSE(IsAbove(first, second));
+    actor.SetTopmost(first, true);
+    EXPECT_TRUE(IsAbove(first, second));
+    EXPECT_FALSE(IsAbove(second, first));
+    actor.Destroy(second);
+    EXPECT_FALSE(IsAbove(first, second)) << "dead";
+}
+
+TEST(HarnessTest, ButtonsAndKeysReachAForeignWindow) {
     Actor actor;
     const HWND window = actor.Create({.title = L"Clicked"});
-    for (const Case& item : cases) {
-        actor.ForgetRecords(window);
-        Click({300, 250}, item.button);
-        EXPECT_TRUE(Received(actor, window, item.down)) << item.name;
-        EXPECT_TRUE(Received(actor, window, item.up)) << item.name;
-        actor.ForgetRecords(window);
-        PressButton(item.button);
-        EXPECT_TRUE(Received(actor, window, item.down)) << item.name << " pressed";
-        ReleaseButton(item.button);
-        EXPECT_TRUE(Received(actor, window, item.up)) << item.name << " released";
-    }
-}
-
-TEST(HarnessTest, ClickBringsAWindowToTheForeground) {
-    Actor actor;
-    const HWND left = actor.Create({.title = L"Lower", .x = 100, .width = 300});
-    const HWND right = actor.Create({.title = L"Upper", .x = 300, .width = 300});
-    ASSERT_TRUE(actor.BringToForeground(right));
-    Click({200, 300}, MouseButton::Left);
-    EXPECT_TRUE(WaitUntil([&] { return GetForegroundWindow() == left; }));
-    EXPECT_TRUE(WaitUntil([&] { return IsAbove(left, right); }));
-}
-
-TEST(HarnessTest, KeysReachTheForegroundWindow) {
-    Actor actor;
-    const HWND window = actor.Create({.title = L"Typed into"});
+    const auto receives = [&](UINT message) {
+        return WaitUntil([&] {
+            const std::vector<InputEvent> events = actor.Input(window);
+            return !events.empty() && events.back().message == message;
+        });
+    };
+    MovePointer({300, 250});
+    PressButton(MouseButton::Left);
+    EXPECT_TRUE(receives(WM_LBUTTONDOWN));
+    ReleaseButton(MouseButton::Left);
+    EXPECT_TRUE(receives(WM_LBUTTONUP));
+    PressButton(MouseButton::Right);
+    EXPECT_TRUE(receives(WM_RBUTTONDOWN));
+    ReleaseButton(MouseButton::Right);
+    EXPECT_TRUE(receives(WM_RBUTTONUP));
     ASSERT_TRUE(actor.BringToForeground(window));
     TapKey(VK_F5);
-    EXPECT_TRUE(Received(actor, window, WM_KEYDOWN));
-    EXPECT_TRUE(Received(actor, window, WM_KEYUP));
-    EXPECT_EQ(actor.Input(window).front().x, VK_F5);
+    EXPECT_TRUE(receives(WM_KEYUP));
+    EXPECT_EQ(actor.Input(window).back().x, VK_F5);
 }
 
-TEST(HarnessTest, ScreenShowsTheTopmostOfForeignWindows) {
-    Actor actor;
-    const HWND red = actor.Create({.title = L"Red", .colour = Red});
-    const HWND blue = actor.Create({.title = L"Blue", .colour = Blue});
-    constexpr POINT Inside{300, 250};
-    EXPECT_TRUE(WaitUntil([&] { return PixelAt(Inside) == Blue; }));
-    actor.Raise(red);
-    EXPECT_TRUE(WaitUntil([&] { return PixelAt(Inside) == Red; }));
-    actor.SetTopmost(blue, true);
-    EXPECT_TRUE(WaitUntil([&] { return PixelAt(Inside) == Blue; }));
-    const Picture picture = CaptureScreen({290, 240, 310, 250});
-    EXPECT_EQ(picture.pixels.size(), 200U);
-    EXPECT_EQ(picture.Count(Blue), 200U);
-    EXPECT_FALSE(PixelAt({-5, -5}).has_value());
-}
-
-// A tray icon of this process, and the mouse messages that the taskbar sends it.
-class OwnTrayIcon {
-public:
-    explicit OwnTrayIcon(const wchar_t* tip) {
-        WNDCLASSW iconClass{};
-        iconClass.lpfnWndProc = IconProc;
-        iconClass.hInstance = GetModuleHandleW(nullptr);
-        iconClass.lpszClassName = L"MorvaneHarnessIcon";
-        RegisterClassW(&iconClass);
-        data_.cbSize = sizeof(data_);
-        window_ = MessageOnlyWindow(iconClass.lpszClassName);
-        data_.hWnd = window_.get();
-        data_.uID = 1;
-        data_.uFlags = NIF_MESSAGE | NIF_ICON | NIF_TIP;
-        data_.uCallbackMessage = WmTrayTest;
-        data_.hIcon = LoadIconW(nullptr, IDI_APPLICATION);
-        lstrcpynW(data_.szTip, tip, static_cast<int>(std::size(data_.szTip)));
-        SetWindowLongPtrW(data_.hWnd, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(&heard_));
-    }
-    OwnTrayIcon(const OwnTrayIcon&) = delete;
-    OwnTrayIcon& operator=(const OwnTrayIcon&) = delete;
-    OwnTrayIcon(OwnTrayIcon&&) = delete;
-    OwnTrayIcon& operator=(OwnTrayIcon&&) = delete;
-    ~OwnTrayIcon() { Remove(); }
-
-    bool Add() { return Shell_NotifyIconW(NIM_ADD, &data_) != FALSE; }
-    bool Remove() { return Shell_NotifyIconW(NIM_DELETE, &data_) != FALSE; }
-    bool ShowBalloon(const wchar_t* title, const wchar_t* text, DWORD kind) const {
-        NOTIFYICONDATAW balloon = data_;
-        balloon.uFlags = NIF_INFO;
-        balloon.dwInfoFlags = kind;
-        lstrcpynW(balloon.szInfoTitle, title, static_cast<int>(std::size(balloon.szInfoTitle)));
-        lstrcpynW(balloon.szInfo, text, static_cast<int>(std::size(balloon.szInfo)));
-        return Shell_NotifyIconW(NIM_MODIFY, &balloon) != FALSE;
-    }
-    [[nodiscard]] bool Hears(UINT mouseMessage) const {
-        return WaitUntil(
-            [&] { return std::find(heard_.begin(), heard_.end(), mouseMessage) != heard_.end(); },
-            DefaultTimeout, Messages::PumpAll);
-    }
-    [[nodiscard]] HWND Window() const { return data_.hWnd; }
-
-private:
-    static LRESULT CALLBACK IconProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
-        if (message == WmTrayTest) {
-            auto* heard =
-                reinterpret_cast<std::vector<UINT>*>(GetWindowLongPtrW(window, GWLP_USERDATA));
-            heard->push_back(static_cast<UINT>(lParam));
-            return 0;
-        }
-        return DefWindowProcW(window, message, wParam, lParam);
-    }
-
-    NOTIFYICONDATAW data_{};
-    std::vector<UINT> heard_;
-    WindowOwner window_;
-};
-
-TEST(HarnessTest, TrayIconCanBeFoundClickedAndSeenToDisappear) {
-    ASSERT_TRUE(WaitForTaskbar());
-    OwnTrayIcon icon(L"Harness tip");
-    EXPECT_FALSE(TrayIconPresent(icon.Window()));
-    EXPECT_FALSE(TrayIconRect(icon.Window()).has_value());
-    ASSERT_TRUE(icon.Add());
-    EXPECT_TRUE(TrayIconPresent(icon.Window()));
-    const POINT centre = WaitForTrayIcon(icon.Window());
-    Click(centre, MouseButton::Left);
-    EXPECT_TRUE(icon.Hears(WM_LBUTTONUP));
-    Click(centre, MouseButton::Right);
-    EXPECT_TRUE(icon.Hears(WM_RBUTTONUP));
-    MovePointer({640, 300});
-    EXPECT_TRUE(icon.Remove());
-    EXPECT_FALSE(TrayIconPresent(icon.Window()));
-    EXPECT_FALSE(TrayIconRect(icon.Window()).has_value());
-}
-
-TEST(HarnessTest, RecorderRecordsEveryTrayCallInPlaceOfTheShell) {
-    ASSERT_TRUE(WaitForTaskbar());
-    OwnTrayIcon icon(L"Recorded tip");
+TEST(HarnessTest, WindowsEndWithTheirOwnerEvenIfItHangs) {
+    HWND window = nullptr;
     {
-        const TrayRecorder recorder;
-        EXPECT_TRUE(icon.Add());
+        Actor actor;
+        window = actor.Create({.title = L"Short-lived"});
+        actor.Hang(60s);
     }
-    EXPECT_FALSE(TrayIconPresent(icon.Window()));
-    TrayRecorder recorder;
-    recorder.RefuseNext(1);
-    EXPECT_FALSE(icon.Add());
-    EXPECT_TRUE(icon.Add());
-    EXPECT_TRUE(icon.ShowBalloon(L"Title", L"Text", NIIF_WARNING));
-    EXPECT_TRUE(icon.Remove());
-    const std::vector<TrayCall> calls = recorder.Calls();
-    ASSERT_EQ(calls.size(), 4U);
-    EXPECT_EQ(calls[1].message, static_cast<DWORD>(NIM_ADD));
-    EXPECT_EQ(calls[1].window, icon.Window());
-    EXPECT_EQ(calls[1].id, 1U);
-    EXPECT_EQ(calls[1].flags, static_cast<UINT>(NIF_MESSAGE | NIF_ICON | NIF_TIP));
-    EXPECT_EQ(calls[1].callbackMessage, WmTrayTest);
-    EXPECT_EQ(calls[1].tip, L"Recorded tip");
-    EXPECT_GT(calls[1].iconWidth, 0);
-    EXPECT_EQ(calls[2].message, static_cast<DWORD>(NIM_MODIFY));
-    EXPECT_EQ(calls[2].flags, static_cast<UINT>(NIF_INFO));
-    EXPECT_EQ(calls[2].infoTitle, L"Title");
-    EXPECT_EQ(calls[2].info, L"Text");
-    EXPECT_EQ(calls[2].infoFlags, static_cast<DWORD>(NIIF_WARNING));
-    EXPECT_EQ(calls[3].message, static_cast<DWORD>(NIM_DELETE));
+    EXPECT_EQ(IsWindow(window), FALSE);
 }
 
-TEST(HarnessTest, ProfileFoldersAreResetAndRedirected) {
+TEST(HarnessTest, FunctionThatIsNotImportedIsNotReplaced) {
+    EXPECT_THROW(static_cast<void>(Refuse<decltype(&GetWindow), nullptr>("NoSuchFunction")),
+                 std::runtime_error);
+}
+
+// Otherwise a test could look before the program's first pass, and find nothing done.
+TEST(HarnessTest, FirstPassThatHangsDelaysTheControlWindow) {
     MORVANE_REQUIRE_DISPOSABLE_PROFILE();
-    ASSERT_TRUE(WriteSettings("abc\r\n"));
-    EXPECT_EQ(ReadSettings(), "abc\r\n");
-    ASSERT_TRUE(WriteFileBytes(StartupShortcut(), "not a link"));
     ResetProfile();
-    EXPECT_FALSE(PathExists(DataFolder()));
-    EXPECT_FALSE(PathExists(StartupShortcut()));
-    EXPECT_TRUE(PathExists(StartupFolder()));
-    const std::wstring usual = RoamingFolder();
-    {
-        const std::wstring other = usual + L"\\Other place \x65E5\x672C";
-        const ShellFolderOverride redirected(L"AppData", other);
-        EXPECT_EQ(RoamingFolder(), other);
-    }
-    EXPECT_EQ(RoamingFolder(), usual);
+    Actor actor;
+    const HWND window = actor.Create({.title = L"Hangs while pinned"});
+    ASSERT_TRUE(WriteSettings("hangs while\n"));
+    actor.Hang(2s);
+    const Program program;
+    ASSERT_NE(program.WaitForControlWindow(), nullptr);
+    EXPECT_TRUE(IsTopmost(window));
 }
 
-TEST(HarnessTest, LinkInPlaceOfTheDataFolderIsAReparsePointAndLeadsToItsTarget) {
+TEST(HarnessTest, KilledProgramLeavesNoIconBehind) {
     MORVANE_REQUIRE_DISPOSABLE_PROFILE();
-    const LinkedAppData linked(LinkPlace::DataFolder);
-    const std::wstring kept = linked.Target() + L"\\kept.txt";
-    ASSERT_TRUE(WriteFileBytes(kept, "kept"));
-    EXPECT_NE(GetFileAttributesW(DataFolder().c_str()) & FILE_ATTRIBUTE_REPARSE_POINT, 0U);
-    EXPECT_EQ(ReadFileBytes(DataFolder() + L"\\kept.txt"), "kept");
+    ResetProfile();
+    const Program program;
+    const HWND control = program.WaitForControlWindow();
+    ASSERT_TRUE(TrayIconPresent(control));
+    program.Kill();
+    EXPECT_FALSE(program.IsRunning());
+    EXPECT_FALSE(TrayIconPresent(control));
 }
 
 }  // namespace

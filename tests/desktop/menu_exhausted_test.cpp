@@ -47,40 +47,26 @@ TEST_F(MenuTest, MenusThatCannotBeCreatedAreLeftOut) {
     room.clear();
     EXPECT_FALSE(anyBuilt);
     EXPECT_EQ(loops, 0U) << "nothing is shown";
-    const Lines head = {L"1002 checked: Always on top", L"-"};
-    const Lines submenus = {L"> Add / Remove", L"> Add / Remove (min size)"};
-    const Lines tail = {L"-",
-                        L"1003: Open settings",
-                        L"1001: Apply now",
-                        L"1010: Start with Windows",
-                        L"-",
-                        L"1009: About",
-                        L"-",
-                        L"1004: Exit"};
-    for (std::size_t count = 0; count < built.size(); ++count) {
-        Lines expected = head;
-        expected.insert(expected.end(), submenus.begin(),
-                        submenus.begin() + static_cast<std::ptrdiff_t>(count));
-        expected.insert(expected.end(), tail.begin(), tail.end());
-        EXPECT_EQ(built[count], expected) << count;
+    const Menu whole = BuildTrayMenu();
+    for (int missing = 0; missing <= 2; ++missing) {
+        Lines expected = DescribedMenu(whole.get());
+        ASSERT_EQ(expected.size(), 12U);
+        // The submenus are the third and the fourth line; the last one goes first.
+        expected.erase(expected.begin() + 4 - missing, expected.begin() + 4);
+        EXPECT_EQ(built.back(), expected) << missing;
+        built.pop_back();
     }
-    Open({[] { return MenusOpen(1); }});
+    OpenAndLook();
 }
 
 TEST_F(MenuTest, MenuThatCannotBeCreatedStillForgetsRowsAndReadsTheSettings) {
-    const auto isFirstRowKnown = [this] {
-        MEASUREITEMSTRUCT measure{};
-        measure.CtlType = ODT_MENU;
-        measure.itemData = 1;
-        return MeasurePinItem(Control().Get(), measure);
-    };
     static_cast<void>(Window(L"Alpha"));
     LoadSettings("@pinning=0\nold\n");
     ASSERT_TRUE(CandidateList().empty() || CandidateList().front().title != L"Alpha");
     std::vector<Menu> room = AllMenus();
     ASSERT_FALSE(room.empty());
     AppendPinItem(room.front().get(), 1, L"left behind", PinState::Pinned);
-    const bool wasKnown = isFirstRowKnown();
+    const bool wasKnown = MeasuresRow(1);
     const bool written = WriteSettings("new\n");
     Control().Forget();
     ShowTrayMenu(Control().Get());
@@ -89,13 +75,13 @@ TEST_F(MenuTest, MenuThatCannotBeCreatedStillForgetsRowsAndReadsTheSettings) {
     room.clear();
     EXPECT_TRUE(wasKnown && written);
     EXPECT_EQ(messages, 0U);
-    EXPECT_FALSE(isFirstRowKnown());
+    EXPECT_FALSE(MeasuresRow(1));
     ASSERT_EQ(Engine().pinList.entries.size(), 1U);
     EXPECT_EQ(Engine().pinList.entries.front().pattern, L"new");
     EXPECT_TRUE(Engine().pinList.pinning);
     ASSERT_EQ(CandidateList().size(), 1U);
     EXPECT_EQ(CandidateList().front().title, L"Alpha");
-    Open({[] { return MenusOpen(1); }});
+    OpenAndLook();
     EXPECT_EQ(Control().Count(WM_NULL), 1U) << "sent after every menu that was shown";
 }
 

@@ -3,8 +3,8 @@
 #include <utility>
 
 #include "base/process.h"
-#include "desktop/interface_texts.h"
 #include "desktop/menu_reader.h"
+#include "support/languages.h"
 #include "ui/menu_rows.h"
 #include "ui/tray_menu.h"
 
@@ -39,8 +39,31 @@ void MenuTest::Open(std::vector<ControlStandIn::Step> steps) {
     control_.Run([this] { ShowTrayMenu(control_.Get()); }, std::move(steps), [] { EndMenu(); });
 }
 
-void MenuTest::Press(WPARAM virtualKey) {
-    PostMessageW(control_.Get(), WM_KEYDOWN, virtualKey, 0);
+void MenuTest::OpenAndLook(const std::function<void()>& look, const std::vector<WPARAM>& keys,
+                           std::size_t menus) {
+    Open({[] { return MenusOpen(1); },
+          [&] {
+              Press(keys);
+              return true;
+          },
+          [menus] { return MenusOpen(menus); },
+          [&look] {
+              look();
+              return true;
+          }});
+}
+
+void MenuTest::Press(const std::vector<WPARAM>& keys) {
+    for (const WPARAM key : keys) {
+        PostMessageW(control_.Get(), WM_KEYDOWN, key, 0);
+    }
+}
+
+bool MenuTest::MeasuresRow(ULONG_PTR itemData) {
+    MEASUREITEMSTRUCT measure{};
+    measure.CtlType = ODT_MENU;
+    measure.itemData = itemData;
+    return MeasurePinItem(control_.Get(), measure);
 }
 
 bool MenusOpen(std::size_t count) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+#include <functional>
 #include <string_view>
 #include <vector>
 
@@ -23,13 +25,29 @@ protected:
     // Opens the menu as the program does, runs the steps while it is open, and closes it.
     void Open(std::vector<ControlStandIn::Step> steps);
 
-    // Posts a key to the open menu, so that nothing else on the desktop gets it.
-    void Press(WPARAM virtualKey);
+    // Opens the menu, presses the keys, looks once that many menus are open, and closes it.
+    void OpenAndLook(
+        const std::function<void()>& look = [] {}, const std::vector<WPARAM>& keys = {},
+        std::size_t menus = 1);
+
+    // Posts keys to the open menu, so that nothing else on the desktop gets them.
+    void Press(const std::vector<WPARAM>& keys);
+
+    // Whether the program knows a row with this item data.
+    [[nodiscard]] bool MeasuresRow(ULONG_PTR itemData);
 
 private:
     ComApartment com_;
     ControlStandIn control_;
 };
+
+// The keys that open the submenus of the top level.
+[[nodiscard]] inline std::vector<WPARAM> ToAddRemove() {
+    return {VK_DOWN, VK_DOWN, VK_RIGHT};
+}
+[[nodiscard]] inline std::vector<WPARAM> ToMinSize() {
+    return {VK_DOWN, VK_DOWN, VK_DOWN, VK_RIGHT};
+}
 
 // True if exactly this many menu windows are open.
 [[nodiscard]] bool MenusOpen(std::size_t count);

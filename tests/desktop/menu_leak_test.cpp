@@ -1,6 +1,7 @@
 // Opening the menu or the dialog leaks nothing.
 
 #include <cstddef>
+#include <functional>
 #include <gtest/gtest.h>
 #include <iostream>
 
@@ -19,14 +20,18 @@ namespace {
 constexpr UINT CloseMessage = WM_APP + 50;
 constexpr int WarmUp = 20;
 
-// The full number of openings takes minutes on a slow machine: set MORVANE_TEST_FULL=1 for it.
-int Openings(int usual, int full) {
-    return EnvironmentVariable(L"MORVANE_TEST_FULL") == L"1" ? full : usual;
-}
-
-void ExpectSteady(const char* what, const Usage& before, const Usage& after, int openings,
-                  ULONGLONG milliseconds) {
-    std::cout << "measured: " << what << ", " << openings << " openings in " << milliseconds
+// Makes many openings and measures before and after them. The full number takes minutes on a slow
+// machine: set MORVANE_TEST_FULL=1 for it.
+void ExpectSteady(const char* what, int usual, int full,
+                  const std::function<void(int count)>& openMany) {
+    openMany(WarmUp);
+    const int openings = EnvironmentVariable(L"MORVANE_TEST_FULL") == L"1" ? full : usual;
+    const Usage before = MeasureUsage();
+    const ULONGLONG start = GetTickCount64();
+    openMany(openings);
+    const ULONGLONG took = GetTickCount64() - start;
+    const Usage after = MeasureUsage();
+    std::cout << "measured: " << what << ", " << openings << " openings in " << took
               << " ms; before: " << before << "; after: " << after << "\n";
     // One leaked object per opening would far exceed this.
     const auto few = static_cast<std::size_t>(openings / 10);
@@ -58,10 +63,7 @@ protected:
             awaitedMenus_ = withRows ? 2 : 1;
             Control().Forget();
             if (withRows) {
-                Press(VK_DOWN);
-                Press(VK_DOWN);
-                Press(VK_DOWN);
-                Press(VK_RIGHT);
+                Press(ToMinSize());
             }
             PostMessageW(control, CloseMessage, 0, 0);
             ShowTrayMenu(control);
@@ -85,13 +87,7 @@ TEST_F(MenuLeakTest, OpeningTheMenuLeavesNothingBehind) {
     static_cast<void>(Window(L"Beta"));
     static_cast<void>(Window(L"Gamma"));
     ASSERT_TRUE(Other().BringToForeground(window));
-    OpenMany(WarmUp);
-    const int openings = Openings(300, 5'000);
-    const Usage before = MeasureUsage();
-    const ULONGLONG start = GetTickCount64();
-    OpenMany(openings);
-    const ULONGLONG took = GetTickCount64() - start;
-    ExpectSteady("menu", before, MeasureUsage(), openings, took);
+    ExpectSteady("menu", 300, 5'000, [this](int count) { OpenMany(count); });
 }
 
 class AboutLeakTest : public AboutDialogTest {
@@ -117,13 +113,7 @@ TEST_F(AboutLeakTest, OpeningTheDialogLeavesNothingBehind) {
         UpdateWindow(dialog);
         PostMessageW(dialog, WM_CLOSE, 0, 0);
     });
-    OpenMany(WarmUp);
-    const int openings = Openings(100, 1'000);
-    const Usage before = MeasureUsage();
-    const ULONGLONG start = GetTickCount64();
-    OpenMany(openings);
-    const ULONGLONG took = GetTickCount64() - start;
-    ExpectSteady("About", before, MeasureUsage(), openings, took);
+    ExpectSteady("About", 100, 1'000, [this](int count) { OpenMany(count); });
 }
 
 }  // namespace

@@ -51,13 +51,6 @@ protected:
     }
 };
 
-TEST_F(SubmenusTest, WithoutCandidatesBothListsSaySo) {
-    LoseActiveWindow();
-    RebuildCandidates();
-    EXPECT_EQ(AddRemove(), Lines({NoWindows}));
-    EXPECT_EQ(MinSize(), Lines({NoActiveWindow, L"-", NoWindows}));
-}
-
 TEST_F(SubmenusTest, UntitledActiveWindowIsShownAsTwoBlanksWithoutCandidates) {
     LoadSettings("alpha\nactive\t100\t100\n \t200\t200\n");
     Activate(Sized(L"", 320, 240));
@@ -67,39 +60,27 @@ TEST_F(SubmenusTest, UntitledActiveWindowIsShownAsTwoBlanksWithoutCandidates) {
         << "no entry matches an empty title";
 }
 
-TEST_F(SubmenusTest, OneCandidateIsOneRow) {
-    LoseActiveWindow();
-    static_cast<void>(Sized(L"Alpha", 300, 200));
-    RebuildCandidates();
-    EXPECT_EQ(AddRemove(), Lines({L"2500 row 1 free: Alpha"}));
-    EXPECT_EQ(MinSize(), Lines({NoActiveWindow, L"-", L"3000 row 1 free: Alpha (300 x 200)"}));
-}
-
-TEST_F(SubmenusTest, RowsAreInTheOrderOfTheListWithTheirStates) {
-    LoadSettings("beta\nGAMMA\t400\t0\ndelta\t0\t300\n");
+TEST_F(SubmenusTest, RowsAreInTheOrderOfTheListWithTheStatesOfTheirBestEntries) {
+    const Lines listed = {L"2500 row 1 free: alpha", L"2501 row 2 pinned: beta",
+                          L"2502 row 3 pinned: delta", L"2503 row 4 pinned: gamma",
+                          L"2504 row 5 pinned: notepad"};
+    const Lines sized = {
+        L"1006 row 1 sized: Active: gamma (640 x 480)", L"-",
+        L"3000 row 2 free: alpha (300 x 200)",          L"3001 row 3 pinned: beta (300 x 200)",
+        L"3002 row 4 sized: delta (300 x 200)",         L"3003 row 5 sized: gamma (640 x 480)",
+        L"3004 row 6 sized: notepad (300 x 200)"};
     Activate(Sized(L"gamma", 640, 480));
-    for (const wchar_t* const title : {L"delta", L"beta", L"alpha"}) {
+    for (const wchar_t* const title : {L"notepad", L"delta", L"beta", L"alpha"}) {
         static_cast<void>(Sized(title, 300, 200));
     }
     RebuildCandidates();
-    EXPECT_EQ(AddRemove(), Lines({L"2500 row 1 free: alpha", L"2501 row 2 pinned: beta",
-                                  L"2502 row 3 pinned: delta", L"2503 row 4 pinned: gamma"}));
-    EXPECT_EQ(
-        MinSize(),
-        Lines({L"1006 row 1 sized: Active: gamma (640 x 480)", L"-",
-               L"3000 row 2 free: alpha (300 x 200)", L"3001 row 3 pinned: beta (300 x 200)",
-               L"3002 row 4 sized: delta (300 x 200)", L"3003 row 5 sized: gamma (640 x 480)"}));
-}
-
-TEST_F(SubmenusTest, StatesFollowTheBestEntryEvenWhilePinningIsOff) {
-    LoadSettings("@pinning=0\nnote\nnotepad\t800\t600\n");
-    LoseActiveWindow();
-    static_cast<void>(Sized(L"a note", 300, 200));
-    static_cast<void>(Sized(L"b Notepad", 300, 200));
-    RebuildCandidates();
-    EXPECT_EQ(AddRemove(), Lines({L"2500 row 1 pinned: a note", L"2501 row 2 pinned: b Notepad"}));
-    EXPECT_EQ(MinSize(), Lines({NoActiveWindow, L"-", L"3000 row 1 pinned: a note (300 x 200)",
-                                L"3001 row 2 sized: b Notepad (300 x 200)"}));
+    // Even while pinning is off.
+    for (const char* const pinning : {"@pinning=1\n", "@pinning=0\n"}) {
+        LoadSettings(std::string(pinning) +
+                     "beta\nGAMMA\t400\t0\ndelta\t0\t300\nnote\nNotepad\t800\t600\n");
+        EXPECT_EQ(AddRemove(), listed) << pinning;
+        EXPECT_EQ(MinSize(), sized) << pinning;
+    }
 }
 
 TEST_F(SubmenusTest, SkippedWindowsLeaveGapsInTheIdentifiers) {
@@ -151,11 +132,12 @@ TEST_F(SubmenusTest, ActiveWindowMustStillBeUsableWhenTheListIsBuilt) {
         {"gone", [](Actor& actor, HWND window) { actor.Destroy(window); }},
         {"minimised", [](Actor& actor, HWND window) { actor.Minimise(window); }},
         {"hidden", [](Actor& actor, HWND window) { actor.Hide(window); }},
+        {"without a size", [](Actor& actor, HWND window) { actor.Place(window, 9, 9, 0, 0); }},
     };
     for (const Case& item : cases) {
-        const HWND window = Sized(L"Active", 300, 200);
+        const HWND window = Other().Create({.title = L"Active", .style = WS_POPUP});
         Activate(window);
-        EXPECT_EQ(MinSize().front(), L"1006 row 1 free: Active: Active (300 x 200)") << item.name;
+        EXPECT_EQ(MinSize().front(), L"1006 row 1 free: Active: Active (400 x 300)") << item.name;
         item.change(Other(), window);
         EXPECT_EQ(MinSize().front(), NoActiveWindow) << item.name;
     }
@@ -178,13 +160,6 @@ TEST_F(SubmenusTest, TaskbarsAndTheTrayFlyoutAreNeverTheActiveWindow) {
         EXPECT_EQ(MinSize().front(), L"1006 row 1 free: Active: Document (300 x 200)");
         Other().Destroy(document);
     }
-}
-
-TEST_F(SubmenusTest, ActiveWindowWithoutASizeIsNotOffered) {
-    const HWND window = Other().Create({.title = L"Flat", .style = WS_POPUP});
-    Activate(window);
-    Other().Place(window, 100, 100, 0, 0);
-    EXPECT_EQ(MinSize().front(), NoActiveWindow);
 }
 
 TEST_F(SubmenusTest, ActiveWindowIsMeasuredAndNamedWhenTheListIsBuilt) {
@@ -265,18 +240,6 @@ TEST_F(SubmenusTest, ListsEndAtTheFiveHundredthCandidate) {
                 << count;
         }
     }
-}
-
-TEST_F(SubmenusTest, ItemDataIsNumberedAcrossBothLists) {
-    Activate(Sized(L"Alpha", 300, 200));
-    ClearMenuRows();
-    const Menu first = BuildAddRemoveMenu();
-    const Menu second = BuildMinSizeMenu();
-    const Menu third = BuildAddRemoveMenu();
-    EXPECT_EQ(DescribedItem(first.get(), 0), L"2500 row 1 free: Alpha");
-    EXPECT_EQ(DescribedItem(second.get(), 0), L"1006 row 2 free: Active: Alpha (300 x 200)");
-    EXPECT_EQ(DescribedItem(second.get(), 2), L"3000 row 3 free: Alpha (300 x 200)");
-    EXPECT_EQ(DescribedItem(third.get(), 0), L"2500 row 4 free: Alpha");
 }
 
 }  // namespace

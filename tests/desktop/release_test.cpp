@@ -1,5 +1,6 @@
 // Releasing: which windows get a request, which are only forgotten, and what stays unchanged.
 
+#include <algorithm>
 #include <chrono>
 #include <functional>
 #include <gtest/gtest.h>
@@ -15,9 +16,8 @@ namespace morvane::test {
 namespace {
 
 using namespace std::chrono_literals;
-using Requests = std::vector<std::string>;
 
-class ReleaseTest : public EngineTest {};
+using ReleaseTest = EngineTest;
 
 TEST_F(ReleaseTest, EveryRememberedWindowIsAskedOnceToBeOrdinary) {
     const HWND alpha = Window(L"Alpha");
@@ -37,14 +37,11 @@ TEST_F(ReleaseTest, EveryRememberedWindowIsAskedOnceToBeOrdinary) {
     EXPECT_EQ(Asked(alpha).size(), 1U) << "nothing is remembered any more";
 }
 
-TEST_F(ReleaseTest, WindowsThatWereTopmostBeforeAreReleasedOnlyIfTheyWerePinned) {
-    const HWND pinned = Other().Create({.title = L"Alpha", .exStyle = WS_EX_TOPMOST});
-    const HWND never = Other().Create({.title = L"Clock", .exStyle = WS_EX_TOPMOST});
+TEST_F(ReleaseTest, WindowThatWasTopmostBeforeItWasPinnedIsReleasedToo) {
+    const HWND window = Other().Create({.title = L"Alpha", .exStyle = WS_EX_TOPMOST});
     ApplySettings("alpha\n");
     ApplySettings("@pinning=0\nalpha\n");
-    EXPECT_FALSE(IsTopmost(pinned));
-    EXPECT_TRUE(IsTopmost(never));
-    EXPECT_TRUE(Asked(never).empty());
+    EXPECT_FALSE(IsTopmost(window));
 }
 
 TEST_F(ReleaseTest, PinningSwitchedOffInTheFileReleasesOnce) {
@@ -79,18 +76,17 @@ TEST_F(ReleaseTest, MinimisedWindowIsReleasedAndStaysMinimised) {
     EXPECT_NE(IsIconic(window), FALSE);
 }
 
-TEST_F(ReleaseTest, DeadAndDyingWindowsAreDropped) {
-    const HWND dead = Window(L"Alpha dead");
-    const HWND dying = Window(L"Alpha dying");
-    const HWND living = Window(L"Alpha living");
+TEST_F(ReleaseTest, DeadAndDyingWindowsAreDroppedAndTheOthersReleased) {
+    std::vector<HWND> windows = Other().CreateMany(4, {.title = L"Alpha "});
+    // In the order in which a pass pins and remembers them: the dead ones in between.
+    std::sort(windows.begin(), windows.end());
     ApplySettings("alpha\n");
-    Other().Destroy(dead);
-    Other().ForgetRecords(dead);
-    Other().DieOnRequest(dying, 1);
+    Other().Destroy(windows[1]);
+    Other().DieOnRequest(windows[2], 1);
     ReleaseAll();
-    EXPECT_TRUE(Asked(dead).empty());
-    EXPECT_EQ(IsWindow(dying), FALSE);
-    EXPECT_FALSE(IsTopmost(living));
+    EXPECT_FALSE(IsTopmost(windows[0]));
+    EXPECT_EQ(IsWindow(windows[2]), FALSE);
+    EXPECT_FALSE(IsTopmost(windows[3]));
     EXPECT_TRUE(Engine().pinnedWindows.empty());
 }
 
@@ -114,52 +110,37 @@ TEST_F(ReleaseTest, HungWindowDelaysTheReleaseAndIsReleased) {
     EXPECT_FALSE(IsTopmost(window));
 }
 
-// A reason why a pinned window no longer qualifies.
-struct Disqualification {
-    const char* name;
-    std::function<void(Actor&, HWND)> apply;
-};
-
-class PruneTest : public EngineTest, public testing::WithParamInterface<Disqualification> {};
-
-TEST_P(PruneTest, WindowIsForgottenUnchangedAndNotReleasedLater) {
-    const HWND window = Other().Create({.className = L"#32770", .title = L"Alpha"});
-    const HWND kept = Window(L"Alpha too");
-    ApplySettings("alpha\n");
-    ASSERT_TRUE(IsTopmost(window));
-    GetParam().apply(Other(), window);
-    Other().ForgetRecords(window);
-    Other().ForgetRecords(kept);
-    ApplyAll();
-    EXPECT_TRUE(Asked(window).empty());
-    EXPECT_EQ(Engine().pinnedWindows, PinnedWindowSet({kept}));
-    SetPinning(false);
-    EXPECT_TRUE(Asked(window).empty());
-    EXPECT_TRUE(IsTopmost(window));
-    EXPECT_FALSE(IsTopmost(kept));
+TEST_F(ReleaseTest, WindowThatNoLongerQualifiesIsForgottenUnchangedAndNotReleasedLater) {
+    const struct {
+        const char* name;
+        std::function<void(HWND)> disqualify;
+    } cases[] = {
+        {"title changed", [this](HWND window) { Other().SetTitle(window, L"Gamma"); }},
+        {"title taken away", [this](HWND window) { Other().SetTitle(window, L""); }},
+        {"hidden", [this](HWND window) { Other().Hide(window); }},
+        {"owned", [this](HWND window) { Other().SetOwner(window, Window(L"Owner")); }},
+        {"protected",
+         [this](HWND window) { Other().SetTitle(window, L"Alpha - Windows Security"); }},
+        {"own window", [](HWND window) { Engine().ownWindow = window; }},
+    };
+    for (const auto& item : cases) {
+        SCOPED_TRACE(item.name);
+        const HWND window = Other().Create({.className = L"#32770", .title = L"Alpha"});
+        const HWND kept = Window(L"Alpha too");
+        ApplySettings("alpha\n");
+        ASSERT_TRUE(IsTopmost(window));
+        item.disqualify(window);
+        Other().ForgetRecords(window);
+        ApplyAll();
+        EXPECT_EQ(Engine().pinnedWindows, PinnedWindowSet({kept}));
+        SetPinning(false);
+        EXPECT_TRUE(Asked(window).empty());
+        EXPECT_TRUE(IsTopmost(window));
+        EXPECT_FALSE(IsTopmost(kept));
+        Other().Destroy(kept);
+        Other().Destroy(window);
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Every, PruneTest,
-    testing::Values(
-        Disqualification{"TitleChanged",
-                         [](Actor& actor, HWND window) { actor.SetTitle(window, L"Gamma"); }},
-        Disqualification{"TitleTakenAway",
-                         [](Actor& actor, HWND window) { actor.SetTitle(window, L""); }},
-        Disqualification{"Hidden", [](Actor& actor, HWND window) { actor.Hide(window); }},
-        Disqualification{"Owned",
-                         [](Actor& actor, HWND window) {
-                             const HWND owner = actor.Create({.title = L"Owner"});
-                             SetWindowLongPtrW(window, GWLP_HWNDPARENT,
-                                               reinterpret_cast<LONG_PTR>(owner));
-                             ASSERT_EQ(GetWindow(window, GW_OWNER), owner);
-                         }},
-        Disqualification{
-            "Protected",
-            [](Actor& actor, HWND window) { actor.SetTitle(window, L"Alpha - Windows Security"); }},
-        Disqualification{"OwnWindow",
-                         [](Actor& /*actor*/, HWND window) { Engine().ownWindow = window; }}),
-    [](const testing::TestParamInfo<Disqualification>& item) { return item.param.name; });
 
 TEST_F(ReleaseTest, EntryRemovedFromTheFileLeavesItsWindowsTopmost) {
     const HWND window = Window(L"Alpha");
@@ -184,12 +165,10 @@ TEST_F(ReleaseTest, ForgottenWindowIsRememberedAgainOnceItQualifies) {
     EXPECT_FALSE(IsTopmost(window));
 }
 
-TEST_F(ReleaseTest, PruningKeepsWhatQualifiesAndDropsTheDead) {
+TEST_F(ReleaseTest, PruningKeepsMinimisedWindowsAndAsksNothing) {
     const HWND kept = Window(L"Alpha");
-    const HWND dead = Window(L"Alpha dead");
     const HWND minimised = Window(L"Alpha minimised");
     ApplySettings("alpha\n");
-    Other().Destroy(dead);
     Other().Minimise(minimised);
     Other().ForgetRecords(kept);
     PruneRemembered();

@@ -39,6 +39,23 @@ std::wstring Widened(const std::string& ascii) {
     return {ascii.begin(), ascii.end()};
 }
 
+struct EditorStart {
+    HWND owner;
+    std::wstring verb;
+    std::wstring file;
+    std::wstring parameters;
+    LPCWSTR folder;
+    int show;
+};
+
+std::vector<EditorStart> editorStarts;
+
+HINSTANCE WINAPI RecordStart(HWND owner, LPCWSTR verb, LPCWSTR file, LPCWSTR parameters,
+                             LPCWSTR folder, INT show) {
+    editorStarts.push_back({owner, verb == nullptr ? L"" : verb, file, parameters, folder, show});
+    return nullptr;
+}
+
 class SettingsEditorTest : public testing::Test {
 protected:
     void SetUp() override {
@@ -114,29 +131,20 @@ TEST_F(SettingsEditorTest, NotepadShowsTheFileAndItIsReadAgain) {
     EXPECT_EQ(Engine().pinList.entries[0].minWidth, 640);
 }
 
-TEST_F(SettingsEditorTest, DeletedFileIsRewrittenBeforeNotepadOpensIt) {
-    Engine().pinList.entries = {{.pattern = L"alpha"}};
-    OpenSettings();
-    EXPECT_EQ(ReadSettings(), WrittenSettings("alpha\n"));
-    EXPECT_NE(EditorShowing(WrittenSettings("alpha\n")), nullptr);
-    EXPECT_EQ(Engine().pinList.entries.size(), 1U);
-}
-
-struct EditorStart {
-    HWND owner;
-    std::wstring verb;
-    std::wstring file;
-    std::wstring parameters;
-    LPCWSTR folder;
-    int show;
-};
-
-std::vector<EditorStart> editorStarts;
-
-HINSTANCE WINAPI RecordStart(HWND owner, LPCWSTR verb, LPCWSTR file, LPCWSTR parameters,
-                             LPCWSTR folder, INT show) {
-    editorStarts.push_back({owner, verb == nullptr ? L"" : verb, file, parameters, folder, show});
-    return nullptr;
+TEST_F(SettingsEditorTest, DeletedFileIsRewrittenBeforeNotepadOpensItAtAPathWithBlanks) {
+    const std::wstring profile = TestPath(L"A user with blanks");
+    CreateDirectoryW(profile.c_str(), nullptr);
+    {
+        const ShellFolderOverride redirected(L"AppData", profile);
+        Engine().pinList.entries = {{.pattern = L"alpha"}};
+        OpenSettings();
+        EXPECT_EQ(ReadSettings(), WrittenSettings("alpha\n"));
+        EXPECT_NE(EditorShowing(WrittenSettings("alpha\n")), nullptr);
+        EXPECT_EQ(Engine().pinList.entries.size(), 1U);
+        EndEditors();
+        RemoveDataFolder();
+    }
+    EXPECT_NE(RemoveDirectoryW(profile.c_str()), FALSE);
 }
 
 TEST_F(SettingsEditorTest, EditorIsStartedVisibleWithoutOwnerOrFolder) {
@@ -155,45 +163,29 @@ TEST_F(SettingsEditorTest, EditorIsStartedVisibleWithoutOwnerOrFolder) {
     EXPECT_EQ(start.show, SW_SHOW);
 }
 
-TEST_F(SettingsEditorTest, BlanksInThePathSurvive) {
-    const std::wstring profile = RoamingFolder() + L"\\A user with blanks";
-    CreateDirectoryW(profile.c_str(), nullptr);
-    {
-        const ShellFolderOverride redirected(L"AppData", profile);
-        ASSERT_TRUE(WriteSettings("right file\n"));
-        OpenSettings();
-        const HWND editor = EditorShowing("right file\n");
-        EXPECT_NE(editor, nullptr);
-        EndEditors();
-        RemoveDataFolder();
-    }
-    EXPECT_NE(RemoveDirectoryW(profile.c_str()), FALSE);
-}
-
 TEST_F(SettingsEditorTest, DirectoryInPlaceOfTheFileCountsAsExisting) {
+    const ImportPatch<decltype(&ShellExecuteW)> patch("ShellExecuteW", RecordStart);
+    editorStarts.clear();
     ASSERT_NE(CreateDirectoryW(DataFolder().c_str(), nullptr), FALSE);
     ASSERT_NE(CreateDirectoryW(SettingsPath().c_str(), nullptr), FALSE);
     EXPECT_TRUE(EnsureSettingsFile());
     Engine().pinList.entries = {{.pattern = L"stale"}};
     OpenSettings();
     EXPECT_TRUE(Engine().pinList.entries.empty());
-    EXPECT_TRUE(WaitUntil([] { return NotepadWindows().size() == 1; })) << "still started";
+    EXPECT_EQ(editorStarts.size(), 1U) << "still started";
     EXPECT_NE(RemoveDirectoryW(SettingsPath().c_str()), FALSE) << "must still be empty";
 }
 
 TEST_F(SettingsEditorTest, WithoutASettingsPathNoEditorIsStarted) {
+    const ImportPatch<decltype(&ShellExecuteW)> patch("ShellExecuteW", RecordStart);
+    editorStarts.clear();
     Engine().pinList = {.pinning = false, .entries = {{.pattern = L"stale"}}};
-    {
-        const ShellFolderOverride redirected(L"AppData", L"Q:\\nowhere");
-        OpenSettings();
-        EXPECT_TRUE(Engine().pinList.pinning);
-        EXPECT_TRUE(Engine().pinList.entries.empty());
-        OpenInEditor(L"");
-    }
-    // An editor started by those calls would appear before this one or beside it.
-    ASSERT_TRUE(WriteSettings("only one\n"));
-    OpenInEditor(SettingsPath());
-    EXPECT_NE(EditorShowing("only one\n"), nullptr);
+    const ShellFolderOverride redirected(L"AppData", L"Q:\\nowhere");
+    OpenSettings();
+    OpenInEditor(L"");
+    EXPECT_TRUE(editorStarts.empty());
+    EXPECT_TRUE(Engine().pinList.pinning);
+    EXPECT_TRUE(Engine().pinList.entries.empty());
 }
 
 }  // namespace

@@ -51,29 +51,29 @@ private:
 TEST_F(ThemeTest, OnlyTheNumberZeroMeansDark) {
     EXPECT_TRUE(IsLightAppTheme()) << "absent";
     struct Case {
-        DWORD value;
+        const char* name;
+        DWORD type;
+        DWORD64 data;
+        DWORD size;
         bool light;
     };
-    for (const Case item : {Case{0, false}, Case{1, true}, Case{2, true}, Case{0xFFFFFFFF, true}}) {
-        AppThemeSetting::Set(item.value);
-        EXPECT_EQ(IsLightAppTheme(), item.light) << item.value;
+    const Case cases[] = {
+        {"0", REG_DWORD, 0, sizeof(DWORD), false},
+        {"1", REG_DWORD, 1, sizeof(DWORD), true},
+        {"2", REG_DWORD, 2, sizeof(DWORD), true},
+        {"largest", REG_DWORD, 0xFFFFFFFF, sizeof(DWORD), true},
+        {"text", REG_SZ, L'0', 2 * sizeof(wchar_t), true},
+        {"64 bits", REG_QWORD, 0, sizeof(DWORD64), true},
+        {"bytes", REG_BINARY, 0, sizeof(DWORD), true},
+        {"0 again", REG_DWORD, 0, sizeof(DWORD), false},
+    };
+    for (const Case& item : cases) {
+        AppThemeSetting::Write(item.type, &item.data, item.size);
+        EXPECT_EQ(IsLightAppTheme(), item.light) << item.name;
     }
 }
 
-TEST_F(ThemeTest, SettingOfAnotherTypeCountsAsLight) {
-    const wchar_t text[] = L"0";
-    AppThemeSetting::Write(REG_SZ, text, sizeof(text));
-    EXPECT_TRUE(IsLightAppTheme()) << "text";
-    const DWORD64 zero = 0;
-    AppThemeSetting::Write(REG_QWORD, &zero, sizeof(zero));
-    EXPECT_TRUE(IsLightAppTheme()) << "64 bits";
-    AppThemeSetting::Write(REG_BINARY, &zero, sizeof(DWORD));
-    EXPECT_TRUE(IsLightAppTheme()) << "bytes";
-    AppThemeSetting::Set(0);
-    EXPECT_FALSE(IsLightAppTheme());
-}
-
-TEST_F(ThemeTest, ColoursFollowTheTheme) {
+TEST_F(ThemeTest, ColoursFollowTheThemeAndReplaceTheFormerBrush) {
     struct Case {
         const char* name;
         std::optional<DWORD> value;
@@ -82,29 +82,23 @@ TEST_F(ThemeTest, ColoursFollowTheTheme) {
     };
     const Case cases[] = {
         {"absent", std::nullopt, GetSysColor(COLOR_BTNFACE), GetSysColor(COLOR_WINDOWTEXT)},
-        {"light", 1, GetSysColor(COLOR_BTNFACE), GetSysColor(COLOR_WINDOWTEXT)},
         {"dark", 0, DarkBackground, DarkText},
+        {"light", 1, GetSysColor(COLOR_BTNFACE), GetSysColor(COLOR_WINDOWTEXT)},
     };
+    DialogTheme theme;
     for (const Case& item : cases) {
+        const HBRUSH former = theme.brush.get();
         AppThemeSetting::Set(item.value);
-        DialogTheme theme;
         theme.textColour = RGB(1, 2, 3);
         ApplyTheme(Dialog(), theme);
         EXPECT_EQ(ColourOf(theme.brush), item.background) << item.name;
         EXPECT_EQ(theme.textColour, item.text) << item.name;
         EXPECT_FALSE(theme.font) << item.name;
+        EXPECT_TRUE(theme.brush.get() == former || GetObjectType(former) == 0) << item.name;
+        DialogTheme withoutAWindow;
+        ApplyTheme(nullptr, withoutAWindow);
+        EXPECT_EQ(ColourOf(withoutAWindow.brush), item.background) << item.name;
     }
-}
-
-TEST_F(ThemeTest, SecondCallReplacesTheBrush) {
-    DialogTheme theme;
-    AppThemeSetting::Set(0);
-    ApplyTheme(Dialog(), theme);
-    const HBRUSH first = theme.brush.get();
-    AppThemeSetting::Set(1);
-    ApplyTheme(Dialog(), theme);
-    EXPECT_EQ(ColourOf(theme.brush), GetSysColor(COLOR_BTNFACE));
-    EXPECT_TRUE(theme.brush.get() == first || GetObjectType(first) == 0) << "the first is deleted";
 }
 
 TEST_F(ThemeTest, WindowAndItsDescendantsGetTheExplorerLook) {
@@ -121,15 +115,6 @@ TEST_F(ThemeTest, WindowAndItsDescendantsGetTheExplorerLook) {
         EXPECT_TRUE(HasThemeName(window, L"Explorer"));
     }
     EXPECT_FALSE(HasThemeName(stranger.get(), L"Explorer"));
-}
-
-TEST_F(ThemeTest, ApplyingTheThemeToNoWindowIsHarmless) {
-    for (const DWORD light : {0U, 1U}) {
-        AppThemeSetting::Set(light);
-        DialogTheme theme;
-        ApplyTheme(nullptr, theme);
-        EXPECT_TRUE(theme.brush);
-    }
 }
 
 TEST_F(ThemeTest, InterfaceFontIsSegoeScaledToTheScreen) {
@@ -158,20 +143,16 @@ TEST_F(ThemeTest, InterfaceFontIsSegoeScaledToTheScreen) {
 }
 
 TEST_F(ThemeTest, ControlsAreDrawnTransparentlyInTheTextColour) {
-    const Canvas canvas(10, 10);
-    const HDC dc = canvas.Context();
-    DialogTheme theme;
-    theme.textColour = RGB(12, 34, 56);
-    SetBkMode(dc, OPAQUE);
-    EXPECT_EQ(ThemedCtlColor(dc, theme), GetSysColorBrush(COLOR_BTNFACE)) << "without a brush";
-    EXPECT_EQ(GetBkMode(dc), TRANSPARENT);
-    EXPECT_EQ(GetTextColor(dc), RGB(12, 34, 56));
-    theme.brush.reset(CreateSolidBrush(RGB(9, 9, 9)));
-    theme.textColour = RGB(65, 43, 21);
-    SetBkMode(dc, OPAQUE);
-    EXPECT_EQ(ThemedCtlColor(dc, theme), theme.brush.get());
-    EXPECT_EQ(GetBkMode(dc), TRANSPARENT);
-    EXPECT_EQ(GetTextColor(dc), RGB(65, 43, 21));
+    for (const bool hasBrush : {false, true}) {
+        const Canvas canvas(10, 10);
+        DialogTheme theme;
+        theme.textColour = RGB(12, 34, 56);
+        theme.brush.reset(hasBrush ? CreateSolidBrush(RGB(9, 9, 9)) : nullptr);
+        EXPECT_EQ(ThemedCtlColor(canvas.Context(), theme),
+                  hasBrush ? theme.brush.get() : GetSysColorBrush(COLOR_BTNFACE));
+        EXPECT_EQ(GetBkMode(canvas.Context()), TRANSPARENT) << hasBrush;
+        EXPECT_EQ(GetTextColor(canvas.Context()), RGB(12, 34, 56)) << hasBrush;
+    }
 }
 
 TEST_F(ThemeTest, BackgroundFillsTheClientAreaAndNothingElse) {
@@ -197,13 +178,12 @@ TEST_F(ThemeTest, ReleaseDeletesTheFontAndTheBrush) {
     const HBRUSH brush = theme.brush.get();
     ASSERT_EQ(GetObjectType(font), DWORD{OBJ_FONT});
     ASSERT_EQ(GetObjectType(brush), DWORD{OBJ_BRUSH});
-    ReleaseTheme(theme);
-    EXPECT_FALSE(theme.font);
-    EXPECT_FALSE(theme.brush);
-    EXPECT_EQ(GetObjectType(font), 0U);
-    EXPECT_EQ(GetObjectType(brush), 0U);
-    ReleaseTheme(theme);
-    EXPECT_FALSE(theme.font || theme.brush) << "an empty theme stays empty";
+    for (const char* const when : {"used", "empty"}) {
+        ReleaseTheme(theme);
+        EXPECT_FALSE(theme.font || theme.brush) << when;
+        EXPECT_EQ(GetObjectType(font), 0U) << when;
+        EXPECT_EQ(GetObjectType(brush), 0U) << when;
+    }
 }
 
 }  // namespace

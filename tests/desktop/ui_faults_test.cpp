@@ -13,15 +13,14 @@
 #include "desktop/about_fixture.h"
 #include "desktop/canvas.h"
 #include "desktop/menu_fixture.h"
-#include "desktop/menu_reader.h"
 #include "settings/settings_text.h"
 #include "settings/text.h"
 #include "support/import_patch.h"
+#include "support/import_watch.h"
 #include "support/window_owner.h"
 #include "support/window_state.h"
 #include "ui/dialog_frame.h"
 #include "ui/menu_build.h"
-#include "ui/menu_rows.h"
 #include "ui/product_version.h"
 #include "ui/theme.h"
 
@@ -48,39 +47,19 @@ TEST(TextFaultsTest, CharacterOfUnknownTypeIsNotWhiteSpace) {
 
 using MenuFaultsTest = MenuTest;
 
-int submenusDestroyed = 0;
-decltype(&DestroyMenu) originalDestroyMenu = nullptr;
-
-BOOL WINAPI CountDestroyed(HMENU menu) {
-    ++submenusDestroyed;
-    return originalDestroyMenu(menu);
-}
-
 TEST_F(MenuFaultsTest, SubmenuThatCannotBeAppendedIsDestroyed) {
     static_cast<void>(Window(L"Alpha"));
-    submenusDestroyed = 0;
-    const ImportPatch<decltype(&DestroyMenu)> count("DestroyMenu", CountDestroyed);
-    originalDestroyMenu = count.Original();
+    int destroyed = 0;
+    const ImportWatch<decltype(&DestroyMenu)> watch("DestroyMenu",
+                                                    [&destroyed](HMENU /*menu*/) { ++destroyed; });
     {
         const auto patch = Refuse<decltype(&AppendMenuW), FALSE>("AppendMenuW");
         const Menu menu = BuildTrayMenu();
         ASSERT_TRUE(menu);
         EXPECT_EQ(GetMenuItemCount(menu.get()), 0);
-        EXPECT_EQ(submenusDestroyed, 2);
+        EXPECT_EQ(destroyed, 2);
     }
-    EXPECT_EQ(submenusDestroyed, 3);
-}
-
-TEST_F(MenuFaultsTest, RowIsNotMeasuredWithoutADeviceContext) {
-    const Menu menu(CreatePopupMenu());
-    AppendPinItem(menu.get(), 1, L"row", PinState::NotPinned);
-    MEASUREITEMSTRUCT measure{};
-    measure.CtlType = ODT_MENU;
-    measure.itemData = 1;
-    EXPECT_TRUE(MeasurePinItem(Control().Get(), measure));
-    const auto patch = Refuse<decltype(&GetDC), nullptr>("GetDC");
-    EXPECT_FALSE(MeasurePinItem(Control().Get(), measure));
-    ClearMenuRows();
+    EXPECT_EQ(destroyed, 3);
 }
 
 using AboutFaultsTest = AboutDialogTest;
@@ -113,12 +92,15 @@ TEST_F(AboutFaultsTest, DialogOpensWithoutTheOptionalLibraryFunctions) {
     }
 }
 
-// Never chosen, light, dark.
-constexpr std::optional<DWORD> ThemeSettings[] = {std::nullopt, 1, 0};
-
-// A window and the setting it gets, in words.
+// A window and what is asked for it, in words.
 using ThemeRequest = std::pair<HWND, std::wstring>;
 std::vector<ThemeRequest> themeRequests;
+
+HRESULT WINAPI RecordAttribute(HWND window, DWORD attribute, LPCVOID value, DWORD size) {
+    const BOOL isOn = size == sizeof(BOOL) ? *static_cast<const BOOL*>(value) : -1;
+    themeRequests.emplace_back(window, std::to_wstring(attribute) + L": " + std::to_wstring(isOn));
+    return S_OK;
+}
 
 bool WINAPI AllowDarkMode(HWND window, bool allow) {
     themeRequests.emplace_back(window, allow ? L"dark" : L"not dark");
@@ -131,6 +113,9 @@ HRESULT WINAPI RecordThemeName(HWND window, LPCWSTR name, LPCWSTR list) {
 }
 
 FARPROC WINAPI FindThemeFunction(HMODULE /*library*/, LPCSTR name) {
+    if (std::string_view(name) == "DwmSetWindowAttribute") {
+        return std::bit_cast<FARPROC>(&RecordAttribute);
+    }
     if (std::string_view(name) == "AllowDarkModeForWindow") {
         return std::bit_cast<FARPROC>(&AllowDarkMode);
     }
@@ -138,58 +123,22 @@ FARPROC WINAPI FindThemeFunction(HMODULE /*library*/, LPCSTR name) {
                                                       : nullptr;
 }
 
-TEST_F(AboutFaultsTest, EveryThemeGetsTheExplorerLookAndOnlyTheDarkOneDarkMode) {
+TEST_F(AboutFaultsTest, EveryThemeGetsTheExplorerLookAndATitleBarAndOnlyTheDarkOneDarkMode) {
     const ImportPatch<decltype(&GetProcAddress)> patch("GetProcAddress", FindThemeFunction);
-    for (const std::optional<DWORD> light : ThemeSettings) {
+    for (const std::optional<DWORD> light : {std::optional<DWORD>(), {1}, {0}}) {
         AppThemeSetting::Set(light);
         themeRequests.clear();
-        OpenAndLook([light](HWND dialog) {
-            std::vector<ThemeRequest> expected = {{dialog, L"Explorer"},
-                                                  {BodyOf(dialog), L"Explorer"},
-                                                  {ButtonOf(dialog), L"Explorer"}};
-            if (light == DWORD{0}) {
-                expected.insert(expected.begin(), {dialog, L"dark"});
+        std::vector<ThemeRequest> expected;
+        OpenAndLook([&expected, dark = light == DWORD{0}](HWND dialog) {
+            expected = {{dialog, dark ? L"20: 1" : L"20: 0"}};
+            if (dark) {
+                expected.emplace_back(dialog, L"dark");
             }
-            EXPECT_EQ(themeRequests, expected) << testing::PrintToString(light);
+            for (const HWND window : {dialog, BodyOf(dialog), ButtonOf(dialog)}) {
+                expected.emplace_back(window, L"Explorer");
+            }
         });
-    }
-}
-
-struct AttributeRequest {
-    HWND window;
-    DWORD attribute;
-    BOOL value;
-    DWORD size;
-};
-
-std::vector<AttributeRequest> attributeRequests;
-
-HRESULT WINAPI RecordAttribute(HWND window, DWORD attribute, LPCVOID value, DWORD size) {
-    const BOOL isOn = size == sizeof(BOOL) ? *static_cast<const BOOL*>(value) : -1;
-    attributeRequests.push_back({window, attribute, isOn, size});
-    return S_OK;
-}
-
-FARPROC WINAPI FindAttributeSetter(HMODULE /*library*/, LPCSTR name) {
-    return std::string_view(name) == "DwmSetWindowAttribute"
-               ? std::bit_cast<FARPROC>(&RecordAttribute)
-               : nullptr;
-}
-
-TEST_F(AboutFaultsTest, TitleBarIsToldOfTheThemeOncePerOpening) {
-    const ImportPatch<decltype(&GetProcAddress)> patch("GetProcAddress", FindAttributeSetter);
-    for (const std::optional<DWORD> light : ThemeSettings) {
-        SCOPED_TRACE(testing::PrintToString(light));
-        AppThemeSetting::Set(light);
-        attributeRequests.clear();
-        OpenAndLook([light](HWND dialog) {
-            ASSERT_EQ(attributeRequests.size(), 1U);
-            EXPECT_EQ(attributeRequests[0].window, dialog);
-            EXPECT_EQ(attributeRequests[0].attribute, 20U);
-            EXPECT_EQ(attributeRequests[0].value, light == DWORD{0} ? TRUE : FALSE);
-            EXPECT_EQ(attributeRequests[0].size, 4U);
-        });
-        EXPECT_EQ(attributeRequests.size(), 1U);
+        EXPECT_EQ(themeRequests, expected) << testing::PrintToString(light);
     }
 }
 
@@ -269,10 +218,8 @@ FARPROC WINAPI FindVersionFunction(HMODULE /*library*/, LPCSTR name) {
     if (std::string_view(name) == "GetFileVersionInfoSizeW") {
         return std::bit_cast<FARPROC>(&SizeOfVersion);
     }
-    if (std::string_view(name) == "GetFileVersionInfoW") {
-        return std::bit_cast<FARPROC>(&ReadVersion);
-    }
-    return std::bit_cast<FARPROC>(&QueryVersion);
+    return std::string_view(name) == "GetFileVersionInfoW" ? std::bit_cast<FARPROC>(&ReadVersion)
+                                                           : std::bit_cast<FARPROC>(&QueryVersion);
 }
 
 DWORD WINAPI CutPath(HMODULE /*module*/, LPWSTR /*path*/, DWORD size) {

@@ -50,13 +50,9 @@ std::size_t PageFileBytes() {
 
 }  // namespace
 
-std::size_t DrawingRoom() {
-    return Room<Pen>([] { return CreatePen(PS_SOLID, 1, 0); });
-}
-
 Usage MeasureUsage() {
     Usage usage;
-    usage.drawingRoom = DrawingRoom();
+    usage.drawingRoom = Room<Pen>([] { return CreatePen(PS_SOLID, 1, 0); });
     usage.menuRoom = Room<Menu>([] { return CreatePopupMenu(); });
     usage.pageFileBytes = PageFileBytes();
     usage.heapBlocks = CountHeapBlocks();

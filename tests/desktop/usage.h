@@ -13,9 +13,6 @@ struct Usage {
     std::size_t menuRoom = 0;     // menus that could still be created, in the whole session
 };
 
-// Drawing objects that this process could still create. Fast, unlike MeasureUsage.
-[[nodiscard]] std::size_t DrawingRoom();
-
 // Measures the room by briefly filling it up: takes a second or two, during which no other process
 // can create a menu.
 [[nodiscard]] Usage MeasureUsage();

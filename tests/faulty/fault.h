@@ -18,7 +18,6 @@
 //   SetTimer@0          no call fails; the calls are only recorded
 //   WriteFile=20        the disk has room for 20 more bytes
 //   GetSystemDirectoryW=16  writes 16 characters past the caller's buffer
-//   GetUserDefaultUILanguage=1041  the display language is the one with this identifier
 //   LoadLibraryExW=1    searches the program's folder first
 //   ShellExecuteW=1     makes the library throw: for a string from a null pointer (1), for a
 //                       position past the end (2), for an impossible length (3)
@@ -34,13 +33,18 @@ inline constexpr UINT PlanFailed = 99;
 
 // One function that can be made to fail.
 struct Fault {
-    const char* name;
-    void* replacement;
+    const char* name = nullptr;
+    void* replacement = nullptr;
     void* original = nullptr;
     unsigned calls = 0;
     unsigned firstFailing = 0;  // counted from 1
     unsigned lastFailing = 0;
     unsigned amount = 0;  // the number after "="
+
+    template <typename Function>
+    [[nodiscard]] Function Original() const {
+        return reinterpret_cast<Function>(original);
+    }
 };
 
 // Counts and records a call; true if it must fail.
@@ -68,18 +72,12 @@ struct Failing;
 
 template <Name FunctionName, typename Result, typename... Arguments, auto Failure, DWORD Error>
 struct Failing<FunctionName, Result(WINAPI*)(Arguments...), Failure, Error> {
-    static inline Fault fault{.name = FunctionName.text.data(), .replacement = nullptr};
+    static inline Fault fault{FunctionName.text.data()};
 
     static Result WINAPI Call(Arguments... arguments) {
-        if (!MustFail(fault)) {
-            return reinterpret_cast<Result(WINAPI*)(Arguments...)>(fault.original)(arguments...);
-        }
-        return test::Refusal<Result(WINAPI*)(Arguments...), Failure, Error>::Call(arguments...);
-    }
-
-    static Fault* Entry() {
-        fault.replacement = reinterpret_cast<void*>(&Call);
-        return &fault;
+        using Function = Result(WINAPI*)(Arguments...);
+        return MustFail(fault) ? test::Refusal<Function, Failure, Error>::Call(arguments...)
+                               : fault.Original<Function>()(arguments...);
     }
 };
 

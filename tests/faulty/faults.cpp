@@ -1,5 +1,6 @@
 // The functions that can be made to fail, each as Windows documents its failure.
 
+#include <array>
 #include <cstddef>
 #include <string>
 
@@ -11,7 +12,7 @@ namespace {
 
 // A disk that takes this many more bytes.
 struct FullDisk {
-    static inline Fault fault{.name = "WriteFile", .replacement = nullptr};
+    static inline Fault fault{"WriteFile"};
     static inline DWORD taken = 0;
 
     static BOOL WINAPI Call(HANDLE file, LPCVOID bytes, DWORD size, LPDWORD written,
@@ -20,7 +21,7 @@ struct FullDisk {
         const bool full = MustFail(fault) && room < size;
         const DWORD part = full ? room : size;
         if (part > 0) {
-            const auto original = reinterpret_cast<decltype(&WriteFile)>(fault.original);
+            const auto original = fault.Original<decltype(&WriteFile)>();
             if (original(file, bytes, part, written, overlapped) == FALSE) {
                 return FALSE;
             }
@@ -32,16 +33,11 @@ struct FullDisk {
         SetLastError(ERROR_DISK_FULL);
         return FALSE;
     }
-
-    static Fault* Entry() {
-        fault.replacement = reinterpret_cast<void*>(&Call);
-        return &fault;
-    }
 };
 
 // Files that can be read but not written: without write permission, or in a read-only folder.
 struct WriteProtection {
-    static inline Fault fault{.name = "CreateFileW", .replacement = nullptr};
+    static inline Fault fault{"CreateFileW"};
 
     static HANDLE WINAPI Call(LPCWSTR path, DWORD access, DWORD share,
                               LPSECURITY_ATTRIBUTES security, DWORD disposition, DWORD flags,
@@ -50,23 +46,18 @@ struct WriteProtection {
             SetLastError(ERROR_ACCESS_DENIED);
             return INVALID_HANDLE_VALUE;
         }
-        return reinterpret_cast<decltype(&CreateFileW)>(fault.original)(
-            path, access, share, security, disposition, flags, pattern);
-    }
-
-    static Fault* Entry() {
-        fault.replacement = reinterpret_cast<void*>(&Call);
-        return &fault;
+        return fault.Original<decltype(&CreateFileW)>()(path, access, share, security, disposition,
+                                                        flags, pattern);
     }
 };
 
 // Fails; with an amount, writes that many characters past its caller's buffer.
 struct SystemDirectory {
-    static inline Fault fault{.name = "GetSystemDirectoryW", .replacement = nullptr};
+    static inline Fault fault{"GetSystemDirectoryW"};
 
     static UINT WINAPI Call(LPWSTR path, UINT size) {
         if (!MustFail(fault)) {
-            return reinterpret_cast<decltype(&GetSystemDirectoryW)>(fault.original)(path, size);
+            return fault.Original<decltype(&GetSystemDirectoryW)>()(path, size);
         }
         if (fault.amount == 0) {
             SetLastError(ERROR_NOT_ENOUGH_MEMORY);
@@ -79,31 +70,11 @@ struct SystemDirectory {
         }
         return 1;
     }
-
-    static Fault* Entry() {
-        fault.replacement = reinterpret_cast<void*>(&Call);
-        return &fault;
-    }
-};
-
-struct DisplayLanguage {
-    static inline Fault fault{.name = "GetUserDefaultUILanguage", .replacement = nullptr};
-
-    static LANGID WINAPI Call() {
-        return MustFail(fault)
-                   ? static_cast<LANGID>(fault.amount)
-                   : reinterpret_cast<decltype(&GetUserDefaultUILanguage)>(fault.original)();
-    }
-
-    static Fault* Entry() {
-        fault.replacement = reinterpret_cast<void*>(&Call);
-        return &fault;
-    }
 };
 
 // Fails; with an amount, searches like a careless program: its own folder first.
 struct LibraryLoading {
-    static inline Fault fault{.name = "LoadLibraryExW", .replacement = nullptr};
+    static inline Fault fault{"LoadLibraryExW"};
 
     static HMODULE WINAPI Call(LPCWSTR name, HANDLE file, DWORD flags) {
         const bool fails = MustFail(fault);
@@ -111,20 +82,14 @@ struct LibraryLoading {
             SetLastError(ERROR_MOD_NOT_FOUND);
             return nullptr;
         }
-        return reinterpret_cast<decltype(&LoadLibraryExW)>(fault.original)(name, file,
-                                                                           fails ? 0 : flags);
-    }
-
-    static Fault* Entry() {
-        fault.replacement = reinterpret_cast<void*>(&Call);
-        return &fault;
+        return fault.Original<decltype(&LoadLibraryExW)>()(name, file, fails ? 0 : flags);
     }
 };
 
 // Fails; with an amount, makes the runtime library throw, through the functions that a broken
 // precondition in the program would call.
 struct EditorStart {
-    static inline Fault fault{.name = "ShellExecuteW", .replacement = nullptr};
+    static inline Fault fault{"ShellExecuteW"};
 
     static HINSTANCE WINAPI Call(HWND owner, LPCWSTR operation, LPCWSTR file, LPCWSTR parameters,
                                  LPCWSTR folder, INT show) {
@@ -133,8 +98,8 @@ struct EditorStart {
             Note(text);
         }
         if (!fails) {
-            return reinterpret_cast<decltype(&ShellExecuteW)>(fault.original)(
-                owner, operation, file, parameters, folder, show);
+            return fault.Original<decltype(&ShellExecuteW)>()(owner, operation, file, parameters,
+                                                              folder, show);
         }
         std::wstring text(file);
         if (fault.amount == 1) {
@@ -147,65 +112,53 @@ struct EditorStart {
         SetLastError(ERROR_FILE_NOT_FOUND);
         return reinterpret_cast<HINSTANCE>(static_cast<INT_PTR>(SE_ERR_FNF));
     }
-
-    static Fault* Entry() {
-        fault.replacement = reinterpret_cast<void*>(&Call);
-        return &fault;
-    }
 };
 
 using AllocateFunction = void*(WINAPI*)(std::size_t);  // malloc, without its attributes
 
+template <typename... Faults>
+std::array<Fault*, sizeof...(Faults)> ListOf() {
+    ((Faults::fault.replacement = reinterpret_cast<void*>(&Faults::Call)), ...);
+    return {&Faults::fault...};
+}
+
 constexpr INT_PTR NoHandle = -1;  // INVALID_HANDLE_VALUE as a number
 
 // Only functions that the program imports; any other name makes the plan invalid.
-Fault* const AllFaults[] = {
-    FullDisk::Entry(),
-    WriteProtection::Entry(),
-    SystemDirectory::Entry(),
-    DisplayLanguage::Entry(),
-    LibraryLoading::Entry(),
-    EditorStart::Entry(),
+const auto AllFaults = ListOf<
+    FullDisk, WriteProtection, SystemDirectory, LibraryLoading, EditorStart,
     // kernel32
-    Failing<"CloseHandle", decltype(&CloseHandle), FALSE, ERROR_INVALID_HANDLE>::Entry(),
-    Failing<"CreateDirectoryW", decltype(&CreateDirectoryW), FALSE, ERROR_ACCESS_DENIED>::Entry(),
-    Failing<"CreateMutexW", decltype(&CreateMutexW), nullptr, ERROR_ACCESS_DENIED>::Entry(),
-    Failing<"DeleteFileW", decltype(&DeleteFileW), FALSE, ERROR_ACCESS_DENIED>::Entry(),
-    Failing<"FindFirstFileW", decltype(&FindFirstFileW), NoHandle, ERROR_ACCESS_DENIED>::Entry(),
-    Failing<"GetModuleFileNameW", decltype(&GetModuleFileNameW), 0U,
-            ERROR_INSUFFICIENT_BUFFER>::Entry(),
-    Failing<"ReadFile", decltype(&ReadFile), FALSE, ERROR_CRC>::Entry(),
-    Failing<"RemoveDirectoryW", decltype(&RemoveDirectoryW), FALSE,
-            ERROR_SHARING_VIOLATION>::Entry(),
+    Failing<"CloseHandle", decltype(&CloseHandle), FALSE, ERROR_INVALID_HANDLE>,
+    Failing<"CreateDirectoryW", decltype(&CreateDirectoryW), FALSE, ERROR_ACCESS_DENIED>,
+    Failing<"CreateMutexW", decltype(&CreateMutexW), nullptr, ERROR_ACCESS_DENIED>,
+    Failing<"DeleteFileW", decltype(&DeleteFileW), FALSE, ERROR_ACCESS_DENIED>,
+    Failing<"FindFirstFileW", decltype(&FindFirstFileW), NoHandle, ERROR_ACCESS_DENIED>,
+    Failing<"GetModuleFileNameW", decltype(&GetModuleFileNameW), 0U, ERROR_INSUFFICIENT_BUFFER>,
+    Failing<"ReadFile", decltype(&ReadFile), FALSE, ERROR_CRC>,
+    Failing<"RemoveDirectoryW", decltype(&RemoveDirectoryW), FALSE, ERROR_SHARING_VIOLATION>,
     Failing<"SetDefaultDllDirectories", decltype(&SetDefaultDllDirectories), FALSE,
-            ERROR_INVALID_PARAMETER>::Entry(),
-    Failing<"SetEndOfFile", decltype(&SetEndOfFile), FALSE, ERROR_WRITE_PROTECT>::Entry(),
+            ERROR_INVALID_PARAMETER>,
+    Failing<"SetEndOfFile", decltype(&SetEndOfFile), FALSE, ERROR_WRITE_PROTECT>,
     // msvcrt
-    Failing<"malloc", AllocateFunction, nullptr, ERROR_NOT_ENOUGH_MEMORY>::Entry(),
+    Failing<"malloc", AllocateFunction, nullptr, ERROR_NOT_ENOUGH_MEMORY>,
     // user32
-    Failing<"CreatePopupMenu", decltype(&CreatePopupMenu), nullptr,
-            ERROR_NOT_ENOUGH_MEMORY>::Entry(),
-    Failing<"CreateWindowExW", decltype(&CreateWindowExW), nullptr,
-            ERROR_NOT_ENOUGH_MEMORY>::Entry(),
-    Failing<"EnumWindows", decltype(&EnumWindows), FALSE, ERROR_ACCESS_DENIED>::Entry(),
-    Failing<"GetCursorPos", decltype(&GetCursorPos), FALSE, ERROR_ACCESS_DENIED>::Entry(),
-    Failing<"GetForegroundWindow", decltype(&GetForegroundWindow), nullptr, ERROR_SUCCESS>::Entry(),
-    Failing<"GetMessageW", decltype(&GetMessageW), -1, ERROR_INVALID_WINDOW_HANDLE>::Entry(),
-    Failing<"LoadIconW", decltype(&LoadIconW), nullptr, ERROR_RESOURCE_NAME_NOT_FOUND>::Entry(),
-    Failing<"RegisterClassW", decltype(&RegisterClassW), ATOM{0}, ERROR_NOT_ENOUGH_MEMORY>::Entry(),
-    Failing<"SetTimer", decltype(&SetTimer), 0U, ERROR_NOT_ENOUGH_MEMORY>::Entry(),
-    Failing<"SetWindowPos", decltype(&SetWindowPos), FALSE, ERROR_ACCESS_DENIED>::Entry(),
+    Failing<"CreatePopupMenu", decltype(&CreatePopupMenu), nullptr, ERROR_NOT_ENOUGH_MEMORY>,
+    Failing<"CreateWindowExW", decltype(&CreateWindowExW), nullptr, ERROR_NOT_ENOUGH_MEMORY>,
+    Failing<"EnumWindows", decltype(&EnumWindows), FALSE, ERROR_ACCESS_DENIED>,
+    Failing<"GetCursorPos", decltype(&GetCursorPos), FALSE, ERROR_ACCESS_DENIED>,
+    Failing<"GetForegroundWindow", decltype(&GetForegroundWindow), nullptr, ERROR_SUCCESS>,
+    Failing<"GetMessageW", decltype(&GetMessageW), -1, ERROR_INVALID_WINDOW_HANDLE>,
+    Failing<"RegisterClassW", decltype(&RegisterClassW), ATOM{0}, ERROR_NOT_ENOUGH_MEMORY>,
+    Failing<"SetTimer", decltype(&SetTimer), 0U, ERROR_NOT_ENOUGH_MEMORY>,
+    Failing<"SetWindowPos", decltype(&SetWindowPos), FALSE, ERROR_ACCESS_DENIED>,
     // shell32
-    Failing<"SHGetFolderPathW", decltype(&SHGetFolderPathW), E_FAIL, ERROR_SUCCESS>::Entry(),
-    Failing<"SHGetKnownFolderPath", decltype(&SHGetKnownFolderPath), E_FAIL,
-            ERROR_SUCCESS>::Entry(),
-    Failing<"Shell_NotifyIconW", decltype(&Shell_NotifyIconW), FALSE, ERROR_TIMEOUT>::Entry(),
+    Failing<"SHGetFolderPathW", decltype(&SHGetFolderPathW), E_FAIL, ERROR_SUCCESS>,
+    Failing<"SHGetKnownFolderPath", decltype(&SHGetKnownFolderPath), E_FAIL, ERROR_SUCCESS>,
+    Failing<"Shell_NotifyIconW", decltype(&Shell_NotifyIconW), FALSE, ERROR_TIMEOUT>,
     // ole32
-    Failing<"CoCreateInstance", decltype(&CoCreateInstance), REGDB_E_CLASSNOTREG,
-            ERROR_SUCCESS>::Entry(),
-    Failing<"CoInitializeEx", decltype(&CoInitializeEx), E_OUTOFMEMORY, ERROR_SUCCESS>::Entry(),
-    Failing<"CoUninitialize", decltype(&CoUninitialize), 0, ERROR_SUCCESS>::Entry(),
-};
+    Failing<"CoCreateInstance", decltype(&CoCreateInstance), REGDB_E_CLASSNOTREG, ERROR_SUCCESS>,
+    Failing<"CoInitializeEx", decltype(&CoInitializeEx), E_OUTOFMEMORY, ERROR_SUCCESS>,
+    Failing<"CoUninitialize", decltype(&CoUninitialize), 0, ERROR_SUCCESS>>();
 
 // Initialised before wWinMain, and after the faults themselves.
 const bool IsPlanCarriedOut = CarryOutPlan(AllFaults);

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <new>
@@ -34,6 +35,7 @@ void Free(void* memory) {
     std::memcpy(&size, block, sizeof(size));
     if (std::memcmp(block + sizeof(size), &Mark, sizeof(Mark)) != 0 ||
         std::memcmp(block + HeaderSize + size, &Mark, sizeof(Mark)) != 0) {
+        std::printf("a block is damaged\n");
         std::abort();
     }
     std::memset(block, FreedByte, HeaderSize + size);

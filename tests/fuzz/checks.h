@@ -22,7 +22,7 @@ struct Workplace {
     std::uint64_t entries = 0;
 };
 
-// Parse, format, parse, format, parse.
+// Parse; then format and parse until nothing changes any more.
 [[nodiscard]] std::string CheckDocument(Workplace& workplace, std::string_view document,
                                         Guard guard);
 

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "pin/pin_list.h"
-#include "unit/generated.h"
+#include "support/generated.h"
 
 namespace morvane::test {
 

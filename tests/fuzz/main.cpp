@@ -17,9 +17,10 @@
 #include "fuzz/failure.h"
 #include "fuzz/kept_documents.h"
 #include "fuzz/number.h"
+#include "fuzz/plants.h"
 #include "settings/settings_text.h"
+#include "support/printed.h"
 #include "support/test_files.h"
-#include "unit/printed.h"
 
 namespace morvane::test {
 namespace {
@@ -39,6 +40,7 @@ struct Options {
     std::wstring keptFolder;
     std::wstring saveFolder = L".";
     std::wstring reportPath;
+    std::wstring plant;
 };
 
 // False for an unknown option, for text that is not a number, and for zero.
@@ -72,6 +74,8 @@ std::optional<Options> ReadOptions(int count, wchar_t** arguments) {
             options.saveFolder = value;
         } else if (name == L"--report") {
             options.reportPath = value;
+        } else if (name == L"--plant") {
+            options.plant = value;
         } else if (!TakeNumber(options, name, value)) {
             return std::nullopt;
         }
@@ -200,6 +204,13 @@ int Run(const Options& options) {
                 options.seed);
     static_cast<void>(std::fflush(stdout));
     WatchForCrashes(options.saveFolder);
+    if (!options.plant.empty()) {
+        NoteInput(options.seed, "a planted fault");
+        if (!PlantFault(options.plant)) {
+            std::printf("there is no fault of this name\n");
+            return 2;
+        }
+    }
     if (!KeptDocumentsPass(workplace, kept)) {
         return 1;
     }
@@ -241,7 +252,7 @@ int wmain(int count, wchar_t** arguments) {
     if (!options) {
         std::printf(
             "usage: morvane_fuzz [--documents N | --seconds N] [--seed N] [--kept FOLDER]\n"
-            "                    [--save FOLDER] [--report FILE]\n");
+            "                    [--save FOLDER] [--report FILE] [--plant FAULT]\n");
         return 2;
     }
     return morvane::test::Run(*options);

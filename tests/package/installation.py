@@ -16,6 +16,8 @@ ROOT = pathlib.Path(__file__).resolve().parents[2]
 sys.path.insert(0, str(ROOT / "packaging"))
 
 PATIENCE = 30  # seconds to wait before giving up
+MAX_REPEATS_PER_START = 2
+MAX_REPEATS_PER_RUN = 3
 UNINSTALL_KEY = r"HKCU\Software\Microsoft\Windows\CurrentVersion\Uninstall\Morvane"
 
 PROFILE = pathlib.Path(os.environ.get("WINEPREFIX", "/nonexistent"))
@@ -34,6 +36,8 @@ EXIT_STILL_RUNNING = 3
 EXIT_NOT_WRITTEN = 4
 EXIT_STARTUP_FAILED = 5
 EXIT_DATA_KEPT = 6
+
+repeated_starts = []
 
 
 def digest(path):
@@ -66,18 +70,27 @@ def wine(*arguments):
     return status
 
 
+def state():
+    """What installers and uninstallers change."""
+    return files_below(INSTALLED), registered(), running()
+
+
 def run_silently(program, *arguments):
     """Runs an installer or uninstaller and returns the exit code.
 
     One start in hundreds has been seen to exit with 1 and no message. A silent one never exits
-    with 1, as nobody can cancel it, but Wine 8.0 does when it cannot start a program. So this tries
-    again and prints the state it found."""
-    for attempt in range(1, 4):
+    with 1, as nobody can cancel it, but Wine 8.0 does when it cannot start a program. If nothing
+    has changed, this tries again, and shows it as a figure of the run."""
+    before = state()
+    for repeat in range(MAX_REPEATS_PER_START + 1):
         status = wine(program, "/S", *arguments)
-        if status != EXIT_CANCELLED:
+        if status != EXIT_CANCELLED or repeat == MAX_REPEATS_PER_START or state() != before:
             break
-        print(f"{program} exited with {status} at attempt {attempt}; files: "
-              f"{files_below(INSTALLED)}, registry: {registered()}", file=sys.stderr)
+        repeated_starts.append(program)
+        print(f"measured: start of {program.name} repeated, as it exited with {status}: "
+              f"repeat {len(repeated_starts)} of this run", flush=True)
+        if len(repeated_starts) > MAX_REPEATS_PER_RUN:
+            raise AssertionError(f"too many starts had to be repeated: {repeated_starts}")
     return status
 
 
@@ -109,7 +122,7 @@ def registered():
                             stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, check=False)
     if result.returncode != 0:
         return {}
-    rows = [line.split(None, 2) for line in result.stdout.decode().splitlines()
+    rows = [line.split(None, 2) for line in result.stdout.decode(errors="replace").splitlines()
             if line.startswith("    ")]
     return {row[0]: row[2] if len(row) > 2 else "" for row in rows}
 

@@ -1,6 +1,7 @@
 // The About dialog as the user opens, reads and closes it.
 
 #include "program/menu_scene.h"
+#include "support/languages.h"
 #include "support/tray.h"
 
 namespace morvane::test {
@@ -27,178 +28,65 @@ struct Closing {
 
 constexpr Closing Closings[] = {
     {"button", PressCloseButton},
+    {"close box", PressCloseBox},
     {"Enter", [](HWND /*dialog*/) { TapKey(VK_RETURN); }},
     {"Escape", [](HWND /*dialog*/) { TapKey(VK_ESCAPE); }},
     {"space bar", [](HWND /*dialog*/) { TapKey(VK_SPACE); }},
-    {"close box", PressCloseBox},
-    {"close message", [](HWND dialog) { PostMessageW(dialog, WM_CLOSE, 0, 0); }},
 };
 
-bool IsInFront(HWND dialog) {
-    return WaitUntil([dialog] { return GetForegroundWindow() == dialog; });
-}
-
-TEST_F(AboutTest, ShowsNameAndVersion) {
+TEST_F(AboutTest, ShowsNameAndVersionInTheCornerOfTheScreen) {
     const Program program = StartedProgram();
     ASSERT_NE(OpenMenuByIcon(program), nullptr);
     ASSERT_TRUE(Choose(program, Item::About, Way::Mouse));
-    ASSERT_TRUE(WaitUntil([&] { return AboutDialog(program) != nullptr; }));
-    const HWND dialog = AboutDialog(program);
+    const HWND dialog = OpenedAbout(program);
+    ASSERT_NE(dialog, nullptr);
     EXPECT_EQ(WindowTitle(dialog), L"About Morvane");
     EXPECT_EQ(ControlText(dialog, AboutBodyId), L"Morvane\n\nVersion: 26.9.12.2157");
     EXPECT_EQ(ControlText(dialog, AboutCloseId), L"Close");
     EXPECT_TRUE(IsTopmost(dialog));
     EXPECT_EQ(GetWindow(dialog, GW_OWNER), program.ControlWindow());
+    RECT area{};
+    ASSERT_NE(SystemParametersInfoW(SPI_GETWORKAREA, 0, &area, 0), FALSE);
+    EXPECT_EQ(WindowRect(dialog).right, area.right - 16);
+    EXPECT_EQ(WindowRect(dialog).bottom, area.bottom - 16);
 }
 
-TEST_F(AboutTest, EveryWayOfClosingGivesTheTrayBack) {
-    const Program program = StartedProgram();
+TEST_F(AboutTest, EveryWayOfClosingGivesTheTrayBackAndPassesGoOn) {
+    const Sentinel sentinel(Other());
+    const Program program = StartedProgram("Sentinel\n");
     for (const Closing& item : Closings) {
+        SCOPED_TRACE(item.name);
         const HWND dialog = OpenAbout(program);
-        ASSERT_NE(dialog, nullptr) << item.name;
-        ASSERT_TRUE(IsInFront(dialog)) << item.name;
-        EXPECT_EQ(IsWindowEnabled(program.ControlWindow()), FALSE) << item.name;
+        ASSERT_NE(dialog, nullptr);
+        ASSERT_TRUE(WaitUntil([dialog] { return GetForegroundWindow() == dialog; }));
         item.close(dialog);
-        ASSERT_TRUE(AboutCloses(program)) << item.name;
-        EXPECT_EQ(IsWindow(dialog), FALSE) << item.name;
-        ASSERT_NE(OpenMenuByIcon(program), nullptr) << item.name;
-        EXPECT_TRUE(DismissMenu(program)) << item.name;
+        ASSERT_TRUE(AboutCloses(program));
+        EXPECT_EQ(IsWindow(dialog), FALSE);
+        EXPECT_TRUE(sentinel.WaitForTimedPass());
+        ASSERT_NE(OpenMenuByIcon(program), nullptr);
+        EXPECT_TRUE(DismissMenu(program));
     }
 }
 
-TEST_F(AboutTest, PassesGoOnAfterItIsClosed) {
-    ASSERT_TRUE(WriteSettings("Sentinel\n"));
-    Actor actor;
-    const Sentinel sentinel(actor);
-    const Program program = StartedProgram();
-    const HWND dialog = OpenAbout(program);
-    ASSERT_NE(dialog, nullptr);
-    ASSERT_TRUE(IsInFront(dialog));
-    TapKey(VK_ESCAPE);
-    ASSERT_TRUE(AboutCloses(program));
-    EXPECT_TRUE(sentinel.WaitForTimedPass());
-}
-
-TEST_F(AboutTest, SecondCommandBringsTheOpenDialogToTheFront) {
-    Actor actor;
-    const HWND other = actor.Create({.title = L"Other"});
-    const Program program = StartedProgram();
-    const HWND dialog = OpenAbout(program);
-    ASSERT_NE(dialog, nullptr);
-    ASSERT_TRUE(actor.BringToForeground(other));
-    ASSERT_TRUE(program.SendCommand(AboutCommand));
-    EXPECT_TRUE(IsInFront(dialog));
-    EXPECT_EQ(VisibleWindowsOfClass(L"MorvaneAboutDialog"), std::vector<HWND>{dialog});
-    PostMessageW(dialog, WM_CLOSE, 0, 0);
-    EXPECT_TRUE(AboutCloses(program));
-}
-
-TEST_F(AboutTest, CommandsOfTheMenuWorkOverIt) {
-    ASSERT_TRUE(WriteSettings(SettingsText(true, {"Target"})));
-    Actor actor;
-    const HWND target = actor.Create({.title = L"Target"});
-    const Program program = StartedProgram();
-    ASSERT_TRUE(BecomesTopmost(target));
-    const HWND dialog = OpenAbout(program);
-    ASSERT_NE(dialog, nullptr);
-    ASSERT_NE(OpenMenuByIcon(program), nullptr);
-    ASSERT_TRUE(Choose(program, Item::AlwaysOnTop, Way::Mouse));
-    EXPECT_TRUE(FileBecomes(SettingsText(false, {"Target"})));
-    EXPECT_TRUE(BecomesOrdinary(target));
-    EXPECT_EQ(AboutDialog(program), dialog);
-    PressCloseButton(dialog);
-    EXPECT_TRUE(AboutCloses(program));
-}
-
-TEST_F(AboutTest, ExitChosenOverItEndsTheProcess) {
-    ASSERT_TRUE(WriteSettings("Target\n"));
-    Actor actor;
-    const HWND target = actor.Create({.title = L"Target"});
-    const Program program = StartedProgram();
+TEST_F(AboutTest, CommandsOfTheMenuWorkOverItAndExitEndsTheProcess) {
+    const HWND target = Window(L"Target");
+    const Program program = StartedProgram("Target\n", {target});
     const HWND control = program.ControlWindow();
-    ASSERT_TRUE(BecomesTopmost(target));
-    ASSERT_NE(OpenAbout(program), nullptr);
+    const HWND dialog = OpenAbout(program);
+    ASSERT_NE(dialog, nullptr);
+    for (const bool on : {false, true}) {
+        ASSERT_NE(OpenMenuByIcon(program), nullptr);
+        ASSERT_TRUE(Choose(program, Item::AlwaysOnTop, Way::Mouse));
+        EXPECT_TRUE(FileBecomes(SettingsText(on, "Target\n")));
+        EXPECT_TRUE(WaitUntil([=] { return IsTopmost(target) == on; }));
+        EXPECT_EQ(AboutDialog(program), dialog);
+    }
     ASSERT_NE(OpenMenuByIcon(program), nullptr);
     ASSERT_TRUE(Choose(program, Item::Exit, Way::Mouse));
     EXPECT_EQ(program.WaitForExit(), 0U);
     EXPECT_FALSE(IsTopmost(target));
     EXPECT_EQ(AboutDialog(program), nullptr);
     EXPECT_FALSE(TrayIconPresent(control));
-    const Program next;
-    EXPECT_NE(next.WaitForControlWindow(), nullptr);
-    EXPECT_EQ(next.ExitByCommand(), 0U);
-}
-
-struct LanguageCase {
-    const wchar_t* code;
-    const wchar_t* title;
-    const wchar_t* version;
-    const wchar_t* close;
-    const wchar_t* startupBalloon;
-};
-
-constexpr LanguageCase LanguageCases[] = {
-    {L"en", L"About Morvane", L"Version: ", L"Close",
-     L"Morvane will start when you sign in to Windows."},
-    {L"ja", L"Morvane について", L"バージョン: ", L"閉じる",
-     L"ログオン時に Morvane が自動起動するようにしました。"},
-    {L"zh-cn", L"关于 Morvane", L"版本: ", L"关闭", L"已设为登录 Windows 时自动启动 Morvane。"},
-    {L"zh-tw", L"關於 Morvane", L"版本: ", L"關閉", L"已設為登入 Windows 時自動啟動 Morvane。"},
-    {L"ko", L"Morvane 정보", L"버전: ", L"닫기",
-     L"Windows 로그온 시 Morvane가 자동으로 실행됩니다."},
-    {L"es", L"Acerca de Morvane", L"Versión: ", L"Cerrar",
-     L"Morvane se iniciará al iniciar sesión en Windows."},
-    {L"fr", L"À propos de Morvane", L"Version : ", L"Fermer",
-     L"Morvane démarrera à votre connexion Windows."},
-    {L"de", L"Über Morvane", L"Version: ", L"Schließen",
-     L"Morvane startet bei der Windows-Anmeldung automatisch."},
-    {L"pt", L"Sobre o Morvane", L"Versão: ", L"Fechar",
-     L"O Morvane será iniciado ao entrar no Windows."},
-    {L"ru", L"О программе Morvane", L"Версия: ", L"Закрыть",
-     L"Morvane будет запускаться при входе в Windows."},
-};
-
-// Bottom right corner of the work area, 16 pixels from its edges, whatever the text.
-void ExpectInTheCorner(HWND dialog) {
-    RECT area{};
-    ASSERT_NE(SystemParametersInfoW(SPI_GETWORKAREA, 0, &area, 0), FALSE);
-    const RECT rect = WindowRect(dialog);
-    EXPECT_EQ(rect.right, area.right - 16);
-    EXPECT_EQ(rect.bottom, area.bottom - 16);
-    EXPECT_EQ(rect.right - rect.left, 420);
-    RECT client{};
-    GetClientRect(dialog, &client);
-    EXPECT_EQ(WindowSize(GetDlgItem(dialog, AboutBodyId)).cx, client.right - 32);
-    EXPECT_EQ(WindowSize(GetDlgItem(dialog, AboutCloseId)).cy, 30);
-    POINT clientRight{client.right, 0};
-    ClientToScreen(dialog, &clientRight);
-    EXPECT_EQ(WindowRect(GetDlgItem(dialog, AboutCloseId)).right, clientRight.x - 16);
-}
-
-TEST_F(AboutTest, SpeaksTheLanguageOfTheProgram) {
-    for (const LanguageCase& item : LanguageCases) {
-        SCOPED_TRACE(testing::PrintToString(std::wstring(item.code)));
-        EmptyStartupFolder();
-        const TrayRecorder recorder;
-        const Program program = StartedProgram({{L"MORVANE_LANG", item.code}});
-        ASSERT_TRUE(OpenAndChoose(program, Item::StartWithWindows, Way::Keyboard));
-        EXPECT_EQ(WaitForBalloon(recorder).info, item.startupBalloon);
-        EXPECT_EQ(WaitForBalloon(recorder).infoTitle, L"Morvane");
-        ASSERT_TRUE(OpenAndChoose(program, Item::About, Way::Keyboard));
-        ASSERT_TRUE(WaitUntil([&] {
-            return AboutDialog(program) != nullptr &&
-                   IsWindowEnabled(program.ControlWindow()) == FALSE;
-        }));
-        const HWND dialog = AboutDialog(program);
-        EXPECT_EQ(WindowTitle(dialog), item.title);
-        EXPECT_EQ(ControlText(dialog, AboutBodyId),
-                  std::wstring(L"Morvane\n\n") + item.version + L"26.9.12.2157");
-        EXPECT_EQ(ControlText(dialog, AboutCloseId), item.close);
-        ExpectInTheCorner(dialog);
-        PressCloseButton(dialog);
-        EXPECT_TRUE(AboutCloses(program));
-        EXPECT_EQ(program.ExitByCommand(), 0U);
-    }
 }
 
 }  // namespace

@@ -8,37 +8,29 @@ namespace {
 
 // Outside the data folder, whose contents the tests check.
 std::wstring ReportPath() {
-    return RoamingFolder() + L"\\faults.txt";
+    return TestPath(L"faults.txt");
 }
 
 }  // namespace
 
-void FaultyProgramTest::SetUp() {
-    ProgramTest::SetUp();
-    if (!IsSkipped()) {
-        ForgetRecordedCalls();
+Program FaultyProgram(const std::string& plan, const std::wstring& arguments) {
+    DeleteFileW(ReportPath().c_str());
+    return Program::FromFile(RequiredPath(L"MORVANE_TEST_FAULTY_PROGRAM"), arguments,
+                             {{L"MORVANE_FAULTS", std::wstring(plan.begin(), plan.end())},
+                              {L"MORVANE_FAULT_REPORT", ReportPath()}});
+}
+
+Program StartedFaultyProgram(const std::string& plan, std::string_view settings) {
+    if (!settings.empty()) {
+        EditSettings(settings);
     }
-}
-
-void FaultyProgramTest::TearDown() {
-    ForgetRecordedCalls();
-}
-
-Program FaultyProgram(const std::string& plan, const std::wstring& arguments, Environment changes) {
-    changes.emplace_back(L"MORVANE_FAULTS", std::wstring(plan.begin(), plan.end()));
-    changes.emplace_back(L"MORVANE_FAULT_REPORT", ReportPath());
-    return Program::FromFile(RequiredPath(L"MORVANE_TEST_FAULTY_PROGRAM"), arguments, changes);
-}
-
-Program StartedFaultyProgram(const std::string& plan) {
     Program program = FaultyProgram(plan);
     EXPECT_NE(program.WaitForControlWindow(), nullptr) << "no control window: " << plan;
     return program;
 }
 
-std::optional<DWORD> RunFaultyProgram(const std::string& plan, const std::wstring& arguments,
-                                      const Environment& changes) {
-    return FaultyProgram(plan, arguments, changes).WaitForExit();
+std::optional<DWORD> RunFaultyProgram(const std::string& plan, const std::wstring& arguments) {
+    return FaultyProgram(plan, arguments).WaitForExit();
 }
 
 std::vector<std::string> RecordedCalls() {
@@ -48,10 +40,6 @@ std::vector<std::string> RecordedCalls() {
         lines.push_back(line);
     }
     return lines;
-}
-
-void ForgetRecordedCalls() {
-    DeleteFileW(ReportPath().c_str());
 }
 
 std::size_t CountOf(const std::string& recordedCall) {

@@ -12,26 +12,17 @@ namespace morvane::test {
 // The exit code for an invalid plan.
 inline constexpr DWORD PlanFailed = 99;
 
-class FaultyProgramTest : public ProgramTest {
-protected:
-    void SetUp() override;
-    void TearDown() override;
-};
+[[nodiscard]] Program FaultyProgram(const std::string& plan, const std::wstring& arguments = L"");
 
-[[nodiscard]] Program FaultyProgram(const std::string& plan, const std::wstring& arguments = L"",
-                                    Environment changes = {});
-
-// Waits for its control window too; fails the test if it does not come.
-[[nodiscard]] Program StartedFaultyProgram(const std::string& plan);
+// Like StartedProgram.
+[[nodiscard]] Program StartedFaultyProgram(const std::string& plan, std::string_view settings = {});
 
 // Returns the exit code; empty if it does not exit.
 [[nodiscard]] std::optional<DWORD> RunFaultyProgram(const std::string& plan,
-                                                    const std::wstring& arguments = L"",
-                                                    const Environment& changes = {});
+                                                    const std::wstring& arguments = L"");
 
-// The recorded calls in this test so far, oldest first, such as "SetTimer failed".
+// The recorded calls since the last such program was started, oldest first: "SetTimer failed".
 [[nodiscard]] std::vector<std::string> RecordedCalls();
-void ForgetRecordedCalls();
 
 // How often that call was recorded.
 [[nodiscard]] std::size_t CountOf(const std::string& recordedCall);

@@ -52,10 +52,8 @@ void Report(const char* what, std::vector<Milliseconds> latencies) {
 }
 
 TEST_F(LatencyTest, PassesComeTwiceASecond) {
-    ASSERT_TRUE(WriteSettings("Sentinel\n"));
-    Actor actor;
-    const Sentinel sentinel(actor);
-    const Program program = StartedProgram();
+    const Sentinel sentinel(Other());
+    const Program program = StartedProgram("Sentinel\n");
     const std::vector<ULONGLONG> gaps = sentinel.PassGaps(Trials);
     ASSERT_GE(gaps.size(), static_cast<std::size_t>(Trials));
     const ULONGLONG median = gaps[gaps.size() / 2];
@@ -66,34 +64,30 @@ TEST_F(LatencyTest, PassesComeTwiceASecond) {
 }
 
 TEST_F(LatencyTest, NewWindowIsPinnedByTheNextPass) {
-    ASSERT_TRUE(WriteSettings("Sentinel\nTarget\n"));
-    Actor actor;
-    const Sentinel sentinel(actor);
-    const Program program = StartedProgram();
+    const Sentinel sentinel(Other());
+    const Program program = StartedProgram("Sentinel\nTarget\n");
     std::vector<Milliseconds> latencies;
     for (int trial = 0; trial < Trials; ++trial) {
         ASSERT_TRUE(WaitForMomentOf(sentinel, trial)) << trial;
         const Clock::time_point start = Clock::now();
-        const HWND window = actor.Create({.title = L"A target"});
+        const HWND window = Window(L"A target");
         ASSERT_TRUE(BecomesTopmost(window)) << trial;
         latencies.push_back(Since(start));
-        actor.Destroy(window);
+        Other().Destroy(window);
     }
     Report("window appears -> topmost", latencies);
 }
 
 TEST_F(LatencyTest, EditedFileTakesEffectWithTheNextPass) {
-    ASSERT_TRUE(WriteSettings("Sentinel\n"));
-    Actor actor;
-    const Sentinel sentinel(actor);
-    const HWND window = actor.Create({.title = L"A target", .width = 300});
-    const Program program = StartedProgram();
+    const Sentinel sentinel(Other());
+    const HWND window = Window(L"A target", 300, 300);
+    const Program program = StartedProgram("Sentinel\n");
     std::vector<Milliseconds> latencies;
     for (int trial = 0; trial < Trials; ++trial) {
         const int width = 310 + 10 * trial;
         ASSERT_TRUE(WaitForMomentOf(sentinel, trial)) << trial;
         const Clock::time_point start = Clock::now();
-        ASSERT_TRUE(EditSettings("Sentinel\ntarget " + std::to_string(width) + " 0\n"));
+        EditSettings("Sentinel\ntarget " + std::to_string(width) + " 0\n");
         ASSERT_TRUE(WaitUntil([&] { return WindowSize(window).cx == width; })) << trial;
         latencies.push_back(Since(start));
     }

@@ -74,6 +74,12 @@ HWND WaitForMenu(const Program& program) {
     return came ? menus.front() : nullptr;
 }
 
+void TapKeys(WORD virtualKey, int times) {
+    for (int i = 0; i < times; ++i) {
+        TapKey(virtualKey);
+    }
+}
+
 // Arrow keys move from the selected item; a menu just opened has none.
 void MoveSelectionTo(Item item) {
     TapKeys(VK_DOWN, static_cast<int>(item) + 1);
@@ -91,10 +97,6 @@ int PlaceOf(std::wstring_view title) {
 }
 
 }  // namespace
-
-const char* NameOf(Way way) {
-    return way == Way::Mouse ? "by mouse" : "by keyboard";
-}
 
 Row AddRemoveRow(std::wstring_view title) {
     return {Item::AddRemove, PlaceOf(title), static_cast<int>(RowTitles().size())};
@@ -212,12 +214,6 @@ bool OpenAndChoose(const Program& program, const Row& row, Way way) {
     return (OpenMenu(program) != nullptr || FailedBecause("no menu")) && Choose(program, row, way);
 }
 
-void TapKeys(WORD virtualKey, int times) {
-    for (int i = 0; i < times; ++i) {
-        TapKey(virtualKey);
-    }
-}
-
 bool DismissMenu(const Program& program) {
     for (std::size_t open = MenuWindows(program).size(); open > 0; --open) {
         TapKey(VK_ESCAPE);
@@ -242,14 +238,15 @@ HWND AboutDialog(const Program& program) {
 }
 
 HWND OpenAbout(const Program& program) {
-    if (!program.PostCommand(AboutCommand)) {
-        return nullptr;
-    }
+    return program.PostCommand(AboutCommand) ? OpenedAbout(program) : nullptr;
+}
+
+HWND OpenedAbout(const Program& program) {
     // The owner is disabled only after the dialog is laid out and placed.
-    static_cast<void>(WaitUntil([&] {
+    const bool opened = WaitUntil([&] {
         return AboutDialog(program) != nullptr && IsWindowEnabled(program.ControlWindow()) == FALSE;
-    }));
-    return AboutDialog(program);
+    });
+    return opened ? AboutDialog(program) : nullptr;
 }
 
 bool AboutCloses(const Program& program) {

@@ -27,8 +27,6 @@ enum class Item {
 };
 
 enum class Way { Mouse, Keyboard };
-inline constexpr Way Ways[] = {Way::Mouse, Way::Keyboard};
-[[nodiscard]] const char* NameOf(Way way);
 
 // A row of a submenu: its place and the number of rows without the separator. In the submenu of
 // minimum sizes the active window's row has place 0.
@@ -70,8 +68,6 @@ struct Row {
 [[nodiscard]] bool OpenAndChoose(const Program& program, Item item, Way way);
 [[nodiscard]] bool OpenAndChoose(const Program& program, const Row& row, Way way);
 
-void TapKeys(WORD virtualKey, int times);
-
 // Dismisses the open menu and its submenus.
 [[nodiscard]] bool DismissMenu(const Program& program);
 
@@ -80,8 +76,10 @@ void TapKeys(WORD virtualKey, int times);
 // The open dialog, or null.
 [[nodiscard]] HWND AboutDialog(const Program& program);
 
-// Opens it by its command; null if it does not appear.
+// Wait until it is open and in its place; null if it does not appear. The first opens it by its
+// command.
 [[nodiscard]] HWND OpenAbout(const Program& program);
+[[nodiscard]] HWND OpenedAbout(const Program& program);
 [[nodiscard]] bool AboutCloses(const Program& program);
 
 // The text of a control of the dialog, read from the control itself.

@@ -2,8 +2,9 @@
 
 #include <algorithm>
 #include <iterator>
+#include <stdexcept>
 
-#include "support/window_owner.h"
+#include "program/notepad.h"
 
 namespace morvane::test {
 namespace {
@@ -14,26 +15,22 @@ bool IsTopmostRequest(const PositionRequest& request) {
 
 }  // namespace
 
-std::string SettingsText(bool pinning, std::initializer_list<std::string_view> lines) {
-    std::string text(SettingsHeader);
-    text += pinning ? "@pinning=1\n" : "@pinning=0\n";
-    for (const std::string_view line : lines) {
-        text.append(line).append("\n");
-    }
-    return text;
-}
-
-bool EditSettings(std::string_view bytes) {
+void EditSettings(std::string_view lines) {
     const std::wstring draft = DataFolder() + L"\\draft.txt";
     CreateDirectoryW(DataFolder().c_str(), nullptr);
-    if (!WriteFileBytes(draft, bytes)) {
-        return false;
+    // The replacement fails while the program is reading the old file.
+    if (!WriteFileBytes(draft, lines) || !WaitUntil([&draft] {
+            return MoveFileExW(draft.c_str(), SettingsPath().c_str(), MOVEFILE_REPLACE_EXISTING) !=
+                   FALSE;
+        })) {
+        throw std::runtime_error("the settings cannot be written");
     }
-    // Fails while the program is reading the old file.
-    return WaitUntil([&draft] {
-        return MoveFileExW(draft.c_str(), SettingsPath().c_str(), MOVEFILE_REPLACE_EXISTING) !=
-               FALSE;
-    });
+}
+
+std::string SettingsText(bool pinning, std::string_view lines) {
+    return std::string(SettingsHeader)
+        .append(pinning ? "@pinning=1\n" : "@pinning=0\n")
+        .append(lines);
 }
 
 void ProgramTest::SetUp() {
@@ -41,9 +38,33 @@ void ProgramTest::SetUp() {
     ResetProfile();
 }
 
-Program StartedProgram(const Environment& changes) {
-    Program program(L"", changes);
+void ProgramTest::TearDown() {
+    if (!IsSkipped()) {
+        EndNotepads();
+    }
+}
+
+Actor& ProgramTest::Other() {
+    return other_ ? *other_ : other_.emplace();
+}
+
+HWND ProgramTest::Window(std::wstring_view title) {
+    return Other().Create({.title = std::wstring(title)});
+}
+
+HWND ProgramTest::Window(std::wstring_view title, int width, int height) {
+    return Other().Create({.title = std::wstring(title), .width = width, .height = height});
+}
+
+Program StartedProgram(std::string_view settings, const std::vector<HWND>& pinned) {
+    if (!settings.empty()) {
+        EditSettings(settings);
+    }
+    Program program;
     EXPECT_NE(program.WaitForControlWindow(), nullptr) << "no control window";
+    for (const HWND window : pinned) {
+        EXPECT_TRUE(BecomesTopmost(window)) << WindowTitle(window);
+    }
     return program;
 }
 
@@ -75,10 +96,6 @@ Sentinel::Sentinel(Actor& actor)
     : actor_(&actor),
       window_(
           actor.Create({.title = L"Sentinel", .x = 1100, .y = 10, .width = 150, .height = 80})) {}
-
-bool Sentinel::WaitForPin() const {
-    return BecomesTopmost(window_);
-}
 
 bool Sentinel::WaitForRequests(std::size_t before) const {
     // The first request may come from a pass already running; the second comes from a later pass,
@@ -148,20 +165,6 @@ bool SendRowCommand(const Program& program, WORD firstCommand, std::wstring_view
     return row >= 0 && program.SendCommand(static_cast<WORD>(firstCommand + row));
 }
 
-TrayCall SystemIconCall(TrayRecorder& recorder) {
-    const WindowOwner owner = MessageOnlyWindow();
-    NOTIFYICONDATAW icon{};
-    icon.cbSize = sizeof(icon);
-    icon.hWnd = owner.get();
-    icon.uID = 1;
-    icon.uFlags = NIF_ICON;
-    icon.hIcon = LoadIconW(nullptr, IDI_APPLICATION);
-    Shell_NotifyIconW(NIM_ADD, &icon);
-    const std::vector<TrayCall> calls = recorder.Calls();
-    recorder.Forget();
-    return calls.empty() ? TrayCall{} : calls.back();
-}
-
 std::vector<TrayCall> Balloons(const TrayRecorder& recorder) {
     std::vector<TrayCall> calls = recorder.Calls();
     calls.erase(std::remove_if(calls.begin(), calls.end(),
@@ -170,9 +173,13 @@ std::vector<TrayCall> Balloons(const TrayRecorder& recorder) {
     return calls;
 }
 
-TrayCall WaitForBalloon(const TrayRecorder& recorder, std::size_t seen) {
-    const bool came = WaitUntil([&] { return Balloons(recorder).size() > seen; });
-    return came ? Balloons(recorder).at(seen) : TrayCall{};
+void ExpectBalloon(const TrayRecorder& recorder, const wchar_t* text, DWORD kind,
+                   std::size_t seen) {
+    ASSERT_TRUE(WaitUntil([&] { return Balloons(recorder).size() > seen; })) << "no balloon";
+    const TrayCall balloon = Balloons(recorder).at(seen);
+    EXPECT_EQ(balloon.infoTitle, L"Morvane");
+    EXPECT_EQ(balloon.info, text);
+    EXPECT_EQ(balloon.infoFlags, kind);
 }
 
 }  // namespace morvane::test

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <gtest/gtest.h>
-#include <initializer_list>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -36,21 +35,32 @@ inline constexpr UINT TrayMessage = WM_APP + 1;
 
 inline constexpr wchar_t MutexName[] = L"Local\\Morvane_SingleInstance";
 
-// A settings file as the program writes it, one line per entry.
-[[nodiscard]] std::string SettingsText(bool pinning, std::initializer_list<std::string_view> lines);
-
-// Replaces the settings file in one step, like editors that save by renaming: a pass would take a
-// half-written file for a list without the other entries.
-[[nodiscard]] bool EditSettings(std::string_view bytes);
+// Settings. A test gives their lines as a user would type them, to StartedProgram or, at any other
+// time, to EditSettings. It replaces the file in one step, like editors that save by renaming: a
+// pass would take a half-written file for a list without the other entries. What the program itself
+// writes is compared with SettingsText.
+void EditSettings(std::string_view lines);
+[[nodiscard]] std::string SettingsText(bool pinning, std::string_view lines);
 
 // Resets the profile before every test; skips the test if the profile is not disposable.
 class ProgramTest : public ::testing::Test {
 protected:
     void SetUp() override;
+    void TearDown() override;  // ends the editors that the program started
+
+    // The process that owns the test's windows, and one of them.
+    [[nodiscard]] Actor& Other();
+    [[nodiscard]] HWND Window(std::wstring_view title);
+    [[nodiscard]] HWND Window(std::wstring_view title, int width, int height);
+
+private:
+    std::optional<Actor> other_;
 };
 
-// Waits for its control window; fails the test if it does not come.
-[[nodiscard]] Program StartedProgram(const Environment& changes = {});
+// Waits for the program's control window, and until its first pass has pinned these windows; fails
+// the test otherwise. Without settings the file is left as it is.
+[[nodiscard]] Program StartedProgram(std::string_view settings = {},
+                                     const std::vector<HWND>& pinned = {});
 
 [[nodiscard]] bool BecomesTopmost(HWND window);
 [[nodiscard]] bool BecomesOrdinary(HWND window);
@@ -67,9 +77,6 @@ protected:
 class Sentinel {
 public:
     explicit Sentinel(Actor& actor);
-
-    // Waits until it is pinned for the first time.
-    [[nodiscard]] bool WaitForPin() const;
 
     // Triggers passes by command and returns when one that began after this call is over.
     [[nodiscard]] bool WaitForPass(const Program& program) const;
@@ -107,14 +114,11 @@ inline constexpr std::string_view SentinelLine = "Sentinel";
 [[nodiscard]] bool SendRowCommand(const Program& program, WORD firstCommand,
                                   std::wstring_view title);
 
-// What the taskbar receives for the system's program icon, sent by the test itself. The recorder
-// forgets it again.
-[[nodiscard]] TrayCall SystemIconCall(TrayRecorder& recorder);
-
 // The balloons among the calls, oldest first.
 [[nodiscard]] std::vector<TrayCall> Balloons(const TrayRecorder& recorder);
 
-// The next balloon after those already seen; an empty call if none comes.
-[[nodiscard]] TrayCall WaitForBalloon(const TrayRecorder& recorder, std::size_t seen = 0);
+// Waits for the next balloon after those already seen and compares its title, text and kind.
+void ExpectBalloon(const TrayRecorder& recorder, const wchar_t* text, DWORD kind = NIIF_INFO,
+                   std::size_t seen = 0);
 
 }  // namespace morvane::test

@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "program/scene.h"
-#include "support/tray.h"
 
 namespace morvane::test {
 namespace {
@@ -15,48 +14,22 @@ bool MutexExists() {
     return static_cast<bool>(mutex);
 }
 
-TEST_F(SingleInstanceTest, SecondStartEndsAndLeavesTheFirstUndisturbed) {
-    ASSERT_TRUE(EditSettings("Sentinel\nTarget\n"));
-    Actor actor;
-    const HWND target = actor.Create({.title = L"Target"});
-    const Sentinel sentinel(actor);
-    const Program first = StartedProgram();
-    ASSERT_TRUE(BecomesTopmost(target));
-    const HWND control = first.ControlWindow();
-    ASSERT_TRUE(TrayIconPresent(control));
-
-    EXPECT_EQ(RunProgram(L""), 0U);
-
-    EXPECT_TRUE(sentinel.WaitForTimedPass());
-    EXPECT_TRUE(first.IsRunning());
-    EXPECT_EQ(first.ControlWindow(), control);
-    EXPECT_TRUE(IsTopmost(target));
-    EXPECT_TRUE(TrayIconPresent(control));
-    EXPECT_EQ(ReadSettings(), "Sentinel\nTarget\n");
-}
-
-TEST_F(SingleInstanceTest, SecondStartDoesNotContactTheTaskbar) {
+TEST_F(SingleInstanceTest, FurtherStartsAndSwitchesLeaveTheInstanceUndisturbed) {
     const TrayRecorder recorder;
-    const Program first = StartedProgram();
-    ASSERT_TRUE(WaitUntil([&] { return !recorder.Calls().empty(); }));
-    const std::size_t before = recorder.Calls().size();
+    const Sentinel sentinel(Other());
+    const Program first = StartedProgram("Sentinel\n", {sentinel.Window()});
+    const HWND control = first.ControlWindow();
     EXPECT_EQ(RunProgram(L""), 0U);
-    EXPECT_EQ(recorder.Calls().size(), before);
-}
-
-TEST_F(SingleInstanceTest, SwitchesActBesideARunningInstance) {
-    ASSERT_TRUE(EditSettings("Sentinel\n"));
-    Actor actor;
-    const Sentinel sentinel(actor);
-    const Program first = StartedProgram();
-    ASSERT_TRUE(sentinel.WaitForPin());
     EXPECT_EQ(RunProgram(L"--install-startup"), 0U);
     EXPECT_TRUE(PathExists(StartupShortcut()));
     EXPECT_EQ(RunProgram(L"--remove-startup"), 0U);
     EXPECT_FALSE(PathExists(StartupShortcut()));
     EXPECT_TRUE(sentinel.WaitForTimedPass());
     EXPECT_TRUE(first.IsRunning());
+    EXPECT_EQ(first.ControlWindow(), control);
     EXPECT_TRUE(IsTopmost(sentinel.Window()));
+    EXPECT_EQ(recorder.Calls().size(), 1U) << "only the first start's icon";
+    EXPECT_EQ(ReadSettings(), "Sentinel\n");
 }
 
 TEST_F(SingleInstanceTest, FiveStartsAtOnceLeaveExactlyOne) {
@@ -77,52 +50,33 @@ TEST_F(SingleInstanceTest, FiveStartsAtOnceLeaveExactlyOne) {
     }
 }
 
-TEST_F(SingleInstanceTest, MutexLivesAsLongAsTheInstance) {
+TEST_F(SingleInstanceTest, MutexIsHeldAndLivesAsLongAsTheInstance) {
     EXPECT_FALSE(MutexExists());
-    const Program first = StartedProgram();
-    EXPECT_TRUE(MutexExists());
-    EXPECT_EQ(first.ExitByCommand(), 0U);
-    EXPECT_FALSE(MutexExists());
-    const Program second = StartedProgram();
-    EXPECT_TRUE(second.IsRunning());
-    EXPECT_TRUE(MutexExists());
+    for (int start = 0; start < 2; ++start) {
+        const Program program = StartedProgram();
+        {
+            const KernelHandle mutex(OpenMutexW(SYNCHRONIZE, FALSE, MutexName));
+            ASSERT_TRUE(mutex) << start;
+            EXPECT_EQ(WaitForSingleObject(mutex.get(), 0), DWORD{WAIT_TIMEOUT}) << start;
+        }
+        EXPECT_EQ(program.ExitByCommand(), 0U) << start;
+        EXPECT_FALSE(MutexExists()) << start;
+    }
 }
 
-TEST_F(SingleInstanceTest, MutexIsHeldByTheInstance) {
-    const Program program = StartedProgram();
-    const KernelHandle mutex(OpenMutexW(SYNCHRONIZE, FALSE, MutexName));
-    ASSERT_TRUE(mutex);
-    EXPECT_EQ(WaitForSingleObject(mutex.get(), 0), static_cast<DWORD>(WAIT_TIMEOUT));
-    EXPECT_EQ(program.ExitByCommand(), 0U);
-    EXPECT_NE(WaitForSingleObject(mutex.get(), 0), static_cast<DWORD>(WAIT_TIMEOUT));
-}
-
-TEST_F(SingleInstanceTest, InstanceThatCrashedDoesNotBlockTheNext) {
-    const Program first = StartedProgram();
-    first.Kill();
-    const Program second = StartedProgram();
-    EXPECT_TRUE(second.IsRunning());
-}
-
-TEST_F(SingleInstanceTest, MutexOfAnotherProcessEndsTheStartSilently) {
-    const KernelHandle mutex(CreateMutexW(nullptr, TRUE, MutexName));
-    ASSERT_TRUE(mutex);
-    EXPECT_EQ(RunProgram(L""), 0U);
-    EXPECT_FALSE(PathExists(DataFolder()));
-}
-
-// Another kind of object has the name, so the mutex cannot be created.
-TEST_F(SingleInstanceTest, ProgramDoesNotRunWithoutItsMutex) {
-    const KernelHandle event(CreateEventW(nullptr, TRUE, FALSE, MutexName));
-    ASSERT_TRUE(event);
-    EXPECT_EQ(RunProgram(L""), 0U);
-    EXPECT_FALSE(PathExists(DataFolder()));
-}
-
-TEST_F(SingleInstanceTest, SwitchesActEvenIfTheMutexIsTaken) {
-    const KernelHandle mutex(CreateMutexW(nullptr, TRUE, MutexName));
-    EXPECT_EQ(RunProgram(L"--install-startup"), 0U);
-    EXPECT_TRUE(PathExists(StartupShortcut()));
+TEST_F(SingleInstanceTest, StartEndsSilentlyIfTheNameIsTaken) {
+    using Take = KernelHandle (*)();
+    constexpr Take Takes[] = {
+        [] { return KernelHandle(CreateMutexW(nullptr, TRUE, MutexName)); },
+        // Another kind of object has the name, so the mutex cannot be created.
+        [] { return KernelHandle(CreateEventW(nullptr, TRUE, FALSE, MutexName)); },
+    };
+    for (const Take take : Takes) {
+        const KernelHandle taken = take();
+        ASSERT_TRUE(taken);
+        EXPECT_EQ(RunProgram(L""), 0U);
+        EXPECT_FALSE(PathExists(DataFolder()));
+    }
 }
 
 }  // namespace

@@ -7,46 +7,40 @@ namespace {
 
 using StartTest = ProgramTest;
 
-TEST_F(StartTest, FirstStartWritesTheDefaultFile) {
+// The program waits for the answer to its call, so nothing changes while the recorder looks.
+TEST_F(StartTest, FirstStartWritesTheDefaultFileBeforeTheIconAppears) {
+    TrayRecorder recorder;
+    recorder.Watch(SettingsPath());
     const Program program = StartedProgram();
-    EXPECT_EQ(ReadSettings(), SettingsText(true, {}));
-}
-
-TEST_F(StartTest, ExistingFileIsLeftAsItIs) {
-    const std::string bytes = "# mine\r\n\r\n  Some window 1 2 \r\n@PINNING = what";
-    ASSERT_TRUE(WriteSettings(bytes));
-    const Program program = StartedProgram();
-    EXPECT_EQ(program.ExitByCommand(), 0U);
-    EXPECT_EQ(ReadSettings(), bytes);
-}
-
-TEST_F(StartTest, EmptyFileIsLeftEmpty) {
-    ASSERT_TRUE(WriteSettings(""));
-    const Program program = StartedProgram();
-    EXPECT_EQ(program.ExitByCommand(), 0U);
-    EXPECT_EQ(ReadSettings(), "");
+    EXPECT_EQ(ReadSettings(), SettingsText(true, ""));
+    ASSERT_EQ(recorder.Calls().size(), 1U);
+    EXPECT_TRUE(recorder.Calls()[0].watchedPathExists);
 }
 
 // A posted command runs before the timer, so if the first command ends the program, all requests
 // until then were made before the message loop.
 TEST_F(StartTest, FirstPassRunsBeforeTheMessageLoop) {
-    ASSERT_TRUE(WriteSettings("Target\n"));
-    Actor actor;
-    const HWND target = actor.Create({.title = L"The target window"});
-    actor.ForgetRecords(target);
+    const TrayRecorder recorder;
+    const HWND target = Window(L"The target window");
+    Other().ForgetRecords(target);
+    EditSettings("Target\n");
     const Program program;
     ASSERT_TRUE(WaitUntil([&] { return program.ControlWindow() != nullptr; }));
     EXPECT_EQ(program.ExitByCommand(), 0U);
-    EXPECT_EQ(TopmostRequests(actor, target), 1U);
+    EXPECT_EQ(TopmostRequests(Other(), target), 1U);
+    const std::vector<TrayCall> calls = recorder.Calls();
+    ASSERT_EQ(calls.size(), 2U);
+    EXPECT_EQ(calls[0].message, DWORD{NIM_ADD});
+    EXPECT_EQ(calls[1].message, DWORD{NIM_DELETE});
 }
 
 TEST_F(StartTest, PinningSwitchedOffInTheFileHoldsFromTheStart) {
-    ASSERT_TRUE(WriteSettings("@pinning=0\nTarget\n"));
-    Actor actor;
-    const HWND target = actor.Create({.title = L"Target"});
-    const Program program = StartedProgram();
+    const HWND target = Window(L"Target");
+    const Program program = StartedProgram("@pinning=0\nTarget\n");
     EXPECT_TRUE(program.SendCommand(ApplyNowCommand));
-    EXPECT_EQ(TopmostRequests(actor, target), 0U);
+    EXPECT_EQ(program.ExitByCommand(), 0U);
+    EXPECT_EQ(TopmostRequests(Other(), target), 0U);
+    EXPECT_EQ(ReadSettings(), "@pinning=0\nTarget\n");
 }
 
 TEST_F(StartTest, ControlWindowIsAMessageWindowNamedAfterTheProgram) {
@@ -61,9 +55,8 @@ TEST_F(StartTest, ControlWindowIsAMessageWindowNamedAfterTheProgram) {
 }
 
 TEST_F(StartTest, ProgramStartsWithoutTakingTheForeground) {
-    Actor actor;
-    const HWND window = actor.Create({.title = L"In front"});
-    ASSERT_TRUE(actor.BringToForeground(window));
+    const HWND window = Window(L"In front");
+    ASSERT_TRUE(Other().BringToForeground(window));
     const Program program = StartedProgram();
     EXPECT_TRUE(program.SendCommand(ApplyNowCommand));
     EXPECT_EQ(GetForegroundWindow(), window);

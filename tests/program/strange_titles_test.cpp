@@ -1,5 +1,7 @@
 // Titles that are hard for the file, the menu and the matching.
 
+#include <algorithm>
+
 #include "program/scene.h"
 
 namespace morvane::test {
@@ -7,14 +9,11 @@ namespace {
 
 using StrangeTitlesTest = ProgramTest;
 
-[[nodiscard]] bool ToggleRow(const Program& program, const std::wstring& title) {
-    return SendRowCommand(program, TogglePinCommand, title);
-}
-
 struct TitleCase {
     const char* name;
     std::wstring title;
-    std::string line;
+    std::string lines;  // in the file
+    bool isPinned = true;
 };
 
 // The longest title that the program reads, in characters of three bytes each in the file.
@@ -24,88 +23,45 @@ TitleCase LongestTitle() {
     for (std::size_t i = 0; i < Units; ++i) {
         line += "\xE7\xAA\x93";
     }
-    return {"511 units", std::wstring(Units, L'\x7A93'), line};
+    return {"511 units", std::wstring(Units, L'\x7A93'), line + "\n"};
 }
 
-TEST_F(StrangeTitlesTest, TitlesThatTheFileCanHoldArePinnedAndReleased) {
+// Where the format cannot express a title, something is still saved as an entry, which the user
+// sees in the file.
+TEST_F(StrangeTitlesTest, TitlesArePinnedIfTheFileCanHoldThemAndReleased) {
     const TitleCase cases[] = {
         LongestTitle(),
-        {"ampersands", L"Tom & Jerry && all", "Tom & Jerry && all"},
-        {"tab", L"left\tright", "left\tright"},
-        {"control characters", L"a\x01\x02\x1B\x7F z", "a\x01\x02\x1B\x7F z"},
-        {"right-to-left marks",
-         L"a\x200F\x202E"
-         L"b",
-         "a\xE2\x80\x8F\xE2\x80\xAE"
-         "b"},
-        {"whole surrogate pairs", L"\xD83D\xDE00 smile", "\xF0\x9F\x98\x80 smile"},
-        {"not a character",
-         L"a\xFFFE"
-         L"b",
-         "a\xEF\xBF\xBE"
-         "b"},
+        {"ampersands", L"Tom & Jerry && all", "Tom & Jerry && all\n"},
+        {"tab", L"left\tright", "left\tright\n"},
+        {"control characters", L"a\x01\x02\x1B\x7F z", "a\x01\x02\x1B\x7F z\n"},
+        {"right-to-left marks", L"a\x200F\x202E.", "a\xE2\x80\x8F\xE2\x80\xAE.\n"},
+        {"whole surrogate pairs", L"\xD83D\xDE00 smile", "\xF0\x9F\x98\x80 smile\n"},
+        {"not a character", L"a\xFFFE.", "a\xEF\xBF\xBE.\n"},
+        // Pinned by the longer entry. Each choice removes one of the entries.
+        {"two lines", L"first\nsecond", "first\nsecond\n"},
+        {"lone high surrogate", L"half \xD83D", "half \xEF\xBF\xBD\n", false},
+        {"lone low surrogate", L"half \xDE00", "half \xEF\xBF\xBD\n", false},
+        {"line that reads as the switch", L"first\n@pinning=0", "first\n@pinning=0\n", false},
     };
-    Actor actor;
     const Program program = StartedProgram();
     for (const TitleCase& item : cases) {
         SCOPED_TRACE(item.name);
-        const HWND window = actor.Create({.title = item.title});
-        ASSERT_TRUE(ToggleRow(program, item.title));
-        EXPECT_TRUE(IsTopmost(window));
-        EXPECT_EQ(ReadSettings(), SettingsText(true, {item.line}));
-        ASSERT_TRUE(ToggleRow(program, item.title));
-        EXPECT_TRUE(BecomesOrdinary(window));
-        EXPECT_EQ(ReadSettings(), SettingsText(true, {}));
-        actor.Destroy(window);
-    }
-}
-
-// The format cannot express these titles. Something is still saved as an entry, which the user sees
-// in the file.
-TEST_F(StrangeTitlesTest, TitlesThatTheFileCannotHoldAreNotPinned) {
-    const TitleCase cases[] = {
-        {"lone high surrogate", L"half \xD83D", "half \xEF\xBF\xBD"},
-        {"lone low surrogate", L"half \xDE00", "half \xEF\xBF\xBD"},
-    };
-    Actor actor;
-    const Program program = StartedProgram();
-    for (const TitleCase& item : cases) {
-        SCOPED_TRACE(item.name);
-        ASSERT_TRUE(EditSettings("@pinning=1\n"));
+        EditSettings("");
         ASSERT_TRUE(program.SendCommand(ApplyNowCommand));
-        const HWND window = actor.Create({.title = item.title});
-        ASSERT_TRUE(ToggleRow(program, item.title));
-        EXPECT_FALSE(IsTopmost(window));
-        EXPECT_EQ(ReadSettings(), SettingsText(true, {item.line}));
-        actor.Destroy(window);
+        const HWND window = Window(item.title);
+        ASSERT_TRUE(SendRowCommand(program, TogglePinCommand, item.title));
+        EXPECT_EQ(IsTopmost(window), item.isPinned);
+        EXPECT_EQ(ReadSettings(), SettingsText(true, item.lines));
+        if (item.isPinned) {
+            const auto lines = std::count(item.lines.begin(), item.lines.end(), '\n');
+            for (int choice = 0; choice < lines; ++choice) {
+                ASSERT_TRUE(SendRowCommand(program, TogglePinCommand, item.title));
+            }
+            EXPECT_TRUE(BecomesOrdinary(window));
+            EXPECT_EQ(ReadSettings(), SettingsText(true, ""));
+        }
+        Other().Destroy(window);
     }
-}
-
-TEST_F(StrangeTitlesTest, TitleOfSeveralLinesBecomesSeveralEntries) {
-    Actor actor;
-    const std::wstring title = L"first\nsecond";
-    const HWND window = actor.Create({.title = title});
-    const Program program = StartedProgram();
-    ASSERT_TRUE(ToggleRow(program, title));
-    EXPECT_EQ(ReadSettings(), SettingsText(true, {"first", "second"}));
-    EXPECT_TRUE(IsTopmost(window)) << "pinned by the longer entry";
-    // Each choice removes one of the entries.
-    ASSERT_TRUE(ToggleRow(program, title));
-    EXPECT_EQ(ReadSettings(), SettingsText(true, {"first"}));
-    ASSERT_TRUE(ToggleRow(program, title));
-    EXPECT_TRUE(BecomesOrdinary(window));
-    EXPECT_EQ(ReadSettings(), SettingsText(true, {}));
-}
-
-TEST_F(StrangeTitlesTest, LineOfATitleThatReadsAsTheSwitchSetsIt) {
-    Actor actor;
-    const std::wstring title = L"first\n@pinning=0";
-    const HWND window = actor.Create({.title = title});
-    const Program program = StartedProgram();
-    ASSERT_TRUE(ToggleRow(program, title));
-    EXPECT_EQ(ReadSettings(), SettingsText(true, {"first", "@pinning=0"}));
-    ASSERT_TRUE(program.SendCommand(ApplyNowCommand));
-    EXPECT_FALSE(IsTopmost(window));
 }
 
 }  // namespace

@@ -37,15 +37,8 @@ show() {
     report list
 }
 
-# In a session of its own, so that Ctrl+C in the terminal reaches only this script.
-start_program() {
-    setsid wine "$@" </dev/null >/dev/null 2>&1 &
-}
-
-# Renamed into place, as a pass would use a half-written file as it is.
 edit_settings() {
-    printf '%s\n' "$@" >"$SETTINGS.new"
-    mv "$SETTINGS.new" "$SETTINGS"
+    session_write_settings "$@"
     sed 's/^/    | /' "$SETTINGS"
 }
 
@@ -65,7 +58,7 @@ choose_screen() {
 # Takes the screenshot $1 once the pinned window is drawn in front. Where Notepad and WineMine
 # overlap, at 705, 460, Notepad is white (1) and WineMine black (0); $2 is the expected value.
 #
-# Wine draws a newly active window above all others, whatever its own window order, until a request
+# Wine 8.0 draws a newly active window above all others, whatever its own order, until a request
 # changes that order. With two pinned windows every pass does, putting one above the other in turn.
 # With a single one the picture would stay wrong.
 take_picture() {
@@ -100,13 +93,9 @@ wait_for_morvane() {
 }
 
 open_windows() {
-    local folder
-    folder=$(wine cmd /c 'echo %APPDATA%' | tr -d '\r')
-    SETTINGS=$(winepath -u "$folder")/Morvane/config.txt
-    mkdir -p "$(dirname "$SETTINGS")"
-    start_program notepad
-    start_program winemine
-    start_program regedit
+    session_start_program notepad
+    session_start_program winemine
+    session_start_program regedit
     report wait "$PATIENCE" ordinary:Notepad ordinary:WineMine ordinary:Registry ||
         fail "no windows to pin"
     report place Notepad 200 120 560 380
@@ -121,7 +110,7 @@ show_pinning() {
 
     say "2. The settings file names Notepad and the Registry Editor, and Morvane starts:"
     edit_settings '@pinning=1' 'Notepad' 'Registry Editor'
-    start_program "$PROGRAM"
+    session_start_program "$PROGRAM"
     MORVANE_PID=$!
     show topmost:Notepad topmost:Registry ordinary:WineMine above:Notepad:Registry
 
@@ -175,10 +164,7 @@ finish() {
 (($# == 0)) || { echo "usage: ${0##*/}" >&2; exit 2; }
 cmake --build "$ROOT/build/release" --target window_report
 choose_screen
-trap session_close EXIT
-trap 'exit 129' HUP
-trap 'exit 130' INT
-trap 'exit 143' TERM
+session_close_at_exit
 session_open
 open_windows
 show_pinning

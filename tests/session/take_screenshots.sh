@@ -42,20 +42,9 @@ areas() {
     wine "$AREAS" "$@" || fail "screen_areas $*"
 }
 
-# In a session of its own, so that Ctrl+C in the terminal reaches only this script.
-start_program() {
-    setsid wine "$@" </dev/null >/dev/null 2>&1 &
-}
-
-# Renamed into place, as a pass would use a half-written file as it is.
-write_settings() {
-    printf '%s\n' "$@" >"$SETTINGS.new"
-    mv "$SETTINGS.new" "$SETTINGS"
-}
-
 # Returns once the menu can be opened. $1 is the language.
 start_morvane() {
-    MORVANE_LANG=$1 start_program "$PROGRAM"
+    MORVANE_LANG=$1 session_start_program "$PROGRAM"
     MORVANE_PID=$!
     areas icon >/dev/null
 }
@@ -138,10 +127,6 @@ take_and_publish() {
 }
 
 open_two_windows() {
-    local folder
-    folder=$(wine cmd /c 'echo %APPDATA%' | tr -d '\r')
-    SETTINGS=$(winepath -u "$folder")/Morvane/config.txt
-    mkdir -p "$(dirname "$SETTINGS")"
     printf '%s\r\n' "To do" "" "- answer the mail of Monday" "- book the room for the review" \
         "- water the plants" >"$WINEPREFIX/drive_c/Notes.txt"
     printf '%s\n' '{\rtf1\ansi{\fonttbl{\f0 Liberation Sans;}}\f0' \
@@ -150,12 +135,12 @@ open_two_windows() {
         'warehouse took over its share in March. The second one was better than\par' \
         'planned, for two reasons that the next pages explain.\par}' \
         >"$WINEPREFIX/drive_c/Report.rtf"
-    start_program notepad 'C:\Notes.txt'
-    start_program 'C:\Program Files\Windows NT\Accessories\wordpad.exe' 'C:\Report.rtf'
+    session_start_program notepad 'C:\Notes.txt'
+    session_start_program 'C:\Program Files\Windows NT\Accessories\wordpad.exe' 'C:\Report.rtf'
     report wait "$PATIENCE" ordinary:Notes ordinary:Report
     report place Report 520 270 620 440
     report place Notes 720 360 340 220
-    # Wine draws it in front from here on, until Morvane changes that.
+    # Wine 8.0 draws it in front from here on, until Morvane changes that.
     report activate Report
     report wait "$PATIENCE" active:Report
     areas taskbar
@@ -163,8 +148,8 @@ open_two_windows() {
 
 # None of them covers the corner where the menu opens.
 open_more_windows() {
-    start_program winemine
-    start_program regedit
+    session_start_program winemine
+    session_start_program regedit
     report wait "$PATIENCE" ordinary:WineMine ordinary:Registry
     report place Report 100 80 620 440
     report place Notes 300 170 340 220
@@ -182,7 +167,7 @@ wait_until_notes_are_drawn_in_front() {
 }
 
 take_main() {
-    write_settings '@pinning=1' 'Notes'
+    session_write_settings '@pinning=1' 'Notes'
     start_morvane en
     report wait "$PATIENCE" topmost:Notes ordinary:Report
     wait_until_notes_are_drawn_in_front
@@ -264,17 +249,14 @@ take_balloon() {
 (($# == 0)) || { echo "usage: ${0##*/}" >&2; exit 2; }
 cmake --build "$ROOT/build/release" --target window_report screen_areas
 mkdir -p "$PICTURES"
-trap session_close EXIT
-trap 'exit 129' HUP
-trap 'exit 130' INT
-trap 'exit 143' TERM
+session_close_at_exit
 session_open
 open_two_windows
 take_main
 take_abouts
 end_morvane
 open_more_windows
-write_settings '@pinning=1' 'Notes' 'WineMine 160 226'
+session_write_settings '@pinning=1' 'Notes' 'WineMine 160 226'
 take_languages
 start_morvane en
 take_menus

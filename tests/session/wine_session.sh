@@ -6,9 +6,10 @@
 #
 #   wine_session.sh run COMMAND [ARGUMENT...]   runs a command in a session and returns its status
 #
-# A script that sources it controls the session with session_open and session_close. While one is
-# open, the environment has DISPLAY, WINEPREFIX, HOME, the Wine switches, MORVANE_TEST_DISPOSABLE=1,
-# MORVANE_TEST_KNOWN_SKIPS and MORVANE_TEST_LINKS, and SESSION_DIR is the session's own folder.
+# A script that sources it controls the session with session_open and session_close_at_exit. While
+# it is open, the environment has DISPLAY, WINEPREFIX, HOME, the Wine switches,
+# MORVANE_TEST_DISPOSABLE=1, MORVANE_TEST_KNOWN_SKIPS and MORVANE_TEST_LINKS, and SESSION_DIR is the
+# session's own folder.
 # MORVANE_SESSION_LOCALE chooses another display language than English.
 
 SESSION_ROOT=$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)
@@ -67,7 +68,7 @@ session_fill_template() {
     local -x WINEPREFIX=$1 HOME=$1/home
     local face
     wineboot -i || return
-    # Wine does not look for fonts in its own package. Without these there is no Tahoma for the
+    # Wine 8.0 does not look for fonts in its own package. Without these there is no Tahoma for the
     # interface and no Marlett for check marks.
     cp /usr/share/wine/fonts/*.ttf "$WINEPREFIX/drive_c/windows/Fonts/" || return
     # Missing glyphs are looked up in another font only if the registry says so.
@@ -119,8 +120,8 @@ session_copy_template() {
     ) 9>"$SESSION_TEMPLATE.lock"
 }
 
-# Makes the links that tests need: Wine's programs cannot. The folder "Replaced" holds one in place
-# of the program's folder, "Around" has some inside of it.
+# Makes the links that tests need: programs under Wine 8.0 cannot. The folder "Replaced" holds one in
+# place of the program's folder, "Around" has some inside of it.
 session_make_links() {
     local links=$SESSION_DIR/profile/drive_c/links
     mkdir -p "$links"/{Target,Replaced,Around/Morvane/a/b} &&
@@ -143,6 +144,7 @@ session_start_screen() {
             return 0
         fi
         # Two servers starting at once can want the same number; one of them gives up.
+        ((attempt == 3)) || echo "measured: start of a virtual screen repeated: $attempt" >&2
         kill "$SESSION_SCREEN_PID" 2>/dev/null
     done
     session_fail "no virtual screen after $attempt attempts: $(tail -n 3 "$SESSION_DIR/screen.log")"
@@ -161,7 +163,7 @@ session_open() {
                 ;;
         esac
     done
-    # Without a UTF-8 locale Wine cannot name files beyond ASCII; C makes the session English.
+    # Without a UTF-8 locale Wine 8.0 cannot name files beyond ASCII; C makes the session English.
     export LC_ALL=C.UTF-8
     export HOME=$SESSION_DIR/home
     # Wine 10.0 aborts where it is set.
@@ -198,12 +200,33 @@ session_close() {
     SESSION_DIR='' SESSION_SCREEN_PID=''
 }
 
-session_run() {
-    local status=0 command
+session_close_at_exit() {
     trap session_close EXIT
     trap 'exit 129' HUP
     trap 'exit 130' INT
     trap 'exit 143' TERM
+}
+
+# Starts a Windows program in a process session of its own, so that Ctrl+C in the terminal reaches
+# only the script.
+session_start_program() {
+    setsid wine "$@" </dev/null >/dev/null 2>&1 &
+}
+
+# Replaces the program's settings; each argument is a line. SETTINGS is then the file's path. It is
+# renamed into place, as a pass would use a half-written file as it is.
+session_write_settings() {
+    if [[ ! ${SETTINGS:-} ]]; then
+        SETTINGS=$(wine cmd /c 'echo %APPDATA%' | tr -d '\r') &&
+            SETTINGS=$(winepath -u "$SETTINGS")/Morvane/config.txt &&
+            mkdir -p "$(dirname "$SETTINGS")" || return
+    fi
+    printf '%s\n' "$@" >"$SETTINGS.new" && mv "$SETTINGS.new" "$SETTINGS"
+}
+
+session_run() {
+    local status=0 command
+    session_close_at_exit
     session_open || exit
     # In the background, as bash handles signals only after a foreground command ends.
     "$@" <&0 &

@@ -14,7 +14,7 @@
 #include "soak/pass_driver.h"
 #include "soak/settings_on_disk.h"
 #include "support/actor.h"
-#include "unit/generated.h"
+#include "support/generated.h"
 
 namespace morvane::test {
 
@@ -24,9 +24,8 @@ struct ChurnCounts {
     std::uint64_t abouts = 0;
     std::uint64_t hangs = 0;
     std::uint64_t refusedAdditions = 0;  // to a full list
-    std::uint64_t repeatedChecks = 0;
-    std::uint64_t extraPasses = 0;
-    std::uint64_t wrongOrdersDespiteRightRequests = 0;
+    std::uint64_t secondLooks = 0;
+    std::uint64_t wrongOrders = 0;  // despite right requests
 };
 
 struct Churn {
@@ -41,6 +40,8 @@ struct Churn {
     std::array<Actor, ActorCount> actors;
     std::vector<HWND> owners;  // one per actor, never visible
     ChurnCounts counts;
+    std::size_t lastPasses = 0;       // as many as saw the windows and the file as they are
+    std::string wrong;                // what a step has found; empty while nothing is
     std::deque<std::string> journal;  // the last steps
 };
 
@@ -53,12 +54,6 @@ void BeginChurn(Churn& churn);
 
 // The same without a change.
 [[nodiscard]] std::string RunQuietStep(Churn& churn);
-
-// The differences from the model; empty if there are none.
-[[nodiscard]] std::string CheckModel(Churn& churn);
-
-// Appends to the journal's last line.
-void Note(Churn& churn, const std::string& line);
 
 // The last steps, the windows and the file.
 [[nodiscard]] std::string Account(Churn& churn);

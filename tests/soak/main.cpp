@@ -6,8 +6,8 @@
 #include <cstdint>
 #include <cstdio>
 #include <cwchar>
-#include <exception>
 #include <optional>
+#include <stdexcept>
 #include <string>
 
 #include "soak/churn.h"
@@ -24,6 +24,7 @@ using Clock = std::chrono::steady_clock;
 // As many as the program's timer makes in a day.
 constexpr std::uint64_t PassesOfADay = 172'800;
 constexpr std::uint64_t WarmUpPasses = 3'000;
+constexpr double WarmUpShare = 0.25;  // of a short run
 constexpr auto ProgressInterval = std::chrono::seconds(15);
 
 struct Options {
@@ -54,10 +55,6 @@ std::optional<Options> ReadOptions(int count, wchar_t** arguments) {
     return count % 2 == 1 ? std::optional(options) : std::nullopt;
 }
 
-double SecondsSince(Clock::time_point start) {
-    return std::chrono::duration<double>(Clock::now() - start).count();
-}
-
 struct Soak {
     Soak(const Options& wanted, const Program& program)
         : options(&wanted),
@@ -74,61 +71,53 @@ struct Soak {
     Clock::time_point start = Clock::now();
 };
 
-void PrintProgress(const Soak& soak, std::uint64_t passesBefore, double seconds) {
+double SecondsSince(Clock::time_point start) {
+    return std::chrono::duration<double>(Clock::now() - start).count();
+}
+
+// So many passes, or that share of the minutes, if they are limited.
+bool IsReached(const Soak& soak, std::uint64_t passes, double share) {
+    const double seconds = soak.options->minutes * 60 * share;
+    return soak.driver.Passes() >= passes || (seconds > 0 && SecondsSince(soak.start) > seconds);
+}
+
+void PrintProgress(const Soak& soak) {
     const std::uint64_t passes = soak.driver.Passes();
+    const double seconds = SecondsSince(soak.start);
     std::printf("soak: %" PRIu64 " passes, %.0f per second, %" PRIu64
                 " steps, 0 differences, %zu kernel handles, %zu KiB private, %.0f s\n",
-                passes, static_cast<double>(passes - passesBefore) / seconds,
-                soak.churn.counts.steps, KernelHandles(soak.processId),
-                PrivateKilobytes(soak.processId), SecondsSince(soak.start));
+                passes, static_cast<double>(passes) / seconds, soak.churn.counts.steps,
+                KernelHandles(soak.processId), PrivateKilobytes(soak.processId), seconds);
     static_cast<void>(std::fflush(stdout));
 }
 
-void PrintDifference(Soak& soak, const std::string& wrong) {
-    std::printf(
-        "\nFAILED after %" PRIu64 " passes; to repeat the steps: --seed %" PRIu32 "\n%s%s\n",
-        soak.driver.Passes(), soak.options->seed, wrong.c_str(), Account(soak.churn).c_str());
-    static_cast<void>(std::fflush(stdout));
+void FailOn(Soak& soak, const std::string& difference) {
+    if (!difference.empty()) {
+        throw std::runtime_error("after " + std::to_string(soak.driver.Passes()) +
+                                 " passes; to repeat the steps: --seed " +
+                                 std::to_string(soak.options->seed) + "\n" + difference +
+                                 Account(soak.churn));
+    }
 }
 
-bool IsTimeUp(const Soak& soak) {
-    return soak.driver.Passes() >= soak.options->passes ||
-           (soak.options->minutes > 0 && SecondsSince(soak.start) > soak.options->minutes * 60);
-}
-
-// A short run must not spend all its time on warming up.
-bool IsWarm(const Soak& soak) {
-    constexpr double Share = 0.25;
-    return soak.driver.Passes() >= WarmUpPasses ||
-           (soak.options->minutes > 0 &&
-            SecondsSince(soak.start) > soak.options->minutes * 60 * Share);
-}
-
-// False on a difference.
-bool RunSteps(Soak& soak) {
+void RunSteps(Soak& soak) {
     Clock::time_point lastProgress = soak.start;
-    std::uint64_t lastPasses = 0;
     // Goes on until windows are held; otherwise the exit would have nothing to release.
-    while (!IsTimeUp(soak) || soak.churn.model.remembered.empty()) {
-        const std::string wrong = RunStep(soak.churn);
-        if (!wrong.empty()) {
-            PrintDifference(soak, wrong);
-            return false;
-        }
-        if (soak.warmPasses == 0 && IsWarm(soak)) {
+    while (!IsReached(soak, soak.options->passes, 1) || soak.churn.model.remembered.empty()) {
+        FailOn(soak, RunStep(soak.churn));
+        if (soak.warmPasses == 0 && IsReached(soak, WarmUpPasses, WarmUpShare)) {
             soak.warm = MeasureConsumption(soak.processId);
             soak.warmPasses = soak.driver.Passes();
         }
         if (Clock::now() - lastProgress > ProgressInterval) {
-            PrintProgress(soak, lastPasses, SecondsSince(lastProgress));
-            lastPasses = soak.driver.Passes();
+            PrintProgress(soak);
             lastProgress = Clock::now();
         }
     }
     if (soak.warmPasses == 0) {
-        std::printf("FAILED: too short to warm up\n");
+        throw std::runtime_error("too short to warm up");
     }
-    return soak.warmPasses > 0;
+    FailOn(soak, RunQuietStep(soak.churn));
 }
 
 std::string Row(const std::string& what, const std::string& how, const std::string& result) {
@@ -151,10 +140,8 @@ std::string ReportRows(const Soak& soak, const Consumption& last, double seconds
                     std::to_string(counts.abouts) + " times, " + std::to_string(counts.hangs) +
                     " hung processes, " + std::to_string(counts.refusedAdditions) +
                     " additions to a full list",
-                std::to_string(counts.repeatedChecks) + " repeated checks, " +
-                    std::to_string(counts.extraPasses) + " extra passes for the order, " +
-                    std::to_string(counts.wrongOrdersDespiteRightRequests) +
-                    " wrong orders despite right requests");
+                std::to_string(counts.secondLooks) + " second looks, " +
+                    std::to_string(counts.wrongOrders) + " wrong orders despite right requests");
     const std::string when = "after " + std::to_string(soak.warmPasses) + " passes, and at the end";
     rows +=
         Row("Kernel handles", when, BeforeAndAfter(soak.warm.kernelHandles, last.kernelHandles));
@@ -166,51 +153,33 @@ std::string ReportRows(const Soak& soak, const Consumption& last, double seconds
 }
 
 // After the exit, everything pinned must be released and the settings file unchanged.
-bool EndsCleanly(Soak& soak, const Program& program) {
+void End(Soak& soak, const Program& program) {
     if (program.ExitByCommand() != 0U) {
-        std::printf("FAILED: the program did not exit properly\n");
-        return false;
+        throw std::runtime_error("the program did not exit properly");
     }
     ReleaseModel(soak.churn.model);
-    const std::string differences =
-        WindowDifferences(soak.churn.model) + soak.churn.settings.Difference();
-    if (!differences.empty()) {
-        PrintDifference(soak, "after the exit:\n" + differences);
-    }
-    return differences.empty();
+    FailOn(soak, WindowDifferences(soak.churn.model) + soak.churn.settings.Difference());
 }
 
-bool Run(const Options& options) {
+void Run(const Options& options) {
     std::printf("soak: --seed %" PRIu32 "\n", options.seed);
     ResetProfile();
     const Program program;
     Soak soak(options, program);
     BeginChurn(soak.churn);
-    if (!RunSteps(soak)) {
-        return false;
-    }
+    RunSteps(soak);
     const double seconds = SecondsSince(soak.start);
-    const std::string wrong = RunQuietStep(soak.churn);
-    if (!wrong.empty()) {
-        PrintDifference(soak, wrong);
-        return false;
-    }
     const Consumption last = MeasureConsumption(soak.processId);
     const std::string rows = ReportRows(soak, last, seconds);
     std::printf("%s", rows.c_str());
     const std::string grown = Growth(soak.warm, last);
     if (!grown.empty()) {
-        std::printf("FAILED: %s\n", grown.c_str());
-        return false;
+        throw std::runtime_error(grown);
     }
-    if (!EndsCleanly(soak, program)) {
-        return false;
-    }
+    End(soak, program);
     if (!options.reportPath.empty() && !WriteFileBytes(options.reportPath, rows)) {
-        std::printf("FAILED: cannot write the report\n");
-        return false;
+        throw std::runtime_error("cannot write the report");
     }
-    return true;
 }
 
 }  // namespace
@@ -231,7 +200,8 @@ int wmain(int count, wchar_t** arguments) {
         return 2;
     }
     try {
-        return Run(*options) ? 0 : 1;
+        Run(*options);
+        return 0;
     } catch (const std::exception& error) {
         std::printf("FAILED: %s\n", error.what());
         return 1;

@@ -3,9 +3,10 @@
 #include <algorithm>
 #include <cstdint>
 
+#include "support/actor_protocol.h"
+#include "support/printed.h"
 #include "support/settings_reference.h"
 #include "support/window_state.h"
-#include "unit/printed.h"
 
 namespace morvane::test {
 namespace {
@@ -61,10 +62,6 @@ void Pin(ModelWindow& window, const PinEntry& entry) {
     window.topmost = true;
 }
 
-std::string NameOf(HWND window) {
-    return std::to_string(reinterpret_cast<std::uintptr_t>(window));
-}
-
 std::string PlaceText(int x, int y, int width, int height) {
     return ", " + std::to_string(width) + " x " + std::to_string(height) + " at (" +
            std::to_string(x) + ", " + std::to_string(y) + ")";
@@ -110,6 +107,10 @@ std::string OrderText(const std::vector<HWND>& order) {
 }
 
 }  // namespace
+
+std::string NameOf(HWND window) {
+    return std::to_string(NumberFromWindow(window));
+}
 
 std::wstring SeenTitle(const std::wstring& title) {
     return title.substr(0, SeenUnits);

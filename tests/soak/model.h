@@ -34,6 +34,9 @@ struct Model {
     std::vector<HWND> expected;  // pinned by the last pass, highest first
 };
 
+// In failures: the number of its handle.
+[[nodiscard]] std::string NameOf(HWND window);
+
 // The part of a title that the program reads.
 [[nodiscard]] std::wstring SeenTitle(const std::wstring& title);
 

@@ -4,9 +4,9 @@
 #include <vector>
 
 #include "soak/steps.h"
+#include "support/printed.h"
 #include "support/settings_reference.h"
 #include "support/window_state.h"
-#include "unit/printed.h"
 
 namespace morvane::test {
 namespace {
@@ -54,13 +54,39 @@ constexpr std::string_view Lines[] = {
     "alpha notes 350 260",
 };
 
-bool IsUnlocked(const Churn& churn) {
-    const SettingsState state = churn.settings.State();
-    return state != SettingsState::Locked && state != SettingsState::WriteLocked;
+bool Always(const Churn& /*churn*/) {
+    return true;
 }
 
 bool IsText(const Churn& churn) {
     return churn.settings.State() == SettingsState::Text;
+}
+
+bool HasBytes(const Churn& churn) {
+    return IsText(churn) && !churn.settings.Bytes().empty();
+}
+
+bool IsLocked(const Churn& churn) {
+    const SettingsState state = churn.settings.State();
+    return state == SettingsState::Locked || state == SettingsState::WriteLocked;
+}
+
+bool IsUnlocked(const Churn& churn) {
+    return !IsLocked(churn);
+}
+
+bool CanBecomeAFolder(const Churn& churn) {
+    return IsUnlocked(churn) && churn.settings.State() != SettingsState::Folder;
+}
+
+// A step that is possible while the condition holds.
+template <bool (*Condition)(const Churn&), void (*Change)(Churn&)>
+bool While(Churn& churn) {
+    const bool possible = Condition(churn);
+    if (possible) {
+        Change(churn);
+    }
+    return possible;
 }
 
 std::string AnyText(Generator& generator, bool pinning) {
@@ -77,21 +103,14 @@ std::string AnyText(Generator& generator, bool pinning) {
     return text;
 }
 
-bool Edit(Churn& churn, std::string& /*wrong*/) {
-    if (!IsUnlocked(churn)) {
-        return false;
-    }
+void Edit(Churn& churn) {
     churn.settings.Replace(AnyText(churn.generator, churn.generator.Below(8) != 0));
     Note(churn, Printed(churn.settings.Bytes()));
-    return true;
 }
 
 // Fills the list to about the limit, so that sometimes there is no room for another entry. Only the
 // last lines can match a window, and the reader drops those beyond the limit.
-bool FillTheList(Churn& churn, std::string& /*wrong*/) {
-    if (!IsUnlocked(churn)) {
-        return false;
-    }
+void FillTheList(Churn& churn) {
     constexpr std::size_t Near = 3;
     const std::size_t count = MostEntries - Near + churn.generator.Below(2 * Near);
     std::string text;
@@ -101,81 +120,51 @@ bool FillTheList(Churn& churn, std::string& /*wrong*/) {
     text += AnyText(churn.generator, true);
     churn.settings.Replace(text);
     Note(churn, "with " + std::to_string(churn.settings.Readable().entries.size()));
-    return true;
 }
 
 // Changes nothing else, so that only the switch can release windows.
-bool FlipInTheFile(Churn& churn, std::string& /*wrong*/) {
-    if (!IsText(churn)) {
-        return false;
-    }
+void FlipInTheFile(Churn& churn) {
     PinList list = churn.settings.Readable();
     list.pinning = !list.pinning;
     churn.settings.Replace(ReferenceFormat(list));
-    return true;
 }
 
-bool Truncate(Churn& churn, std::string& /*wrong*/) {
-    if (!IsText(churn) || churn.settings.Bytes().empty()) {
-        return false;
-    }
+void Truncate(Churn& churn) {
     churn.settings.Truncate(churn.generator.Below(churn.settings.Bytes().size()));
     Note(churn, Printed(churn.settings.Bytes()));
-    return true;
 }
 
-bool Append(Churn& churn, std::string& /*wrong*/) {
-    if (!IsText(churn)) {
-        return false;
-    }
+void Append(Churn& churn) {
     churn.settings.Append(AnyText(churn.generator, true));
     Note(churn, Printed(churn.settings.Bytes()));
-    return true;
 }
 
-bool Delete(Churn& churn, std::string& /*wrong*/) {
-    if (!IsText(churn)) {
-        return false;
-    }
+void Delete(Churn& churn) {
     churn.settings.Delete();
-    return true;
 }
 
-bool PutFolderInPlace(Churn& churn, std::string& /*wrong*/) {
-    if (!IsUnlocked(churn) || churn.settings.State() == SettingsState::Folder) {
-        return false;
-    }
+void PutFolderInPlace(Churn& churn) {
     churn.settings.PutFolderInPlace();
-    return true;
 }
 
-bool Lock(Churn& churn, std::string& /*wrong*/) {
-    if (!IsText(churn)) {
-        return false;
-    }
+void Lock(Churn& churn) {
     const bool againstAll = churn.generator.Below(2) == 0;
     Note(churn, againstAll ? "against all" : "against writing");
     churn.settings.Lock(againstAll ? SettingsState::Locked : SettingsState::WriteLocked);
-    return true;
 }
 
-bool Unlock(Churn& churn, std::string& /*wrong*/) {
-    if (IsUnlocked(churn)) {
-        return false;
-    }
+void Unlock(Churn& churn) {
     churn.settings.Unlock();
-    return true;
 }
 
-bool ApplyNow(Churn& churn, std::string& /*wrong*/) {
+void ApplyNow(Churn& churn) {
     churn.driver->RunCommand(ApplyNowCommand);
     RunModelPass(churn.model, churn.settings.Readable());
-    return true;
 }
 
 // The program changes and saves the list it read last. If it cannot save, the next pass uses the
 // file again.
-bool FlipByCommand(Churn& churn, std::string& /*wrong*/) {
+void FlipByCommand(Churn& churn) {
     churn.driver->RunCommand(AlwaysOnTopCommand);
     PinList list = churn.model.list;
     list.pinning = !list.pinning;
@@ -186,7 +175,6 @@ bool FlipByCommand(Churn& churn, std::string& /*wrong*/) {
     } else {
         ReleaseModel(churn.model);
     }
-    return true;
 }
 
 // The rows of the program's window list: visible windows that have a title and no owner.
@@ -205,7 +193,7 @@ std::vector<std::wstring> RowTitles() {
 
 // Like the program, adds an entry for a title that has none if there is room, and removes the entry
 // otherwise. Saves only changes.
-bool ToggleRow(Churn& churn, std::string& wrong) {
+bool ToggleRow(Churn& churn) {
     std::vector<std::wstring> titles;
     for (const ModelWindow& window : churn.model.windows) {
         if (window.visible && !window.owned && !window.title.empty()) {
@@ -220,7 +208,7 @@ bool ToggleRow(Churn& churn, std::string& wrong) {
     const std::vector<std::wstring> rows = RowTitles();
     const auto row = std::find(rows.begin(), rows.end(), title);
     if (row == rows.end()) {
-        wrong = "  a window has no row\n";
+        churn.wrong = "  a window has no row\n";
         return true;
     }
     churn.driver->RunCommand(
@@ -244,57 +232,37 @@ bool ToggleRow(Churn& churn, std::string& wrong) {
     return true;
 }
 
-bool OpenMenu(Churn& churn, std::string& /*wrong*/) {
+void OpenMenu(Churn& churn) {
     churn.driver->OpenMenu();
     churn.driver->RunPasses(PassesWhileOpen);
     churn.driver->CloseMenu();
     ++churn.counts.menus;
-    return true;
 }
 
-bool OpenAbout(Churn& churn, std::string& /*wrong*/) {
+void OpenAbout(Churn& churn) {
     churn.driver->OpenAbout();
     churn.driver->RunPasses(PassesWhileOpen);
     churn.driver->CloseAbout();
     ++churn.counts.abouts;
-    return true;
-}
-
-// Renames a window while the menu's own message loop runs.
-bool RenameUnderTheMenu(Churn& churn, std::string& wrong) {
-    if (churn.model.windows.empty()) {
-        return false;
-    }
-    ModelWindow& window = churn.model.windows[churn.generator.Below(churn.model.windows.size())];
-    churn.driver->OpenMenu();
-    window.title = churn.generator.Below(2) == 0 ? L"Alpha" : L"Omega";
-    Note(churn, std::to_string(NumberFromWindow(window.window)) + " to " + Printed(window.title));
-    churn.actors.at(window.actor).SetTitle(window.window, window.title);
-    RunPasses(churn, 1);
-    wrong = CheckModel(churn);
-    churn.driver->CloseMenu();
-    ++churn.counts.menus;
-    return true;
 }
 
 }  // namespace
 
 const Step ProgramSteps[ProgramStepCount] = {
-    {"edit", 110, Edit},
-    {"fill the list", 16, FillTheList},
-    {"flip the switch in the file", 40, FlipInTheFile},
-    {"truncate", 15, Truncate},
-    {"append", 30, Append},
-    {"delete the file", 10, Delete},
-    {"put a folder in its place", 8, PutFolderInPlace},
-    {"lock the file", 15, Lock},
-    {"unlock the file", 60, Unlock},
-    {"apply now", 20, ApplyNow},
-    {"flip the switch by command", 50, FlipByCommand},
+    {"edit", 110, While<IsUnlocked, Edit>},
+    {"fill the list", 16, While<IsUnlocked, FillTheList>},
+    {"flip the switch in the file", 40, While<IsText, FlipInTheFile>},
+    {"truncate", 15, While<HasBytes, Truncate>},
+    {"append", 30, While<IsText, Append>},
+    {"delete the file", 10, While<IsText, Delete>},
+    {"put a folder in its place", 8, While<CanBecomeAFolder, PutFolderInPlace>},
+    {"lock the file", 15, While<IsText, Lock>},
+    {"unlock the file", 60, While<IsLocked, Unlock>},
+    {"apply now", 20, While<Always, ApplyNow>},
+    {"flip the switch by command", 50, While<Always, FlipByCommand>},
     {"toggle a row", 60, ToggleRow},
-    {"open the menu", 20, OpenMenu},
-    {"open About", 8, OpenAbout},
-    {"rename under the menu", 10, RenameUnderTheMenu},
+    {"open the menu", 20, While<Always, OpenMenu>},
+    {"open About", 8, While<Always, OpenAbout>},
 };
 
 }  // namespace morvane::test

@@ -5,11 +5,11 @@
 #include <stdexcept>
 
 #include "base/win.h"
+#include "support/printed.h"
 #include "support/settings_reference.h"
 #include "support/test_environment.h"
 #include "support/test_files.h"
 #include "support/wait.h"
-#include "unit/printed.h"
 
 namespace morvane::test {
 namespace {

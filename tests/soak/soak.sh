@@ -65,7 +65,7 @@ fuzz() {
     [[ ! $minutes ]] || amount=(--seconds $((minutes * 60 * FUZZ_SHARE / 100)))
     [[ ! $documents ]] || amount=(--documents "$documents")
     # With this WINEDEBUG Wine reports damaged heaps.
-    "${SESSION[@]}" env WINEDEBUG=-all,warn+heap wine "$BUILD/morvane_fuzz.exe" "${amount[@]}" \
+    "${SESSION[@]}" env WINEDEBUG=-all,err+heap,warn+heap wine "$BUILD/morvane_fuzz.exe" "${amount[@]}" \
         "${seed[@]}" --kept "$(windows_path "$PWD/tests/fuzz/kept")" \
         --save "$(windows_path "$RESULTS")" --report "$(windows_path "$RESULTS/fuzz.rows")" 2>&1 |
         tee "$RESULTS/fuzz.log" || return

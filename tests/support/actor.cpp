@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdio>
 #include <optional>
 #include <stdexcept>
 #include <utility>
@@ -15,7 +14,6 @@ namespace {
 constexpr std::chrono::milliseconds AnswerTimeout{60'000};
 constexpr std::chrono::milliseconds StartTimeout{20'000};
 constexpr std::chrono::milliseconds EndTimeout{2'000};
-constexpr int MaxStarts = 3;
 
 struct Pipe {
     FileHandle readEnd;
@@ -25,30 +23,23 @@ struct Pipe {
 // Only the child's end is inheritable; otherwise neither side would see the other close.
 Pipe MakePipe(bool childReads) {
     SECURITY_ATTRIBUTES inheritable{sizeof(SECURITY_ATTRIBUTES), nullptr, TRUE};
-    HANDLE readEnd = nullptr;
-    HANDLE writeEnd = nullptr;
-    if (CreatePipe(&readEnd, &writeEnd, &inheritable, 0) == FALSE) {
+    Pipe pipe;
+    if (CreatePipe(pipe.readEnd.put(), pipe.writeEnd.put(), &inheritable, 0) == FALSE) {
         throw std::runtime_error("no pipe to the window actor");
     }
-    SetHandleInformation(childReads ? writeEnd : readEnd, HANDLE_FLAG_INHERIT, 0);
-    return {FileHandle(readEnd), FileHandle(writeEnd)};
+    SetHandleInformation((childReads ? pipe.writeEnd : pipe.readEnd).get(), HANDLE_FLAG_INHERIT, 0);
+    return pipe;
 }
 
-std::string WindowCommand(const char* name, HWND window) {
-    return std::string(name) + " " + std::to_string(NumberFromWindow(window));
+std::string Command(const char* name, std::initializer_list<long long> numbers) {
+    return std::string(name) + " " + JoinNumbers(numbers, ' ');
 }
 
 std::string CreationWords(const WindowSpec& spec) {
-    std::string words = HexFromText(spec.className) + " " + HexFromText(spec.title);
-    for (const long long number :
-         {static_cast<long long>(spec.style), static_cast<long long>(spec.exStyle),
-          static_cast<long long>(spec.x), static_cast<long long>(spec.y),
-          static_cast<long long>(spec.width), static_cast<long long>(spec.height),
-          NumberFromWindow(spec.owner), static_cast<long long>(spec.visible ? 1 : 0),
-          static_cast<long long>(spec.colour)}) {
-        words += " " + std::to_string(number);
-    }
-    return words;
+    return HexFromText(spec.className) + " " + HexFromText(spec.title) + " " +
+           JoinNumbers({spec.style, spec.exStyle, spec.x, spec.y, spec.width, spec.height,
+                        NumberFromWindow(spec.owner), spec.visible ? 1 : 0, spec.colour},
+                       ' ');
 }
 
 // Throws if the word is not a number.
@@ -75,13 +66,14 @@ std::vector<long long> RecordNumbers(std::string_view record, std::size_t count)
 }  // namespace
 
 Actor::Actor() {
-    // Once in thousands of starts the process never came to life; the next attempt worked.
-    for (int attempt = 1; !Start(); ++attempt) {
-        std::fprintf(stderr, "start of a window actor, attempt %d: no answer\n", attempt);
+    // Once in thousands of starts under Wine 8.0 the process never came to life; the next attempt
+    // worked.
+    for (int repeat = 1; !Start(); ++repeat) {
         End();
-        if (attempt == MaxStarts) {
+        if (repeat > MaxRepeatsPerStart) {
             throw std::runtime_error("the window actor does not start");
         }
+        CountRepeatedStart("no answer of a window actor");
     }
 }
 
@@ -174,7 +166,7 @@ HWND Actor::Create(const WindowSpec& spec) {
 }
 
 std::vector<HWND> Actor::CreateMany(int count, const WindowSpec& spec) {
-    const std::string answer = Ask("many " + std::to_string(count) + " " + CreationWords(spec));
+    const std::string answer = Ask(Command("many", {count}) + " " + CreationWords(spec));
     std::vector<HWND> windows;
     for (const std::string_view word : SplitWords(answer, ' ')) {
         windows.push_back(WindowFromNumber(AnsweredNumber(word)));
@@ -183,16 +175,15 @@ std::vector<HWND> Actor::CreateMany(int count, const WindowSpec& spec) {
 }
 
 void Actor::SetTitle(HWND window, std::wstring_view title) {
-    Ask(WindowCommand("title", window) + " " + HexFromText(title));
+    Ask(Command("title", {NumberFromWindow(window)}) + " " + HexFromText(title));
 }
 
 void Actor::Place(HWND window, int x, int y, int width, int height) {
-    Ask(WindowCommand("place", window) + " " + std::to_string(x) + " " + std::to_string(y) + " " +
-        std::to_string(width) + " " + std::to_string(height));
+    Ask(Command("place", {NumberFromWindow(window), x, y, width, height}));
 }
 
 void Actor::Show(HWND window, int showCommand) {
-    Ask(WindowCommand("show", window) + " " + std::to_string(showCommand));
+    Ask(Command("show", {NumberFromWindow(window), showCommand}));
 }
 
 void Actor::Minimise(HWND window) {
@@ -210,42 +201,42 @@ void Actor::Restore(HWND window) {
 }
 
 void Actor::SetTopmost(HWND window, bool topmost) {
-    Ask(WindowCommand("order", window) + " " +
-        std::to_string(NumberFromWindow(topmost ? HWND_TOPMOST : HWND_NOTOPMOST)));
+    Ask(Command("order", {NumberFromWindow(window),
+                          NumberFromWindow(topmost ? HWND_TOPMOST : HWND_NOTOPMOST)}));
 }
 
 void Actor::Raise(HWND window) {
-    Ask(WindowCommand("order", window) + " " + std::to_string(NumberFromWindow(HWND_TOP)));
+    Ask(Command("order", {NumberFromWindow(window), NumberFromWindow(HWND_TOP)}));
 }
 
 void Actor::Destroy(HWND window) {
-    Ask(WindowCommand("destroy", window));
+    Ask(Command("destroy", {NumberFromWindow(window)}));
 }
 
 bool Actor::BringToForeground(HWND window) {
-    Ask(WindowCommand("foreground", window));
+    Ask(Command("foreground", {NumberFromWindow(window)}));
     return WaitUntil([window] { return GetForegroundWindow() == window; });
 }
 
 void Actor::Hang(std::chrono::milliseconds duration) {
-    Ask("hang " + std::to_string(duration.count()));
+    Ask(Command("hang", {duration.count()}));
 }
 
 void Actor::Refuse(HWND window, bool refusing) {
-    Ask(WindowCommand("refuse", window) + (refusing ? " 1" : " 0"));
+    Ask(Command("refuse", {NumberFromWindow(window), refusing ? 1 : 0}));
 }
 
 void Actor::SetOwner(HWND window, HWND owner) {
-    Ask(WindowCommand("owner", window) + " " + std::to_string(NumberFromWindow(owner)));
+    Ask(Command("owner", {NumberFromWindow(window), NumberFromWindow(owner)}));
 }
 
 void Actor::DieOnRequest(HWND window, int n) {
-    Ask(WindowCommand("die", window) + " " + std::to_string(n));
+    Ask(Command("die", {NumberFromWindow(window), n}));
 }
 
 std::vector<PositionRequest> Actor::Requests(HWND window) {
     std::vector<PositionRequest> requests;
-    const std::string answer = Ask(WindowCommand("requests", window));
+    const std::string answer = Ask(Command("requests", {NumberFromWindow(window)}));
     for (const std::string_view record : SplitWords(answer, ' ')) {
         const std::vector<long long> n = RecordNumbers(record, 8);
         requests.push_back({WindowFromNumber(n[0]), static_cast<int>(n[1]), static_cast<int>(n[2]),
@@ -257,7 +248,7 @@ std::vector<PositionRequest> Actor::Requests(HWND window) {
 
 std::vector<InputEvent> Actor::Input(HWND window) {
     std::vector<InputEvent> events;
-    const std::string answer = Ask(WindowCommand("input", window));
+    const std::string answer = Ask(Command("input", {NumberFromWindow(window)}));
     for (const std::string_view record : SplitWords(answer, ' ')) {
         const std::vector<long long> n = RecordNumbers(record, 3);
         events.push_back({static_cast<UINT>(n[0]), static_cast<int>(n[1]), static_cast<int>(n[2])});
@@ -266,7 +257,7 @@ std::vector<InputEvent> Actor::Input(HWND window) {
 }
 
 void Actor::ForgetRecords(HWND window) {
-    Ask(WindowCommand("forget", window));
+    Ask(Command("forget", {NumberFromWindow(window)}));
 }
 
 bool Actor::Quit(std::chrono::milliseconds timeout) {

@@ -12,21 +12,6 @@
 
 namespace morvane::test {
 
-struct WindowSpec {
-    // Registered on demand; system classes such as "#32770" are used as they are.
-    std::wstring className = L"MorvaneTestWindow";
-    std::wstring title = L"Actor window";
-    DWORD style = WS_OVERLAPPEDWINDOW;
-    DWORD exStyle = 0;
-    int x = 100;  // outer rectangle, screen pixels
-    int y = 100;
-    int width = 400;
-    int height = 300;
-    HWND owner = nullptr;                     // another window of the same actor
-    bool visible = true;                      // shown without being activated
-    COLORREF colour = RGB(0xE0, 0xE0, 0xE0);  // of the client area
-};
-
 // Owns a running window_actor.exe (MORVANE_TEST_ACTOR) and controls that process's windows. Every
 // call returns once the actor has carried it out; if the actor answers with an error, or not at all
 // within a minute, the call throws std::runtime_error with the command and the answer. The

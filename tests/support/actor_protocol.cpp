@@ -46,6 +46,14 @@ std::optional<std::wstring> TextFromHex(std::string_view digits) {
     return text;
 }
 
+std::string JoinNumbers(std::initializer_list<long long> numbers, char separator) {
+    std::string line;
+    for (const long long number : numbers) {
+        line += (line.empty() ? "" : std::string(1, separator)) + std::to_string(number);
+    }
+    return line;
+}
+
 std::vector<std::string_view> SplitWords(std::string_view line, char separator) {
     std::vector<std::string_view> words;
     while (!line.empty()) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <initializer_list>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -28,6 +29,21 @@
 // Except for quit and hang, the last four lines are answered even while the main thread hangs.
 namespace morvane::test {
 
+struct WindowSpec {
+    // Registered on demand; system classes such as "#32770" are used as they are.
+    std::wstring className = L"MorvaneTestWindow";
+    std::wstring title = L"Actor window";
+    DWORD style = WS_OVERLAPPEDWINDOW;  // WS_VISIBLE is ignored: see visible
+    DWORD exStyle = 0;
+    int x = 100;  // outer rectangle, screen pixels
+    int y = 100;
+    int width = 400;
+    int height = 300;
+    HWND owner = nullptr;                     // another window of the same actor
+    bool visible = true;                      // shown without being activated
+    COLORREF colour = RGB(0xE0, 0xE0, 0xE0);  // of the client area
+};
+
 // One WM_WINDOWPOSCHANGING as it arrived, before the window changed anything in it.
 struct PositionRequest {
     HWND insertAfter = nullptr;  // HWND_TOPMOST and HWND_NOTOPMOST are kept as they are
@@ -53,6 +69,8 @@ struct InputEvent {
 
 // Empty unless the digits are whole UTF-16 units.
 [[nodiscard]] std::optional<std::wstring> TextFromHex(std::string_view digits);
+
+[[nodiscard]] std::string JoinNumbers(std::initializer_list<long long> numbers, char separator);
 
 // Splits at each separator; empty parts are dropped.
 [[nodiscard]] std::vector<std::string_view> SplitWords(std::string_view line, char separator);

@@ -13,10 +13,12 @@ namespace morvane::test {
 // A variable without a value is removed from the child's environment.
 using Environment = std::vector<std::pair<std::wstring, std::optional<std::wstring>>>;
 
-// The handles a child inherits as standard input and output; both or neither.
+// The handles a child inherits as standard input and output, both or neither, and for errors, if
+// not this process's own.
 struct ChildPipes {
     HANDLE input = nullptr;
     HANDLE output = nullptr;
+    HANDLE error = nullptr;
 };
 
 struct ChildProcess {
@@ -32,6 +34,12 @@ enum class Begin { AtOnce, WhenResumed };
                                         const std::wstring& arguments,
                                         const Environment& changes = {},
                                         const ChildPipes& pipes = {}, Begin begin = Begin::AtOnce);
+
+inline constexpr int MaxRepeatsPerStart = 2;
+
+// To be called before a start is tried again, which is only right if nothing has begun. Prints it
+// as a figure of the run; throws std::runtime_error if the run has had too many.
+void CountRepeatedStart(const std::string& reason);
 
 // A variable of this process, if it is set.
 [[nodiscard]] std::optional<std::wstring> EnvironmentVariable(const std::wstring& name);

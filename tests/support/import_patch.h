@@ -1,5 +1,6 @@
 #pragma once
 
+#include <stdexcept>
 #include <string>
 
 #include "base/win.h"
@@ -10,12 +11,10 @@ namespace morvane::test {
 
 // Replaces a platform function with one of ours for all calls from this executable (see
 // ExchangeImport), so that the code under test needs no seams. The entry is restored when the patch
-// ends; patches of the same function must end in reverse order.
+// ends; patches of the same function must end in reverse order. Throws std::runtime_error if the
+// function is not imported: the patch would have no effect.
 template <typename Function>
 class ImportPatch;
-
-// Throws std::runtime_error: patching a function that is not imported would have no effect.
-[[noreturn]] void FailForMissingImport(const std::string& name);
 
 template <typename Result, typename... Arguments>
 class ImportPatch<Result(WINAPI*)(Arguments...)> {
@@ -24,7 +23,7 @@ public:
 
     ImportPatch(const std::string& name, Function replacement) : entry_(FindImport(name)) {
         if (entry_ == nullptr) {
-            FailForMissingImport(name);
+            throw std::runtime_error("not imported: " + name);
         }
         original_ = ExchangeImport(entry_, reinterpret_cast<void*>(replacement));
     }

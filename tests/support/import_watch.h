@@ -9,12 +9,13 @@
 namespace morvane::test {
 
 // Passes the arguments of every call of a platform function to a watcher, just before the call goes
-// to the platform. Only one watch at a time per function type.
-template <typename Function>
+// to the platform. The number tells watches of functions of the same type apart that live at the
+// same time.
+template <typename Function, int Number = 0>
 class ImportWatch;
 
-template <typename Result, typename... Arguments>
-class ImportWatch<Result(WINAPI*)(Arguments...)> {
+template <typename Result, typename... Arguments, int Number>
+class ImportWatch<Result(WINAPI*)(Arguments...), Number> {
 public:
     using Watcher = std::function<void(Arguments...)>;
 

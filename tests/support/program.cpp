@@ -3,7 +3,6 @@
 #include <stdexcept>
 #include <utility>
 
-#include "base/win_shell.h"
 #include "support/test_environment.h"
 #include "support/tray.h"
 #include "support/tray_relay.h"
@@ -14,17 +13,8 @@ namespace {
 
 constexpr const wchar_t* ControlWindowClass = L"MorvaneHiddenWindow";
 constexpr WORD ExitCommand = 1004;
-constexpr UINT TrayIconId = 1;
 constexpr std::chrono::milliseconds PoliteTimeout{3'000};
 constexpr std::chrono::milliseconds TaskbarTimeout{5'000};
-
-HWND FindControlWindow(DWORD process) {
-    HWND window = nullptr;
-    do {
-        window = FindWindowExW(HWND_MESSAGE, window, ControlWindowClass, nullptr);
-    } while (window != nullptr && ProcessOf(window) != process);
-    return window;
-}
 
 void PrepareSession() {
     if (!DisposableProfile()) {
@@ -43,20 +33,6 @@ ChildProcess StartSafely(const std::wstring& executable, const std::wstring& arg
         throw std::runtime_error("the program does not start");
     }
     return child;
-}
-
-void RemoveTrayIconOf(HWND window) {
-    NOTIFYICONDATAW icon{};
-    icon.cbSize = sizeof(icon);
-    icon.hWnd = window;
-    icon.uID = TrayIconId;
-    Shell_NotifyIconW(NIM_DELETE, &icon);
-}
-
-bool AnswersWithin(HWND window, UINT message, WPARAM wParam, std::chrono::milliseconds timeout) {
-    DWORD_PTR result = 0;
-    return SendMessageTimeoutW(window, message, wParam, 0, SMTO_NORMAL,
-                               static_cast<UINT>(timeout.count()), &result) != 0;
 }
 
 }  // namespace
@@ -116,7 +92,11 @@ bool Program::IsRunning() const {
 }
 
 HWND Program::ControlWindow() const {
-    return FindControlWindow(processId_);
+    HWND window = nullptr;
+    do {
+        window = FindWindowExW(HWND_MESSAGE, window, ControlWindowClass, nullptr);
+    } while (window != nullptr && ProcessOf(window) != processId_);
+    return window;
 }
 
 HWND Program::WaitForControlWindow(std::chrono::milliseconds timeout) const {
@@ -137,7 +117,9 @@ bool Program::PostCommand(WORD command) const {
 }
 
 bool Program::SendCommand(WORD command, std::chrono::milliseconds timeout) const {
-    return AnswersWithin(ControlWindow(), WM_COMMAND, command, timeout);
+    DWORD_PTR result = 0;
+    return SendMessageTimeoutW(ControlWindow(), WM_COMMAND, command, 0, SMTO_NORMAL,
+                               static_cast<UINT>(timeout.count()), &result) != 0;
 }
 
 std::optional<DWORD> Program::ExitByCommand() const {

@@ -65,8 +65,8 @@ public:
     [[nodiscard]] std::optional<DWORD> ExitByCommand() const;
     [[nodiscard]] std::optional<DWORD> ExitByClose() const;
 
-    // Ends the process as a crash would, with no chance to clean up. Wine's taskbar would keep its
-    // tray icon forever, so the icon is then removed on its behalf.
+    // Ends the process as a crash would, with no chance to clean up. The taskbar of Wine 8.0 would
+    // keep its tray icon forever, so the icon is then removed on its behalf.
     void Kill() const;
 
 private:

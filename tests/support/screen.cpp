@@ -2,31 +2,14 @@
 
 #include <algorithm>
 
-#include "base/owners.h"
+#include "base/gui_owners.h"
 
 namespace morvane::test {
 namespace {
 
-struct ScreenContextTraits {
-    using Handle = HDC;
-    static Handle Empty() noexcept { return nullptr; }
-    static void Close(Handle handle) noexcept { ReleaseDC(nullptr, handle); }
+struct MemoryContextTraits : NullableTraits<HDC> {
+    static void Close(HDC context) noexcept { DeleteDC(context); }
 };
-using ScreenContext = Owner<ScreenContextTraits>;
-
-struct MemoryContextTraits {
-    using Handle = HDC;
-    static Handle Empty() noexcept { return nullptr; }
-    static void Close(Handle handle) noexcept { DeleteDC(handle); }
-};
-using MemoryContext = Owner<MemoryContextTraits>;
-
-struct BitmapTraits {
-    using Handle = HBITMAP;
-    static Handle Empty() noexcept { return nullptr; }
-    static void Close(Handle handle) noexcept { DeleteObject(handle); }
-};
-using Bitmap = Owner<BitmapTraits>;
 
 // A DIB stores blue, green, red, unused; a COLORREF has red in the lowest byte.
 COLORREF ColourFromDib(DWORD pixel) {
@@ -36,8 +19,8 @@ COLORREF ColourFromDib(DWORD pixel) {
 // What draw(context) draws into a black picture; empty if it returns FALSE.
 template <typename Draw>
 Picture Drawn(int width, int height, Draw draw) {
-    const ScreenContext screen(GetDC(nullptr));
-    const MemoryContext memory(CreateCompatibleDC(screen.get()));
+    const WindowDc screen(nullptr);
+    const Owner<MemoryContextTraits> memory(CreateCompatibleDC(screen.get()));
     BITMAPINFO format{};
     format.bmiHeader.biSize = sizeof(format.bmiHeader);
     format.bmiHeader.biWidth = width;
@@ -47,17 +30,16 @@ Picture Drawn(int width, int height, Draw draw) {
     format.bmiHeader.biBitCount = 32;
     format.bmiHeader.biCompression = BI_RGB;
     void* bits = nullptr;
-    const Bitmap bitmap(CreateDIBSection(screen.get(), &format, DIB_RGB_COLORS, &bits, nullptr, 0));
+    const Owner<GdiTraits<HBITMAP>> bitmap(
+        CreateDIBSection(screen.get(), &format, DIB_RGB_COLORS, &bits, nullptr, 0));
     if (!bitmap || bits == nullptr) {
         return {};
     }
-    const HGDIOBJ previous = SelectObject(memory.get(), bitmap.get());
-    const BOOL drawn = draw(memory.get());
-    GdiFlush();
-    SelectObject(memory.get(), previous);
-    if (drawn == FALSE) {
+    const SelectGuard selected(memory.get(), bitmap.get());
+    if (draw(memory.get()) == FALSE) {
         return {};
     }
+    GdiFlush();
     Picture picture{width, height, {}};
     const auto* first = static_cast<const DWORD*>(bits);
     const std::size_t count = static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
@@ -69,7 +51,7 @@ Picture Drawn(int width, int height, Draw draw) {
 }  // namespace
 
 std::optional<COLORREF> PixelAt(POINT at) {
-    const ScreenContext screen(GetDC(nullptr));
+    const WindowDc screen(nullptr);
     const COLORREF colour = GetPixel(screen.get(), at.x, at.y);
     return colour == CLR_INVALID ? std::nullopt : std::optional<COLORREF>(colour);
 }
@@ -82,7 +64,7 @@ Picture CaptureScreen(const RECT& part) {
     const int width = part.right - part.left;
     const int height = part.bottom - part.top;
     return Drawn(width, height, [&](HDC memory) {
-        const ScreenContext screen(GetDC(nullptr));
+        const WindowDc screen(nullptr);
         return BitBlt(memory, 0, 0, width, height, screen.get(), part.left, part.top, SRCCOPY);
     });
 }

@@ -1,14 +1,11 @@
 #include "support/test_files.h"
 
-#include "base/owners.h"
-#include "base/win.h"
+#include "base/files.h"
 
 namespace morvane::test {
 
 std::optional<std::string> ReadFileBytes(const std::wstring& path) {
-    const FileHandle file(CreateFileW(path.c_str(), GENERIC_READ,
-                                      FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-                                      nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+    const FileHandle file = HoldFile(path, GENERIC_READ, FullSharing);
     LARGE_INTEGER size{};
     if (!file || GetFileSizeEx(file.get(), &size) == FALSE) {
         return std::nullopt;
@@ -32,6 +29,11 @@ bool WriteFileBytes(const std::wstring& path, std::string_view bytes) {
            WriteFile(file.get(), bytes.data(), static_cast<DWORD>(bytes.size()), &count, nullptr) !=
                FALSE &&
            count == bytes.size();
+}
+
+FileHandle HoldFile(const std::wstring& path, DWORD access, DWORD sharing) {
+    return FileHandle(CreateFileW(path.c_str(), access, sharing, nullptr, OPEN_EXISTING,
+                                  FILE_ATTRIBUTE_NORMAL, nullptr));
 }
 
 bool PathExists(const std::wstring& path) {

@@ -1,8 +1,12 @@
-// The test programs' main function: GoogleTest's, and a report of the tests that were skipped.
+// The test programs' main function: GoogleTest's, with a report of the tests that were skipped and
+// an end for those that hang.
 //
 // MORVANE_TEST_KNOWN_SKIPS names a file with the tests that are known to be skipped here, a line
-// each: the name, a colon and the reason. With it, any other skip is a failure.
+// each: the name, a colon and the reason. With it, any other skip is a failure. Without it, every
+// skip is one under the harness, which always names the program under test, and none by hand.
 
+#include <atomic>
+#include <chrono>
 #include <cstdlib>
 #include <gtest/gtest.h>
 #include <iostream>
@@ -10,8 +14,10 @@
 #include <set>
 #include <sstream>
 #include <string>
+#include <thread>
 #include <vector>
 
+#include "base/win.h"
 #include "support/child_process.h"
 #include "support/test_files.h"
 
@@ -31,9 +37,9 @@ std::set<std::string> NamesIn(const std::string& list) {
 
 class SkipReport : public testing::EmptyTestEventListener {
 public:
-    // Without a list, every skip is accepted. A list that cannot be read is empty.
+    // A list that cannot be read is empty.
     explicit SkipReport(const std::optional<std::wstring>& list)
-        : checked_(list.has_value()),
+        : checked_(list || EnvironmentVariable(L"MORVANE_TEST_PROGRAM")),
           known_(NamesIn(ReadFileBytes(list.value_or(L"")).value_or(""))) {}
 
     void OnTestEnd(const testing::TestInfo& test) override {
@@ -70,13 +76,57 @@ private:
     std::vector<std::string> unexpected_;
 };
 
+using Clock = std::chrono::steady_clock;
+
+// The longest test takes half a minute on a busy machine, and what tests wait for gives up within a
+// minute, which tells more than this does.
+constexpr std::chrono::seconds LongestTest{90};
+
+// As many openings as the soak wants take minutes.
+constexpr std::chrono::minutes LongestFullTest{20};
+
+// Not part of the listener: the thread outlives it.
+std::atomic<const testing::TestInfo*> runningTest = nullptr;
+std::atomic<Clock::time_point> runningSince;
+
+class HangWatch : public testing::EmptyTestEventListener {
+public:
+    explicit HangWatch(std::chrono::seconds limit) {
+        std::thread([limit] { Watch(limit); }).detach();
+    }
+
+    void OnTestStart(const testing::TestInfo& test) override {
+        runningSince = Clock::now();
+        runningTest = &test;
+    }
+    void OnTestEnd(const testing::TestInfo& /*test*/) override { runningTest = nullptr; }
+
+private:
+    static void Watch(std::chrono::seconds limit) {
+        for (;;) {
+            std::this_thread::sleep_for(std::chrono::seconds(1));
+            const testing::TestInfo* const test = runningTest;
+            if (test != nullptr && Clock::now() - runningSince.load() > limit) {
+                std::cout << "FAILED: " << test->test_suite_name() << "." << test->name()
+                          << " hangs: more than " << limit.count() << " s\n"
+                          << std::flush;
+                // An orderly exit could wait for what hangs.
+                TerminateProcess(GetCurrentProcess(), EXIT_FAILURE);
+            }
+        }
+    }
+};
+
 }  // namespace
 
 int main(int count, char** arguments) {
     testing::InitGoogleTest(&count, arguments);
     // GoogleTest owns its listeners.
     auto* const report = new SkipReport(EnvironmentVariable(L"MORVANE_TEST_KNOWN_SKIPS"));
-    testing::UnitTest::GetInstance()->listeners().Append(report);
+    testing::TestEventListeners& listeners = testing::UnitTest::GetInstance()->listeners();
+    listeners.Append(report);
+    listeners.Append(new HangWatch(
+        EnvironmentVariable(L"MORVANE_TEST_FULL") == L"1" ? LongestFullTest : LongestTest));
     const int result = RUN_ALL_TESTS();
     return report->Accepts() ? result : EXIT_FAILURE;
 }

@@ -106,20 +106,28 @@ std::optional<RECT> FindOnScreen(HWND owner) {
     return best.difference < Tolerance ? std::optional(best.rect) : std::nullopt;
 }
 
+bool TellTaskbar(DWORD message, HWND owner) {
+    NOTIFYICONDATAW nothingNew{};
+    nothingNew.cbSize = sizeof(nothingNew);
+    nothingNew.hWnd = owner;
+    nothingNew.uID = IconId;
+    return Shell_NotifyIconW(message, &nothingNew) != FALSE;
+}
+
 }  // namespace
 
 bool WaitForTaskbar(std::chrono::milliseconds timeout) {
-    // Makes Wine start the shell, which searching for windows does not.
+    // Makes Wine 8.0 start the shell, which searching for windows does not.
     GetDesktopWindow();
     return WaitUntil([] { return FindWindowW(L"Shell_TrayWnd", nullptr) != nullptr; }, timeout);
 }
 
 bool TrayIconPresent(HWND owner) {
-    NOTIFYICONDATAW nothingNew{};
-    nothingNew.cbSize = sizeof(nothingNew);
-    nothingNew.hWnd = owner;
-    nothingNew.uID = IconId;
-    return Shell_NotifyIconW(NIM_MODIFY, &nothingNew) != FALSE;
+    return TellTaskbar(NIM_MODIFY, owner);
+}
+
+void RemoveTrayIconOf(HWND owner) {
+    TellTaskbar(NIM_DELETE, owner);
 }
 
 std::optional<RECT> TrayIconRect(HWND owner) {

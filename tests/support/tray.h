@@ -19,6 +19,9 @@ namespace morvane::test {
 // True while the shell holds this window's icon, whose number is 1.
 [[nodiscard]] bool TrayIconPresent(HWND owner);
 
+// Takes it away, as its owner would.
+void RemoveTrayIconOf(HWND owner);
+
 // Where that icon is on the screen, in pixels; nothing while it is not shown. Where the shell does
 // not tell, the icon is searched for by its picture, which nothing may cover: the one that the
 // owner's program contains, or else the system's.

@@ -17,7 +17,6 @@ struct TrayRecorder::Shared {
     mutable std::mutex mutex;
     std::vector<TrayCall> calls;
     int refusals = 0;
-    HWND watchedWindow = nullptr;
     std::wstring watchedPath;
     std::atomic<HWND> window = nullptr;
     std::atomic<bool> failed = false;
@@ -48,9 +47,6 @@ TrayCall CallFrom(const RelayedTrayCall& relayed) {
     call.infoFlags = data.dwInfoFlags;
     call.item = data.guidItem;
     call.balloonIcon = data.hBalloonIcon;
-    call.iconWidth = relayed.iconSize.cx;
-    call.iconHeight = relayed.iconSize.cy;
-    call.pictureHash = relayed.pictureHash;
     return call;
 }
 
@@ -62,7 +58,6 @@ LRESULT RecordCall(TrayRecorder::Shared& shared, const COPYDATASTRUCT& data) {
     std::memcpy(&relayed, data.lpData, sizeof(relayed));
     const std::scoped_lock lock(shared.mutex);
     TrayCall call = CallFrom(relayed);
-    call.watchedWindowTopmost = shared.watchedWindow != nullptr && IsTopmost(shared.watchedWindow);
     call.watchedPathExists = !shared.watchedPath.empty() && PathExists(shared.watchedPath);
     shared.calls.push_back(std::move(call));
     if (shared.refusals > 0) {
@@ -148,9 +143,8 @@ void TrayRecorder::RefuseNext(int count) {
     shared_->refusals = count;
 }
 
-void TrayRecorder::Watch(HWND window, const std::wstring& path) {
+void TrayRecorder::Watch(const std::wstring& path) {
     const std::scoped_lock lock(shared_->mutex);
-    shared_->watchedWindow = window;
     shared_->watchedPath = path;
 }
 

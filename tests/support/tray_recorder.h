@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
@@ -27,11 +26,7 @@ struct TrayCall {
     DWORD infoFlags = 0;  // NIIF_...
     GUID item{};
     HICON balloonIcon = nullptr;
-    int iconWidth = 0;  // 0 without an icon; pixels
-    int iconHeight = 0;
-    std::uint64_t pictureHash = 0;  // hash of the icon's picture; 0 without an icon
-    // State of what TrayRecorder::Watch names, when the call arrived and before it was answered.
-    bool watchedWindowTopmost = false;
+    // Whether what TrayRecorder::Watch names existed before the call was answered.
     bool watchedPathExists = false;
 };
 
@@ -57,8 +52,8 @@ public:
     // Makes the next calls fail: Shell_NotifyIconW returns FALSE. They are still recorded.
     void RefuseNext(int count);
 
-    // From now on every call records the state of this window and this path on arrival.
-    void Watch(HWND window, const std::wstring& path);
+    // From now on every call records whether something exists at this path.
+    void Watch(const std::wstring& path);
 
     struct Shared;
 

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <cstdint>
-
 #include "base/win_shell.h"
 
 // How a call of Shell_NotifyIconW travels to the recorder (tray_recorder.h), from any process.
@@ -14,8 +12,6 @@ inline constexpr const wchar_t* TrayRecorderVariable = L"MORVANE_TRAY_RECORDER";
 struct RelayedTrayCall {
     DWORD message = 0;
     NOTIFYICONDATAW data{};
-    SIZE iconSize{};                // pixels; 0 without an icon
-    std::uint64_t pictureHash = 0;  // likewise
 };
 
 [[nodiscard]] bool IsTrayRecorded();

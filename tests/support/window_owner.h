@@ -6,10 +6,8 @@
 namespace morvane::test {
 
 // Owns a window of the calling thread; only that thread can destroy it.
-struct WindowTraits {
-    using Handle = HWND;
-    static Handle Empty() noexcept { return nullptr; }
-    static void Close(Handle window) noexcept { DestroyWindow(window); }
+struct WindowTraits : NullableTraits<HWND> {
+    static void Close(HWND window) noexcept { DestroyWindow(window); }
 };
 using WindowOwner = Owner<WindowTraits>;
 

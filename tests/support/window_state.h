@@ -10,8 +10,8 @@ namespace morvane::test {
 
 [[nodiscard]] bool IsTopmost(HWND window);
 
-// True if both are top-level windows and EnumWindows reports upper first. Under Wine, activating a
-// window, by click or by call, changes that order only where windows overlap.
+// True if both are top-level windows and EnumWindows reports upper first. Under Wine 8.0,
+// activating a window, by click or by call, changes that order only where windows overlap.
 [[nodiscard]] bool IsAbove(HWND upper, HWND lower);
 
 // All top-level windows, highest first.

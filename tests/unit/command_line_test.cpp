@@ -4,9 +4,10 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "app/exit_codes.h"
-#include "unit/printed.h"
+#include "support/printed.h"
 
 namespace morvane::test {
 
@@ -14,12 +15,7 @@ namespace {
 
 using namespace std::string_view_literals;
 
-struct CommandLineCase {
-    std::wstring_view commandLine;
-    std::optional<Switch> given;
-};
-
-constexpr CommandLineCase CommandLines[] = {
+constexpr std::pair<std::wstring_view, std::optional<Switch>> CommandLines[] = {
     {L"", std::nullopt},
     {L" ", std::nullopt},
     {L"install-startup", std::nullopt},
@@ -59,9 +55,8 @@ constexpr CommandLineCase CommandLines[] = {
 };
 
 TEST(ParseCommandLine, FindsASwitchAnywhereWithoutRegardToCase) {
-    for (const CommandLineCase& c : CommandLines) {
-        SCOPED_TRACE(Printed(c.commandLine));
-        EXPECT_EQ(ParseCommandLine(c.commandLine), c.given);
+    for (const auto& [commandLine, given] : CommandLines) {
+        EXPECT_EQ(ParseCommandLine(commandLine), given) << Printed(commandLine);
     }
 }
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "unit/printed.h"
+#include "support/printed.h"
 
 // The decisions of discovery that need no window.
 namespace morvane::test {
@@ -88,9 +88,9 @@ TEST(IsProtectedSystemDialog, MatchesTheClassExactlyAndTheTextAnywhere) {
         {L"", L"#32770", false},
         {L"", L"", false},
     };
-    for (const Case& c : Cases) {
-        SCOPED_TRACE(Printed(c.title) + " of class " + Printed(c.className));
-        EXPECT_EQ(IsProtectedSystemDialog(c.title, c.className), c.isProtected);
+    for (const auto& [title, className, isProtected] : Cases) {
+        EXPECT_EQ(IsProtectedSystemDialog(title, className), isProtected)
+            << Printed(title) << " of class " << Printed(className);
     }
 }
 

@@ -3,8 +3,9 @@
 #include <cstdint>
 #include <gtest/gtest.h>
 #include <limits>
+#include <utility>
 
-#include "unit/printed.h"
+#include "support/printed.h"
 
 namespace morvane::test {
 
@@ -14,17 +15,12 @@ constexpr std::int32_t Lowest = std::numeric_limits<std::int32_t>::min();
 constexpr std::int32_t Highest = std::numeric_limits<std::int32_t>::max();
 
 TEST(ClampMinSize, KeepsOneToTheLargestSize) {
-    struct Case {
-        std::int32_t value;
-        std::int32_t clamped;
-    };
-    constexpr Case Cases[] = {
+    constexpr std::pair<std::int32_t, std::int32_t> Cases[] = {
         {Lowest, 0},  {-1, 0},      {0, 0},       {1, 1},       {2, 2},          {600, 600},
         {8191, 8191}, {8192, 8192}, {8193, 8192}, {9000, 8192}, {Highest, 8192},
     };
-    for (const Case& c : Cases) {
-        SCOPED_TRACE(c.value);
-        EXPECT_EQ(ClampMinSize(c.value), c.clamped);
+    for (const auto& [value, clamped] : Cases) {
+        EXPECT_EQ(ClampMinSize(value), clamped) << value;
     }
 }
 

@@ -1,20 +1,18 @@
 #include <gtest/gtest.h>
 #include <string>
+#include <string_view>
+#include <utility>
 
 #include "shell/data_folder.h"
 #include "shell/remove_tree.h"
-#include "unit/printed.h"
+#include "support/printed.h"
 
 namespace morvane::test {
 
 namespace {
 
 TEST(VerbatimPath, PutsThePrefixBeforeTheNormalPath) {
-    struct Case {
-        std::wstring path;
-        std::wstring verbatim;
-    };
-    const Case cases[] = {
+    const std::pair<std::wstring, std::wstring> cases[] = {
         {L"C:\\", L"\\\\?\\C:\\"},
         {L"C:\\a", L"\\\\?\\C:\\a"},
         {L"C:\\a b\\c", L"\\\\?\\C:\\a b\\c"},
@@ -33,20 +31,15 @@ TEST(VerbatimPath, PutsThePrefixBeforeTheNormalPath) {
         {L"\\\\?\\UNC\\server\\share", L"\\\\?\\UNC\\server\\share"},
         {L"\\\\?\\", L"\\\\?\\"},
     };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(Printed(c.path));
-        EXPECT_EQ(Printed(VerbatimPath(c.path)), Printed(c.verbatim));
-        EXPECT_EQ(Printed(VerbatimPath(VerbatimPath(c.path))), Printed(c.verbatim));
+    for (const auto& [path, verbatim] : cases) {
+        EXPECT_EQ(Printed(VerbatimPath(path)), Printed(verbatim)) << Printed(path);
+        EXPECT_EQ(Printed(VerbatimPath(VerbatimPath(path))), Printed(verbatim)) << Printed(path);
     }
 }
 
 // These folders do not exist; the rejection of links is tested with real links elsewhere.
 TEST(IsOwnDataFolder, ChecksTheNameOfTheLastFolder) {
-    struct Case {
-        std::wstring_view path;
-        bool own;
-    };
-    constexpr Case Cases[] = {
+    constexpr std::pair<std::wstring_view, bool> Cases[] = {
         {L"", false},
         {L"Morvane", true},
         {L"C:\\missing\\Morvane", true},
@@ -70,9 +63,8 @@ TEST(IsOwnDataFolder, ChecksTheNameOfTheLastFolder) {
         {L"\\", false},
         {L"C:Morvane", false},
     };
-    for (const Case& c : Cases) {
-        SCOPED_TRACE(Printed(c.path));
-        EXPECT_EQ(IsOwnDataFolder(c.path), c.own);
+    for (const auto& [path, own] : Cases) {
+        EXPECT_EQ(IsOwnDataFolder(path), own) << Printed(path);
     }
 }
 

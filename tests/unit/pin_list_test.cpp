@@ -5,7 +5,7 @@
 
 #include "pin/engine.h"
 #include "pin/pin_operations.h"
-#include "unit/printed.h"
+#include "support/printed.h"
 
 // The list and its operations that touch neither a file nor a window.
 namespace morvane::test {
@@ -24,12 +24,6 @@ protected:
         }
     }
 };
-
-TEST(PinList, HasTheLimitsOfTheSettingsFile) {
-    EXPECT_EQ(MaxPinEntries, 100U);
-    EXPECT_EQ(MaxPatternLength, 512U);
-    EXPECT_EQ(MaxMinSize, 8192);
-}
 
 TEST(PinList, StartsWithPinningOnAndNoEntries) {
     EXPECT_EQ(Printed(PinList{}), "pinning on\n");

@@ -1,10 +1,11 @@
 #include <gtest/gtest.h>
+#include <initializer_list>
 #include <optional>
 #include <string>
 #include <string_view>
 
 #include "settings/settings_text.h"
-#include "unit/printed.h"
+#include "support/printed.h"
 
 namespace morvane::test {
 
@@ -13,12 +14,13 @@ namespace {
 using namespace std::string_literals;
 using namespace std::string_view_literals;
 
-void ExpectSwitchLine(std::wstring_view line, bool pinning) {
-    SCOPED_TRACE(Printed(line));
+// Whether the line is a switch line, and what it leaves in the list, whatever that was before.
+void ExpectSwitch(std::wstring_view line, std::optional<bool> pinning) {
     for (const bool before : {false, true}) {
         PinList list{before, {{L"kept", 1, 2}}};
-        EXPECT_TRUE(ParsePinningLine(line, list));
-        EXPECT_EQ(Printed(list), Printed({pinning, {{L"kept", 1, 2}}}));
+        EXPECT_EQ(ParsePinningLine(line, list), pinning.has_value()) << Printed(line);
+        EXPECT_EQ(Printed(list), Printed({pinning.value_or(before), {{L"kept", 1, 2}}}))
+            << Printed(line);
     }
 }
 
@@ -30,7 +32,7 @@ TEST(ParsePinningLine, SwitchesPinningOff) {
         L"@pinning=\u30000", L"\u3000@pinning=off", L"@pinning=\v\f 0\n", L"@pinning=   false",
     };
     for (const std::wstring_view line : Lines) {
-        ExpectSwitchLine(line, false);
+        ExpectSwitch(line, false);
     }
 }
 
@@ -43,7 +45,7 @@ TEST(ParsePinningLine, SwitchesPinningOnForEveryOtherValue) {
         L"@pinning=\u00A00", L"@pinning=\uFF10",    L"@pinning=x",     L"@pinning=0\0"sv,
         L"@PINNING=TRUE",    L"@pinning=f\u00E4lse"};
     for (const std::wstring_view line : Lines) {
-        ExpectSwitchLine(line, true);
+        ExpectSwitch(line, true);
     }
 }
 
@@ -69,20 +71,7 @@ TEST(ParsePinningLine, LeavesEveryOtherLineAndTheListAlone) {
         L"# @pinning=0",
     };
     for (const std::wstring_view line : Lines) {
-        SCOPED_TRACE(Printed(line));
-        for (const bool before : {false, true}) {
-            PinList list{before, {{L"kept", 1, 2}}};
-            EXPECT_FALSE(ParsePinningLine(line, list));
-            EXPECT_EQ(Printed(list), Printed({before, {{L"kept", 1, 2}}}));
-        }
-    }
-}
-
-TEST(ParseEntryLine, YieldsNothingForABlankLine) {
-    constexpr std::wstring_view Lines[] = {L"", L" ", L"\t", L" \t \r\n\v\f", L"\u3000\u2003"};
-    for (const std::wstring_view line : Lines) {
-        SCOPED_TRACE(Printed(line));
-        EXPECT_FALSE(ParseEntryLine(line).has_value());
+        ExpectSwitch(line, std::nullopt);
     }
 }
 
@@ -91,14 +80,21 @@ struct EntryCase {
     PinEntry entry;
 };
 
-void ExpectEntry(const EntryCase& c) {
-    SCOPED_TRACE(Printed(c.line));
-    const std::optional<PinEntry> entry = ParseEntryLine(c.line);
-    EXPECT_EQ(entry ? Printed(*entry) : "none", Printed(c.entry));
+void ExpectEntries(std::initializer_list<EntryCase> cases) {
+    for (const EntryCase& c : cases) {
+        const std::optional<PinEntry> entry = ParseEntryLine(c.line);
+        EXPECT_EQ(entry ? Printed(*entry) : "none", Printed(c.entry)) << Printed(c.line);
+    }
+}
+
+TEST(ParseEntryLine, YieldsNothingForABlankLine) {
+    for (const std::wstring_view line : {L"", L" ", L"\t", L" \t \r\n\v\f", L"\u3000\u2003"}) {
+        EXPECT_FALSE(ParseEntryLine(line).has_value()) << Printed(line);
+    }
 }
 
 TEST(ParseEntryLine, ReadsALineWithASize) {
-    const EntryCase cases[] = {
+    ExpectEntries({
         // With TABs.
         {L"Visual Studio Code\t1280\t720", {L"Visual Studio Code", 1280, 720}},
         {L"Notes\t0\t600", {L"Notes", 0, 600}},
@@ -132,10 +128,7 @@ TEST(ParseEntryLine, ReadsALineWithASize) {
         {L"Foo\t1280\t720\t5", {L"Foo\t1280", 720, 5}},
         {L"a\tb\t5\t6", {L"a\tb", 5, 6}},
         {L"a\t5\t6 7", {L"a\t5", 6, 7}},
-    };
-    for (const EntryCase& c : cases) {
-        ExpectEntry(c);
-    }
+    });
 }
 
 TEST(ParseEntryLine, TakesALineWithoutAWellFormedSizeAsThePattern) {
@@ -179,16 +172,18 @@ TEST(ParseEntryLine, TakesALineWithoutAWellFormedSizeAsThePattern) {
         L"Foo 1280 720\0"sv,
     };
     for (const std::wstring_view line : Lines) {
-        ExpectEntry({std::wstring(line), {std::wstring(line), 0, 0}});
+        ExpectEntries({{std::wstring(line), {std::wstring(line), 0, 0}}});
     }
-    ExpectEntry({L" \t\u3000notepad \r", {L"notepad", 0, 0}});
-    ExpectEntry({L"\t5\t6", {L"5\t6", 0, 0}});
+    ExpectEntries({
+        {L" \t\u3000notepad \r", {L"notepad", 0, 0}},
+        {L"\t5\t6", {L"5\t6", 0, 0}},
+    });
 }
 
 TEST(ParseEntryLine, ReadsNumbersOfAnyLengthAndCapsThem) {
     const std::wstring nines(40, L'9');
     const std::wstring zeros(40, L'0');
-    const EntryCase cases[] = {
+    ExpectEntries({
         {L"Foo 0 0", {L"Foo", 0, 0}},
         {L"Foo 00 000", {L"Foo", 0, 0}},
         {L"Foo 1 1", {L"Foo", 1, 1}},
@@ -203,15 +198,12 @@ TEST(ParseEntryLine, ReadsNumbersOfAnyLengthAndCapsThem) {
         {L"Foo\t5\t" + nines, {L"Foo", 5, 8192}},
         {L"Foo " + zeros + L" " + zeros + L"720", {L"Foo", 0, 720}},
         {L"Foo\t1" + zeros + L"\t0" + nines, {L"Foo", 8192, 8192}},
-    };
-    for (const EntryCase& c : cases) {
-        ExpectEntry(c);
-    }
+    });
 }
 
 TEST(ParseEntryLine, CutsThePatternTo512Units) {
-    const std::wstring most(MaxPatternLength, L'a');
-    const EntryCase cases[] = {
+    const std::wstring most(512, L'a');
+    ExpectEntries({
         {std::wstring(511, L'a'), {std::wstring(511, L'a'), 0, 0}},
         {most, {most, 0, 0}},
         {most + L"b", {most, 0, 0}},
@@ -223,10 +215,16 @@ TEST(ParseEntryLine, CutsThePatternTo512Units) {
         // The cut counts units: it may leave a trailing blank or half a surrogate pair.
         {std::wstring(511, L'a') + L" b", {std::wstring(511, L'a') + L" ", 0, 0}},
         {std::wstring(511, L'a') + L"\U0001F600", {std::wstring(511, L'a') + L"\xD83D", 0, 0}},
-    };
-    for (const EntryCase& c : cases) {
-        ExpectEntry(c);
-    }
+    });
+}
+
+// What is left of the text, and the size that was split off it; -1 where there was none.
+void ExpectSplit(std::wstring_view text, bool split, const PinEntry& expected) {
+    PinEntry entry{L"", -1, -1};
+    std::wstring_view left = text;
+    EXPECT_EQ(SplitSizeSuffix(left, entry.minWidth, entry.minHeight), split) << Printed(text);
+    entry.pattern = left;
+    EXPECT_EQ(Printed(entry), Printed(expected)) << Printed(text);
 }
 
 TEST(SplitSizeSuffix, SplitsTheSizeOffUntrimmedText) {
@@ -243,28 +241,16 @@ TEST(SplitSizeSuffix, SplitsTheSizeOffUntrimmedText) {
         {L"\t5\v\t6", {L"", 5, 6}},
         {L"\t5\t\u30006 ", {L"", 5, 6}},
     };
-    for (const EntryCase& c : cases) {
-        SCOPED_TRACE(Printed(c.line));
-        std::wstring_view text = c.line;
-        PinEntry entry{L"", -1, -1};
-        EXPECT_TRUE(SplitSizeSuffix(text, entry.minWidth, entry.minHeight));
-        entry.pattern = text;
-        EXPECT_EQ(Printed(entry), Printed(c.entry));
+    for (const auto& [text, entry] : cases) {
+        ExpectSplit(text, true, entry);
     }
 }
 
 TEST(SplitSizeSuffix, ChangesNothingWhenThereIsNoSize) {
-    constexpr std::wstring_view Texts[] = {
-        L"",      L" ",      L" \t ",        L"5",     L" 5 6 ",       L"\u3000 5 6",
-        L"Foo 5", L"Foo\t5", L"Foo\t1280\t", L"\t\t5", L"Foo 99999 x", L"Foo x 99999",
-    };
-    for (const std::wstring_view text : Texts) {
-        SCOPED_TRACE(Printed(text));
-        std::wstring_view kept = text;
-        PinEntry entry{L"", -1, -1};
-        EXPECT_FALSE(SplitSizeSuffix(kept, entry.minWidth, entry.minHeight));
-        entry.pattern = kept;
-        EXPECT_EQ(Printed(entry), Printed({std::wstring(text), -1, -1}));
+    for (const std::wstring_view text :
+         {L"", L" ", L" \t ", L"5", L" 5 6 ", L"\u3000 5 6", L"Foo 5", L"Foo\t5", L"Foo\t1280\t",
+          L"\t\t5", L"Foo 99999 x", L"Foo x 99999"}) {
+        ExpectSplit(text, false, {std::wstring(text), -1, -1});
     }
 }
 

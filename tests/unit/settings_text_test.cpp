@@ -1,15 +1,18 @@
 #include "settings/settings_text.h"
 
+#include <algorithm>
 #include <cstdint>
+#include <cwctype>
 #include <gtest/gtest.h>
 #include <limits>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
-#include "settings/text.h"
+#include "support/printed.h"
 #include "support/settings_header.h"
-#include "unit/printed.h"
+#include "unit/document_case.h"
 
 namespace morvane::test {
 
@@ -37,18 +40,8 @@ std::string NumberedLines(int count) {
     return lines;
 }
 
-struct DocumentCase {
-    std::string_view bytes;
-    PinList list;
-};
-
-void ExpectList(const DocumentCase& c) {
-    SCOPED_TRACE(Printed(c.bytes));
-    EXPECT_EQ(Printed(ParseSettingsText(c.bytes)), Printed(c.list));
-}
-
 TEST(ParseSettingsText, GivesTheDefaultListForTextWithoutEntries) {
-    const std::string_view documents[] = {
+    constexpr std::string_view Documents[] = {
         "",
         "\n",
         "\n\n\n",
@@ -65,13 +58,13 @@ TEST(ParseSettingsText, GivesTheDefaultListForTextWithoutEntries) {
         "\xE3\x80\x80\n",
         SettingsHeader,
     };
-    for (const std::string_view bytes : documents) {
-        ExpectList({bytes, {true, {}}});
+    for (const std::string_view bytes : Documents) {
+        ExpectLists({{std::string(bytes), {true, {}}}});
     }
 }
 
 TEST(ParseSettingsText, CutsLinesAtLineFeeds) {
-    const DocumentCase cases[] = {
+    ExpectLists({
         {"a", {true, {{L"a"}}}},
         {"a\n", {true, {{L"a"}}}},
         {"a\nb", {true, {{L"a"}, {L"b"}}}},
@@ -84,14 +77,11 @@ TEST(ParseSettingsText, CutsLinesAtLineFeeds) {
         {"\ra\n", {true, {{L"a"}}}},
         {"a\vb\fc\n", {true, {{L"a\vb\fc"}}}},
         {"a 5 6\r\nb\t7\t8\r\n", {true, {{L"a", 5, 6}, {L"b", 7, 8}}}},
-    };
-    for (const DocumentCase& c : cases) {
-        ExpectList(c);
-    }
+    });
 }
 
 TEST(ParseSettingsText, RecognisesCommentsByTheFirstByteOnly) {
-    const DocumentCase cases[] = {
+    ExpectLists({
         {"# note\na\n", {true, {{L"a"}}}},
         {"#a\n##b\n#\nc", {true, {{L"c"}}}},
         {"  # note\n", {true, {{L"# note"}}}},
@@ -101,14 +91,11 @@ TEST(ParseSettingsText, RecognisesCommentsByTheFirstByteOnly) {
         {"a # b\n", {true, {{L"a # b"}}}},
         {"a\t1\t2 # b\n", {true, {{L"a\t1\t2 # b"}}}},
         {"# a\rb\n", {true, {}}},
-    };
-    for (const DocumentCase& c : cases) {
-        ExpectList(c);
-    }
+    });
 }
 
 TEST(ParseSettingsText, UsesTheLastSwitchLineWhereverItIs) {
-    const DocumentCase cases[] = {
+    ExpectLists({
         {"@pinning=0", {false, {}}},
         {"@pinning=0\n", {false, {}}},
         {"@PINNING=False\r\n", {false, {}}},
@@ -121,47 +108,43 @@ TEST(ParseSettingsText, UsesTheLastSwitchLineWhereverItIs) {
         {"@pinning=0\n@pinning = 1\n", {false, {{L"@pinning = 1"}}}},
         {"@pinning=0\n#@pinning=1\n", {false, {}}},
         {"@pinning=0 5 6\n", {true, {}}},
-    };
-    for (const DocumentCase& c : cases) {
-        ExpectList(c);
-    }
+    });
 }
 
 TEST(ParseSettingsText, KeepsOrderAndDuplicates) {
-    ExpectList({"b\na\nB\nb\nb 1 2\n", {true, {{L"b"}, {L"a"}, {L"B"}, {L"b"}, {L"b", 1, 2}}}});
+    ExpectLists({{"b\na\nB\nb\nb 1 2\n", {true, {{L"b"}, {L"a"}, {L"B"}, {L"b"}, {L"b", 1, 2}}}}});
 }
 
 TEST(ParseSettingsText, ReadsUtf8) {
-    ExpectList({"\xC3\xA9t\xC3\xA9 5 6\n\xE7\xAA\x93\n\xF0\x9F\x98\x80\t7\t8",
-                {true, {{L"\u00E9t\u00E9", 5, 6}, {L"\u7A93"}, {L"\U0001F600", 7, 8}}}});
+    ExpectLists({{"\xC3\xA9t\xC3\xA9 5 6\n\xE7\xAA\x93\n\xF0\x9F\x98\x80\t7\t8",
+                  {true, {{L"\u00E9t\u00E9", 5, 6}, {L"\u7A93"}, {L"\U0001F600", 7, 8}}}}});
 }
 
 // The mark is trimmed only if the platform classifies it as white space.
 TEST(ParseSettingsText, DoesNotRecogniseAByteOrderMark) {
-    const std::wstring mark = IsWhiteSpace(L'\uFEFF') ? L"" : L"\uFEFF";
-    ExpectList({"\xEF\xBB\xBF# note\n@pinning=0\na\n", {false, {{mark + L"# note"}, {L"a"}}}});
+    const std::wstring mark = std::iswspace(L'\uFEFF') != 0 ? L"" : L"\uFEFF";
+    ExpectLists({{"\xEF\xBB\xBF# note\n@pinning=0\na\n", {false, {{mark + L"# note"}, {L"a"}}}}});
     if (!mark.empty()) {
-        ExpectList({"\xEF\xBB\xBF@pinning=0\n", {true, {{mark + L"@pinning=0"}}}});
-        ExpectList({"\xEF\xBB\xBF", {true, {{mark}}}});
-        EXPECT_EQ(FormatSettingsText(ParseSettingsText("\xEF\xBB\xBF# note")),
+        ExpectLists({
+            {"\xEF\xBB\xBF@pinning=0\n", {true, {{mark + L"@pinning=0"}}}},
+            {"\xEF\xBB\xBF", {true, {{mark}}}},
+        });
+        EXPECT_EQ(FormatSettingsText({true, {{mark + L"# note"}}}),
                   WithComments("@pinning=1\n\xEF\xBB\xBF# note\n"));
     }
 }
 
 TEST(ParseSettingsText, ReadsUpToAHundredEntries) {
-    ASSERT_EQ(MaxPinEntries, 100U);
     for (const int count : {99, 100, 101, 102, 250}) {
-        SCOPED_TRACE(count);
-        EXPECT_EQ(Printed(ParseSettingsText(NumberedLines(count))),
-                  Printed({true, NumberedEntries(count < 100 ? count : 100)}));
+        ExpectLists({{NumberedLines(count), {true, NumberedEntries(std::min(count, 100))}}});
     }
 }
 
 TEST(ParseSettingsText, HonoursASwitchLineAfterTheLastAcceptedEntry) {
-    EXPECT_EQ(Printed(ParseSettingsText("@pinning=off\n" + NumberedLines(150) + "@pinning=on\n")),
-              Printed({true, NumberedEntries(100)}));
+    ExpectLists(
+        {{"@pinning=off\n" + NumberedLines(150) + "@pinning=on\n", {true, NumberedEntries(100)}}});
     const struct {
-        std::string_view rest;
+        std::string rest;
         bool pinning;
     } cases[] = {
         {"@pinning=0", false},
@@ -179,10 +162,9 @@ TEST(ParseSettingsText, HonoursASwitchLineAfterTheLastAcceptedEntry) {
         {"@pinning=0\xFF\n", true},
         {"\xFF@pinning=0\n", true},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(Printed(c.rest));
-        EXPECT_EQ(Printed(ParseSettingsText(NumberedLines(100) + std::string(c.rest))),
-                  Printed({c.pinning, NumberedEntries(100)}));
+    for (const auto& [rest, pinning] : cases) {
+        SCOPED_TRACE(Printed(rest));
+        ExpectLists({{NumberedLines(100) + rest, {pinning, NumberedEntries(100)}}});
     }
 }
 
@@ -191,11 +173,7 @@ TEST(ParseSettingsText, CountsEntriesOnlyTowardsTheLimit) {
     for (int number = 1; number <= 100; ++number) {
         document += "# comment\n\n  \r\n@pinning=0\nentry" + std::to_string(number) + '\n';
     }
-    EXPECT_EQ(Printed(ParseSettingsText(document)), Printed({false, NumberedEntries(100)}));
-}
-
-TEST(FormatSettingsText, WritesFiveHeaderLinesForTheDefaultList) {
-    EXPECT_EQ(FormatSettingsText({}), WithComments("@pinning=1\n"));
+    ExpectLists({{document, {false, NumberedEntries(100)}}});
 }
 
 TEST(FormatSettingsText, WritesTheExampleByteForByte) {
@@ -210,13 +188,9 @@ TEST(FormatSettingsText, WritesTheExampleByteForByte) {
 }
 
 TEST(FormatSettingsText, WritesOneLinePerEntry) {
-    struct Case {
-        PinEntry entry;
-        std::string_view line;
-    };
     constexpr std::int32_t Lowest = std::numeric_limits<std::int32_t>::min();
     constexpr std::int32_t Highest = std::numeric_limits<std::int32_t>::max();
-    const Case cases[] = {
+    const std::pair<PinEntry, std::string_view> cases[] = {
         {{L"Notes", 0, 0}, "Notes\n"},
         {{L"Notes", 0, 600}, "Notes\t0\t600\n"},
         {{L"Notes", 600, 0}, "Notes\t600\t0\n"},
@@ -240,10 +214,10 @@ TEST(FormatSettingsText, WritesOneLinePerEntry) {
         {{L"", 0, 0}, "\n"},
         {{L"", 5, 6}, "\t5\t6\n"},
     };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(Printed(c.entry));
-        EXPECT_EQ(Printed(FormatSettingsText({true, {c.entry}})),
-                  Printed(WithComments("@pinning=1\n").append(c.line)));
+    for (const auto& [entry, line] : cases) {
+        EXPECT_EQ(Printed(FormatSettingsText({true, {entry}})),
+                  Printed(WithComments("@pinning=1\n").append(line)))
+            << Printed(entry);
     }
 }
 
@@ -275,11 +249,7 @@ TEST(SettingsText, IsNormalisedByReadingAndWriting) {
 
 // The format has no escape: the next reading takes a pattern's line at face value.
 TEST(SettingsText, DoesNotKeepPatternsThatReadAsSomethingElse) {
-    struct Case {
-        PinEntry written;
-        PinList read;
-    };
-    const Case cases[] = {
+    const std::pair<PinEntry, PinList> cases[] = {
         {{L"#general", 5, 6}, {true, {}}},
         {{L"Foo\t5\t6", 0, 0}, {true, {{L"Foo", 5, 6}}}},
         {{L"Foo 5 6", 0, 0}, {true, {{L"Foo", 5, 6}}}},
@@ -293,10 +263,9 @@ TEST(SettingsText, DoesNotKeepPatternsThatReadAsSomethingElse) {
         {{L"Foo", 10000, 1}, {true, {{L"Foo", 8192, 1}}}},
         {{L"Foo", -5, 1}, {true, {{L"Foo\t-5\t1"}}}},
     };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(Printed(c.written));
-        EXPECT_EQ(Printed(ParseSettingsText(FormatSettingsText({true, {c.written}}))),
-                  Printed(c.read));
+    for (const auto& [written, read] : cases) {
+        SCOPED_TRACE(Printed(written));
+        ExpectLists({{FormatSettingsText({true, {written}}), read}});
     }
 }
 

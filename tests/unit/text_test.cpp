@@ -8,8 +8,9 @@
 #include <limits>
 #include <string>
 #include <string_view>
+#include <utility>
 
-#include "unit/printed.h"
+#include "support/printed.h"
 
 namespace morvane::test {
 
@@ -50,11 +51,16 @@ constexpr SameTextCase SameTexts[] = {
     {"a\0b\0"sv, L"a\0b\0"sv},
 };
 
-TEST(Utf8ToWide, ConvertsWellFormedText) {
-    for (const SameTextCase& c : SameTexts) {
-        SCOPED_TRACE(Printed(c.bytes));
-        EXPECT_EQ(Printed(Utf8ToWide(c.bytes)), Printed(c.text));
+TEST(Conversions, KeepWellFormedText) {
+    for (const auto& [bytes, text] : SameTexts) {
+        EXPECT_EQ(Printed(Utf8ToWide(bytes)), Printed(text));
+        EXPECT_EQ(Printed(WideToUtf8(text)), Printed(bytes));
     }
+}
+
+TEST(Conversions, ReturnNothingForMoreThanThePlatformCanCount) {
+    EXPECT_EQ(Utf8ToWide({"abc", BeyondInt}), L"");
+    EXPECT_EQ(WideToUtf8({L"abc", BeyondInt}), "");
 }
 
 // The expected text leaves out the replacement characters: their number per ill-formed sequence
@@ -76,16 +82,11 @@ constexpr SameTextCase IllFormedTexts[] = {
 };
 
 TEST(Utf8ToWide, ReplacesIllFormedBytesAndKeepsTheRest) {
-    for (const SameTextCase& c : IllFormedTexts) {
-        SCOPED_TRACE(Printed(c.bytes));
-        std::wstring text = Utf8ToWide(c.bytes);
-        EXPECT_GE(std::erase(text, Replacement), 1U);
-        EXPECT_EQ(Printed(text), Printed(c.text));
+    for (const auto& [bytes, rest] : IllFormedTexts) {
+        std::wstring text = Utf8ToWide(bytes);
+        EXPECT_GE(std::erase(text, Replacement), 1U) << Printed(bytes);
+        EXPECT_EQ(Printed(text), Printed(rest)) << Printed(bytes);
     }
-}
-
-TEST(Utf8ToWide, ReturnsNothingForMoreThanThePlatformCanCount) {
-    EXPECT_EQ(Utf8ToWide({"abc", BeyondInt}), L"");
 }
 
 TEST(Utf8ToWideIntoABuffer, KeepsNothingOfEarlierTexts) {
@@ -93,8 +94,8 @@ TEST(Utf8ToWideIntoABuffer, KeepsNothingOfEarlierTexts) {
     const auto expect = [&buffer](std::string_view bytes, std::wstring_view text) {
         EXPECT_EQ(Printed(Utf8ToWide(bytes, buffer)), Printed(text)) << Printed(bytes);
     };
-    for (const SameTextCase& c : SameTexts) {
-        expect(c.bytes, c.text);
+    for (const auto& [bytes, text] : SameTexts) {
+        expect(bytes, text);
     }
     // Longer than the buffer, then shorter than its content, then longer again.
     for (const std::size_t length : {600U, 3U, 511U, 512U, 513U, 5000U, 1U, 0U}) {
@@ -105,13 +106,6 @@ TEST(Utf8ToWideIntoABuffer, KeepsNothingOfEarlierTexts) {
     expect({"abc", BeyondInt}, L"");
 }
 
-TEST(WideToUtf8, ConvertsWellFormedText) {
-    for (const SameTextCase& c : SameTexts) {
-        SCOPED_TRACE(Printed(c.text));
-        EXPECT_EQ(Printed(WideToUtf8(c.text)), Printed(c.bytes));
-    }
-}
-
 TEST(WideToUtf8, ReplacesUnpairedSurrogates) {
     constexpr SameTextCase Cases[] = {
         {"\xEF\xBF\xBD", L"\xD83D"},
@@ -120,14 +114,9 @@ TEST(WideToUtf8, ReplacesUnpairedSurrogates) {
         {"\xEF\xBF\xBD\xEF\xBF\xBD", L"\xDE00\xD83D"},
         {"\xEF\xBF\xBD\xF0\x9F\x98\x80", L"\xD83D\xD83D\xDE00"},
     };
-    for (const SameTextCase& c : Cases) {
-        SCOPED_TRACE(Printed(c.text));
-        EXPECT_EQ(Printed(WideToUtf8(c.text)), Printed(c.bytes));
+    for (const auto& [bytes, text] : Cases) {
+        EXPECT_EQ(Printed(WideToUtf8(text)), Printed(bytes)) << Printed(text);
     }
-}
-
-TEST(WideToUtf8, ReturnsNothingForMoreThanThePlatformCanCount) {
-    EXPECT_EQ(WideToUtf8({L"abc", BeyondInt}), "");
 }
 
 TEST(Conversions, KeepEveryCharacterOfTheBasicPlane) {
@@ -161,12 +150,8 @@ TEST(IsWhiteSpace, FollowsTheRuntimeBeyondLatin1) {
     EXPECT_FALSE(IsWhiteSpace(L'\uFFFD'));
 }
 
-TEST(TrimWhitespace, RemovesWhiteSpaceFromBothEndsOnly) {
-    struct Case {
-        std::wstring_view text;
-        std::wstring_view trimmed;
-    };
-    constexpr Case Cases[] = {
+TEST(Trimming, RemovesWhiteSpaceFromBothEndsOnly) {
+    constexpr std::pair<std::wstring_view, std::wstring_view> Cases[] = {
         {L"", L""},
         {L" ", L""},
         {L"   ", L""},
@@ -181,14 +166,10 @@ TEST(TrimWhitespace, RemovesWhiteSpaceFromBothEndsOnly) {
         {L"\u0085a\u0085", L"\u0085a\u0085"},
         {L" \0a\0 "sv, L"\0a\0"sv},
     };
-    for (const Case& c : Cases) {
-        SCOPED_TRACE(Printed(c.text));
-        EXPECT_EQ(Printed(TrimWhitespace(c.text)), Printed(c.trimmed));
-        EXPECT_EQ(Printed(TrimmedView(c.text)), Printed(c.trimmed));
+    for (const auto& [text, trimmed] : Cases) {
+        EXPECT_EQ(Printed(TrimWhitespace(text)), Printed(trimmed)) << Printed(text);
+        EXPECT_EQ(Printed(TrimmedView(text)), Printed(trimmed)) << Printed(text);
     }
-}
-
-TEST(TrimmedView, PointsIntoTheSameText) {
     constexpr std::wstring_view Text = L"  ab ";
     EXPECT_EQ(TrimmedView(Text).data(), Text.data() + 2);
 }
@@ -241,9 +222,8 @@ TEST(EqualsIgnoreCase, ComparesUnitByUnitWithoutAsciiCase) {
         {L"A\0B"sv, L"a\0b"sv, true},
         {L"a\0b"sv, L"a\0c"sv, false},
     };
-    for (const Case& c : Cases) {
-        SCOPED_TRACE(Printed(c.a) + " and " + Printed(c.b));
-        EXPECT_EQ(EqualsIgnoreCase(c.a, c.b), c.equal);
+    for (const auto& [a, b, equal] : Cases) {
+        EXPECT_EQ(EqualsIgnoreCase(a, b), equal) << Printed(a) << " and " << Printed(b);
     }
 }
 
@@ -264,9 +244,8 @@ TEST(FormatSize, WritesPlainDecimals) {
         {1000000, 10, L"1000000 x 10"},
         {Lowest, Highest, L"-2147483648 x 2147483647"},
     };
-    for (const Case& c : Cases) {
-        SCOPED_TRACE(Printed(c.text));
-        EXPECT_EQ(FormatSize(c.width, c.height), c.text);
+    for (const auto& [width, height, text] : Cases) {
+        EXPECT_EQ(Printed(FormatSize(width, height)), Printed(text));
     }
     EXPECT_EQ(FormatInteger(Lowest), "-2147483648");
 }
@@ -295,9 +274,9 @@ TEST(TruncateWithEllipsis, CutsLongTextToTheExactLength) {
         {L"abcd", 0, L""},
         {L"", 0, L""},
     };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(Printed(c.text) + " to " + std::to_string(c.maxLength));
-        EXPECT_EQ(Printed(TruncateWithEllipsis(c.text, c.maxLength)), Printed(c.cut));
+    for (const auto& [text, maxLength, cut] : cases) {
+        EXPECT_EQ(Printed(TruncateWithEllipsis(text, maxLength)), Printed(cut))
+            << Printed(text) << " to " << maxLength;
     }
 }
 

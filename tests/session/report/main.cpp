@@ -1,4 +1,5 @@
-// Lists, checks and arranges the windows of other programs for a shell script.
+// Lists, checks and arranges the windows of other programs for a shell script: visible, unowned,
+// titled top-level windows.
 //
 //   window_report list                               prints the windows from top to bottom
 //   window_report wait SECONDS EXPECTATION...        waits until all hold at once
@@ -7,17 +8,25 @@
 //   window_report close-hidden CLASS                 asks a message-only window to close
 //   window_report command-hidden CLASS NUMBER        sends it a command, as its menu would
 //
-// The exit status is 0 on success, 1 on failure or timeout, 2 for wrong arguments.
+// An expectation is false if a window in it does not exist:
+//
+//   topmost:TITLE      the window is always on top
+//   ordinary:TITLE     the window is not
+//   active:TITLE       the window is the foreground window
+//   above:TITLE:TITLE  the first window lies above the second
+//
+// TITLE is part of a window's title, case-sensitive; the highest such window is meant. The exit
+// status is 0 on success, 1 on failure or timeout, 2 for wrong arguments.
 
 #include <algorithm>
+#include <array>
 #include <cstdio>
 #include <cwchar>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "session/report/expectation.h"
-#include "session/report/window_list.h"
+#include "base/win.h"
 
 #include <fcntl.h>
 #include <io.h>
@@ -31,6 +40,75 @@ using Arguments = std::vector<std::wstring>;
 constexpr DWORD PollPeriod = 50;  // milliseconds
 
 enum ExitStatus : int { Done = 0, NotDone = 1, WrongArguments = 2 };
+
+struct ShownWindow {
+    HWND window = nullptr;
+    std::wstring title;
+    bool topmost = false;
+    bool active = false;  // the foreground window
+};
+
+BOOL CALLBACK AddShown(HWND window, LPARAM parameter) {
+    if (IsWindowVisible(window) == FALSE || GetWindow(window, GW_OWNER) != nullptr) {
+        return TRUE;
+    }
+    std::array<wchar_t, 256> title{};
+    if (GetWindowTextW(window, title.data(), static_cast<int>(title.size())) > 0) {
+        auto& windows = *reinterpret_cast<std::vector<ShownWindow>*>(parameter);
+        const bool topmost = (GetWindowLongPtrW(window, GWL_EXSTYLE) & WS_EX_TOPMOST) != 0;
+        windows.push_back({window, title.data(), topmost, window == GetForegroundWindow()});
+    }
+    return TRUE;
+}
+
+// From the top of the Z-order down.
+std::vector<ShownWindow> ShownWindows() {
+    std::vector<ShownWindow> windows;
+    EnumWindows(AddShown, reinterpret_cast<LPARAM>(&windows));
+    return windows;
+}
+
+// Null if there is none.
+const ShownWindow* FindShown(const std::vector<ShownWindow>& windows, std::wstring_view text) {
+    const auto found = std::ranges::find_if(windows, [text](const ShownWindow& candidate) {
+        return candidate.title.find(text) != std::wstring::npos;
+    });
+    return found != windows.end() ? &*found : nullptr;
+}
+
+enum class Answer { Holds, DoesNot, NotAnExpectation };
+
+// The parts of the text between its colons; the last of them may hold further ones.
+std::array<std::wstring_view, 3> Parts(std::wstring_view text) {
+    std::array<std::wstring_view, 3> parts;
+    for (std::wstring_view& part : parts) {
+        const bool last = &part == &parts.back();
+        const std::size_t end = last ? text.size() : std::min(text.find(L':'), text.size());
+        part = text.substr(0, end);
+        text.remove_prefix(std::min(end + 1, text.size()));
+    }
+    return parts;
+}
+
+Answer Judge(std::wstring_view expectation, const std::vector<ShownWindow>& windows) {
+    const auto [claim, title, lowerTitle] = Parts(expectation);
+    const bool isAbove = claim == L"above";
+    const bool isKnown =
+        isAbove || claim == L"topmost" || claim == L"ordinary" || claim == L"active";
+    // Every window title contains the empty text.
+    if (!isKnown || title.empty() || lowerTitle.empty() == isAbove) {
+        return Answer::NotAnExpectation;
+    }
+    const ShownWindow* const found = FindShown(windows, title);
+    const ShownWindow* const lower = isAbove ? FindShown(windows, lowerTitle) : found;
+    if (found == nullptr || lower == nullptr) {
+        return Answer::DoesNot;
+    }
+    const bool holds = (claim == L"topmost" && found->topmost) ||
+                       (claim == L"ordinary" && !found->topmost) ||
+                       (claim == L"active" && found->active) || (isAbove && found < lower);
+    return holds ? Answer::Holds : Answer::DoesNot;
+}
 
 std::string Utf8(std::wstring_view text) {
     const int units = static_cast<int>(text.size());
@@ -55,29 +133,26 @@ int List() {
 
 int Wait(const Arguments& arguments) {
     const ULONGLONG timeout = std::wcstoul(arguments[0].c_str(), nullptr, 10) * 1000ULL;
-    std::vector<Expectation> expectations;
-    for (auto text = arguments.begin() + 1; text != arguments.end(); ++text) {
-        const std::optional<Expectation> expectation = ParseExpectation(*text);
-        if (!expectation) {
-            std::printf("window_report: not an expectation: %s\n", Utf8(*text).c_str());
-            return WrongArguments;
-        }
-        expectations.push_back(*expectation);
-    }
     const ULONGLONG start = GetTickCount64();
     for (;;) {
         const std::vector<ShownWindow> windows = ShownWindows();
-        const auto holds = [&](const Expectation& e) { return Holds(e, windows); };
-        if (std::all_of(expectations.begin(), expectations.end(), holds)) {
+        const bool isLate = GetTickCount64() - start >= timeout;
+        bool allHold = true;
+        for (auto text = arguments.begin() + 1; text != arguments.end(); ++text) {
+            const Answer answer = Judge(*text, windows);
+            allHold = allHold && answer == Answer::Holds;
+            if (answer == Answer::NotAnExpectation) {
+                std::printf("window_report: not an expectation: %s\n", Utf8(*text).c_str());
+                return WrongArguments;
+            }
+            if (isLate && answer == Answer::DoesNot) {
+                std::printf("window_report: does not hold: %s\n", Utf8(*text).c_str());
+            }
+        }
+        if (allHold) {
             return Done;
         }
-        if (GetTickCount64() - start >= timeout) {
-            for (std::size_t i = 0; i < expectations.size(); ++i) {
-                if (!holds(expectations[i])) {
-                    std::printf("window_report: does not hold: %s\n",
-                                Utf8(arguments[i + 1]).c_str());
-                }
-            }
+        if (isLate) {
             PrintWindows(windows);
             return NotDone;
         }
