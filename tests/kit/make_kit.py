@@ -8,13 +8,13 @@ usage: make_kit.py BUILD_FOLDER OUTPUT_FOLDER
 import hashlib
 import pathlib
 import sys
-import zipfile
 
 HERE = pathlib.Path(__file__).resolve().parent
 ROOT = HERE.parents[1]
 sys.path.insert(0, str(ROOT / "packaging"))
 
-from package import read_version, release_date
+from package import read_version, release_date, write_archive
+import templates
 
 MAX_BYTES = 15_000_000
 GOOGLETEST_LICENCE = pathlib.Path("/usr/share/doc/googletest/copyright")
@@ -23,8 +23,7 @@ PARTS = ("morvane_verify", "morvane_unit_tests", "morvane_cost_tests", "morvane_
 
 
 def windows_text(path, version):
-    text = path.read_text(encoding="utf-8").replace("@VERSION@", version)
-    return text.replace("\n", "\r\n").encode()
+    return templates.windows_text(templates.fill(path, {"VERSION": version}))
 
 
 def content(build, version):
@@ -58,10 +57,8 @@ def main(build, out):
     out.mkdir(parents=True, exist_ok=True)
     for older in out.glob("*-verify.zip"):
         older.unlink()
-    date = release_date().timetuple()[:6]
-    with zipfile.ZipFile(archive, "w", zipfile.ZIP_DEFLATED, compresslevel=9) as kit:
-        for file, data in sorted(content(build, version).items()):
-            kit.writestr(zipfile.ZipInfo(f"{name}/{file}", date), data, zipfile.ZIP_DEFLATED)
+    write_archive(archive, release_date(), [
+        (f"{name}/{file}", data) for file, data in content(build, version).items()])
     add_to_checksums(archive)
     size = archive.stat().st_size
     print(f"{archive}: {size} bytes")

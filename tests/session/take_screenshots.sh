@@ -18,9 +18,11 @@ PATIENCE=15   # seconds to wait before giving up
 CONTROL_CLASS=MorvaneHiddenWindow
 ABOUT=1009    # its command number
 MORVANE_PID=''
+DEMO_AREA=780x550+500+250
 
 # How far down the middle of an item is, in hundredths of the menu's height. The language's font
 # affects only the total height.
+ALWAYS_ON_TOP=6
 ADD_REMOVE=21
 MIN_SIZE=31
 
@@ -146,6 +148,67 @@ open_two_windows() {
     areas taskbar
 }
 
+# Draws letters with soft edges, as Windows does. Explorer draws the balloons.
+smooth_fonts() {
+    local key='HKCU\Control Panel\Desktop'
+    wine reg add "$key" /v FontSmoothing /d 2 /f >/dev/null
+    wine reg add "$key" /v FontSmoothingType /t REG_DWORD /d 1 /f >/dev/null
+    wineserver -k
+    wineserver -w
+    wineserver -p
+    wine cmd /c exit
+}
+
+# Adds a picture of the screen to the animation, shown for $1 hundredths of a second. The pointer is
+# drawn in, as pictures of the screen are without it.
+add_frame() {
+    local area=$DEMO_AREA x y frame
+    frame=$SESSION_DIR/frame-$(printf %02d "$((++frames))").png
+    take "$frame" "$area"
+    read -r x y < <(xdotool getmouselocation --shell | awk -F = '{ print $2 }' | xargs)
+    ((x -= 500, y -= 250)) || true
+    mogrify -fill white -stroke black -draw "translate $x,$y polygon 0,0 0,16 4,13 7,19 9,18 6,12 11,12" \
+        "$frame"
+    animation+=(-delay "$1" "$frame")
+}
+
+# Pins a window, clicks another one, and switches pinning off.
+take_demo() {
+    local x y width height frames=0 animation=()
+    session_write_settings '@pinning=1'
+    start_morvane en
+    point_at 600 300
+    add_frame 100
+    open_menu Report
+    add_frame 80
+    open_submenu "$ADD_REMOVE"
+    add_frame 80
+    read -r x y width height < <(areas menus 2)
+    point_at $((x + width / 2)) $((y + height * 3 / 4))
+    add_frame 80
+    xdotool click 1
+    areas menus 0
+    report wait "$PATIENCE" topmost:Notes
+    add_frame 120
+    click_at 600 284
+    report wait "$PATIENCE" active:Report topmost:Notes
+    add_frame 200
+    open_menu Report
+    read -r x y width height < <(areas menus 1)
+    point_at $((x + width / 2)) $((y + height * ALWAYS_ON_TOP / 100))
+    add_frame 80
+    xdotool click 1
+    areas menus 0
+    report wait "$PATIENCE" ordinary:Notes
+    click_at 600 284
+    report wait "$PATIENCE" active:Report
+    areas no-tips
+    add_frame 200
+    end_morvane
+    convert "${animation[@]}" -loop 0 +dither -layers optimize "$PICTURES/demo.gif"
+    echo "docs/screenshots/demo.gif: $(stat -c %s "$PICTURES/demo.gif") bytes"
+}
+
 # None of them covers the corner where the menu opens.
 open_more_windows() {
     session_start_program winemine
@@ -173,7 +236,7 @@ take_main() {
     wait_until_notes_are_drawn_in_front
     open_menu Report
     open_submenu "$ADD_REMOVE"
-    take_and_publish main 780x550+500+250
+    take_and_publish main "$DEMO_AREA"
     close_menu
 }
 
@@ -251,7 +314,9 @@ cmake --build "$ROOT/build/release" --target window_report screen_areas
 mkdir -p "$PICTURES"
 session_close_at_exit
 session_open
+smooth_fonts
 open_two_windows
+take_demo
 take_main
 take_abouts
 end_morvane
