@@ -1,25 +1,44 @@
 """The program's bill of materials, as CycloneDX JSON."""
 
 import json
+import pathlib
+import re
 import subprocess
 import uuid
 
-# What the linker adds to the program's own code: its Debian package and licence.
-RUNTIME = (
-    ("libstdc++", "g++-mingw-w64-x86-64-posix", "GPL-3.0-or-later WITH GCC-exception-3.1"),
-    ("libgcc", "gcc-mingw-w64-x86-64-posix", "GPL-3.0-or-later WITH GCC-exception-3.1"),
-    ("mingw-w64 runtime", "mingw-w64-x86-64-dev", "ZPL-2.1"),
-    ("winpthreads", "mingw-w64-x86-64-dev", "MIT"),
-)
+# What may be linked into the program: the library, and its licence, of a Debian package.
+LIBRARIES = {
+    "g++-mingw-w64-x86-64-posix": ("libstdc++", "GPL-3.0-or-later WITH GCC-exception-3.1"),
+    "gcc-mingw-w64-x86-64-posix": ("libgcc", "GPL-3.0-or-later WITH GCC-exception-3.1"),
+    "mingw-w64-x86-64-dev": ("mingw-w64 runtime", "ZPL-2.1"),
+}
+# An archive of the system that the linker took a member from, at the beginning of a line of its
+# map.
+LINKED_ARCHIVE = re.compile(r"^(/\S+\.a)\(", re.MULTILINE)
 
 
-def package_version(package):
-    return subprocess.run(["dpkg-query", "-W", "-f=${Version}", package], check=True,
-                          stdout=subprocess.PIPE, text=True).stdout
+def query(*arguments):
+    done = subprocess.run(["dpkg-query", *arguments], check=False, stdout=subprocess.PIPE,
+                          text=True)
+    if done.returncode != 0:
+        raise SystemExit("package: the packages of what was linked are not known")
+    return done.stdout
 
 
-def runtime_component(name, package, licence):
-    version = package_version(package)
+def linked_packages(link_map):
+    """The packages of the archives that the program was linked with, sorted."""
+    used = link_map.partition("\nDiscarded input sections\n")[0]
+    archives = {str(pathlib.Path(path).resolve()) for path in LINKED_ARCHIVE.findall(used)}
+    packages = {line.partition(":")[0] for line in query("-S", *archives).splitlines()}
+    unknown = packages - LIBRARIES.keys()
+    if unknown:
+        raise SystemExit(f"package: linked from unknown packages: {', '.join(sorted(unknown))}")
+    return sorted(packages)
+
+
+def component(package):
+    name, licence = LIBRARIES[package]
+    version = query("-W", "-f=${Version}", package)
     return {
         "type": "library",
         "bom-ref": name,
@@ -30,9 +49,9 @@ def runtime_component(name, package, licence):
     }
 
 
-def text(version, date, program_sha256):
+def text(version, date, program_sha256, link_map):
     """The document; the same for the same program and date."""
-    components = [runtime_component(*entry) for entry in RUNTIME]
+    components = [component(package) for package in linked_packages(link_map)]
     document = {
         "bomFormat": "CycloneDX",
         "specVersion": "1.5",

@@ -6,7 +6,9 @@ usage: package.py BUILD_FOLDER OUTPUT_FOLDER
 
 Environment:
   SOURCE_DATE_EPOCH    release date in seconds; default: that of the last commit
-  MORVANE_URL          download address, without a trailing slash
+  MORVANE_HOMEPAGE     the repository's address, without a trailing slash
+  MORVANE_DOWNLOAD     where the files are downloaded, without a trailing slash; without it no
+                       manifests are made
   MORVANE_SIGN_CERT, MORVANE_SIGN_KEY
                        certificate chain and key (PEM); without them nothing is signed
   MORVANE_SIGN_TIME_URL
@@ -15,6 +17,7 @@ Environment:
 
 import datetime
 import hashlib
+import json
 import os
 import pathlib
 import re
@@ -22,21 +25,20 @@ import shutil
 import subprocess
 import sys
 import tempfile
+import zipfile
 
 import bill_of_materials
-from templates import fill, write_as_windows_text
+from templates import fill, windows_text
 
 HERE = pathlib.Path(__file__).resolve().parent
 ROOT = HERE.parent
 
 
 def run(*command, **options):
-    subprocess.run([str(part) for part in command], check=True, stdin=subprocess.DEVNULL, **options)
-
-
-def output_of(*command):
-    return subprocess.run(command, check=True, cwd=ROOT, stdin=subprocess.DEVNULL,
-                          stdout=subprocess.PIPE, text=True).stdout.strip()
+    command = [str(part) for part in command]
+    done = subprocess.run(command, check=False, stdin=subprocess.DEVNULL, **options)
+    if done.returncode != 0:
+        raise SystemExit(f"package: {command[0]} failed")
 
 
 def read_version(build):
@@ -45,16 +47,24 @@ def read_version(build):
 
 
 def release_date():
-    epoch = os.environ.get("SOURCE_DATE_EPOCH") or output_of("git", "log", "-1", "--format=%ct")
+    epoch = os.environ.get("SOURCE_DATE_EPOCH")
+    if not epoch:
+        git = subprocess.run(["git", "log", "-1", "--format=%ct"], cwd=ROOT, check=False,
+                             stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, text=True)
+        epoch = git.stdout.strip()
+    if not epoch.isdigit():
+        raise SystemExit("package: SOURCE_DATE_EPOCH must give the release date in seconds, as "
+                         "there is no commit that would")
     return datetime.datetime.fromtimestamp(int(epoch), datetime.timezone.utc)
 
 
-def download_address():
-    address = os.environ.get("MORVANE_URL")
-    if not address:
-        address = "https://morvane.example"
-        print(f"package: no MORVANE_URL; the manifests name {address}", file=sys.stderr)
-    return address
+def addresses():
+    """Homepage and download address; each may be missing."""
+    homepage = os.environ.get("MORVANE_HOMEPAGE")
+    download = os.environ.get("MORVANE_DOWNLOAD")
+    if download and not homepage:
+        raise SystemExit("package: the manifests need MORVANE_HOMEPAGE, too")
+    return homepage, download
 
 
 def sha256(path):
@@ -80,26 +90,29 @@ def sign(signing, path):
         run(HERE / "sign.sh", path, env=signing)
 
 
-def make_portable(stage, program, version, date, archive):
-    folder = stage / f"Morvane-{version}"
-    folder.mkdir()
-    shutil.copy(program, folder / "Morvane.exe")
-    write_as_windows_text(folder / "LICENSE.txt", (ROOT / "LICENSE").read_text(encoding="utf-8"))
-    write_as_windows_text(folder / "README.txt",
-                          fill(HERE / "portable" / "README.txt.in", {"VERSION": version}))
-    files = sorted(folder.iterdir())
-    for path in files:
-        path.chmod(0o644)
-    run("cmake", "-E", "tar", "cf", archive, "--format=zip",
-        *(path.relative_to(stage) for path in files), cwd=stage)
-    # CMake cannot leave out the archive's time stamps.
-    run("strip-nondeterminism", "--type", "zip", "--timestamp", int(date.timestamp()), archive,
-        env={**os.environ, "TZ": "UTC"})
+def write_archive(archive, date, files):
+    """Files are pairs of name and content. The same ones give the same bytes."""
+    with zipfile.ZipFile(archive, "w") as out:
+        for name, data in sorted(files):
+            entry = zipfile.ZipInfo(name, date.timetuple()[:6])
+            entry.compress_type = zipfile.ZIP_DEFLATED
+            entry.external_attr = 0o644 << 16
+            out.writestr(entry, data, compresslevel=9)
 
 
-def make_installer(stage, program, version, signing, installer):
+def make_portable(program, version, date, archive):
+    folder = f"Morvane-{version}"
+    read_me = fill(HERE / "portable" / "README.txt.in", {"VERSION": version})
+    write_archive(archive, date, [
+        (f"{folder}/Morvane.exe", program.read_bytes()),
+        (f"{folder}/LICENSE.txt", windows_text((ROOT / "LICENSE").read_text(encoding="utf-8"))),
+        (f"{folder}/README.txt", windows_text(read_me)),
+    ])
+
+
+def make_installer(stage, program, version, signing, installer, homepage=None):
     license_text = stage / "LICENSE.txt"
-    write_as_windows_text(license_text, (ROOT / "LICENSE").read_text(encoding="utf-8"))
+    license_text.write_bytes(windows_text((ROOT / "LICENSE").read_text(encoding="utf-8")))
     definitions = {
         "VERSION": version,
         "PROGRAM": program,
@@ -107,6 +120,8 @@ def make_installer(stage, program, version, signing, installer):
         "ICON": ROOT / "src" / "res" / "morvane.ico",
         "OUTPUT": installer,
     }
+    if homepage:
+        definitions["HOMEPAGE"] = homepage
     if signing:
         definitions["SIGN"] = HERE / "sign.sh"
     run("makensis", "-V2", "-WX", "-INPUTCHARSET", "UTF8",
@@ -121,12 +136,19 @@ def make_manifests(out, values):
         folder.mkdir()
         for template in sorted((HERE / kind).glob("*.in")):
             (folder / template.stem).write_text(fill(template, values), encoding="utf-8")
+    descriptions = json.loads((HERE / "winget" / "descriptions.json").read_text(encoding="utf-8"))
+    for locale, (short, long) in descriptions.items():
+        text = fill(HERE / "winget" / "locale.yaml.template",
+                    {**values, "LOCALE": locale, "SHORT": short, "LONG": long})
+        (out / "winget" / f"Morvane.Morvane.locale.{locale}.yaml").write_text(text,
+                                                                             encoding="utf-8")
 
 
 def package(build, out, stage):
     version = read_version(build)
     date = release_date()
     signing = signing_environment(date)
+    homepage, download = addresses()
     if out.exists():
         shutil.rmtree(out)
     out.mkdir(parents=True)
@@ -137,22 +159,29 @@ def package(build, out, stage):
     archive = out / f"Morvane-{version}-portable.zip"
     installer = out / f"Morvane-{version}-setup.exe"
     materials = out / f"Morvane-{version}.cdx.json"
-    make_portable(stage, program, version, date, archive)
-    make_installer(stage, program, version, signing, installer)
-    materials.write_text(bill_of_materials.text(version, date, sha256(program)), encoding="utf-8")
+    make_portable(program, version, date, archive)
+    make_installer(stage, program, version, signing, installer, homepage)
+    link_map = (build / "Morvane.map").read_text(encoding="utf-8")
+    materials.write_text(bill_of_materials.text(version, date, sha256(program), link_map),
+                         encoding="utf-8")
 
     files = [archive, installer, materials]
     (out / "SHA256SUMS").write_text("".join(f"{sha256(path)}  {path.name}\n" for path in files),
                                     encoding="ascii")
-    make_manifests(out, {
-        "VERSION": version,
-        "DATE": f"{date:%Y-%m-%d}",
-        "URL": download_address(),
-        "INSTALLER": installer.name,
-        "INSTALLER_SHA256": sha256(installer).upper(),
-        "PORTABLE": archive.name,
-        "PORTABLE_SHA256": sha256(archive),
-    })
+    if download:
+        make_manifests(out, {
+            "VERSION": version,
+            "DATE": f"{date:%Y-%m-%d}",
+            "HOMEPAGE": homepage,
+            "DOWNLOAD": download,
+            "DOWNLOAD_OF_ANY_VERSION": download.replace(version, "$version"),
+            "INSTALLER": installer.name,
+            "INSTALLER_SHA256": sha256(installer).upper(),
+            "PORTABLE": archive.name,
+            "PORTABLE_SHA256": sha256(archive),
+        })
+    else:
+        print("package: no MORVANE_DOWNLOAD, so no manifests", file=sys.stderr)
     for path in files:
         print(f"{path}: {path.stat().st_size} bytes")
     print("signed" if signing else "not signed")

@@ -9,5 +9,5 @@ def fill(template, values):
                   template.read_text(encoding="utf-8"))
 
 
-def write_as_windows_text(path, text):
-    path.write_text(text, encoding="utf-8", newline="\r\n")
+def windows_text(text):
+    return text.replace("\n", "\r\n").encode()

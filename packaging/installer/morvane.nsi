@@ -1,11 +1,13 @@
 ; The per-user installer. The caller defines VERSION, PROGRAM and LICENSE (files), ICON, OUTPUT, and
-; SIGN, a program that signs the uninstaller, if there is one.
+; if there are such: SIGN, a program that signs the uninstaller, and HOMEPAGE, an address.
 ;
 ; Exit codes, for silent use; documented in docs/deployment.md.
 !define EXIT_STILL_RUNNING 3
 !define EXIT_NOT_WRITTEN 4
 !define EXIT_STARTUP_FAILED 5
 !define EXIT_DATA_KEPT 6
+!define EXIT_SERVICE_ACCOUNT 7
+!define EXIT_OLD_WINDOWS 8
 
 ; A 64-bit stub and plug-ins, like the program.
 Unicode true
@@ -22,6 +24,7 @@ RequestExecutionLevel user
 !include LogicLib.nsh
 !include Sections.nsh
 !include WinMessages.nsh
+!include WinVer.nsh
 !include WordFunc.nsh
 
 !define CONTROL_CLASS MorvaneHiddenWindow
@@ -30,6 +33,7 @@ RequestExecutionLevel user
 !define START_MENU_ENTRY "$SMPROGRAMS\Morvane.lnk"
 !define STAGED .new ; suffix of new files until all of them are in place
 !define KEPT .old ; suffix of copies of the old files until all of them are replaced
+!define REST_OPTION /REST ; to delete only the uninstaller's own file and folder
 !define FILE_PATIENCE 25 ; attempts, 200 ms apart, at a file in use
 !define CLOSE_PATIENCE 10000 ; milliseconds, for one copy
 
@@ -218,9 +222,28 @@ Function LeaveOldFolder
     RMDir "$R9"
 FunctionEnd
 
-; If the requested folder is impossible, the stub silently uses the default: refuse instead.
+!macro REFUSE text code
+    MessageBox MB_OK|MB_ICONSTOP "${text}" /SD IDOK
+    SetErrorLevel ${code}
+    Quit
+!macroend
+
 Function .onInit
     !insertmacro CHOOSE_LANGUAGE
+    ${IfNot} ${AtLeastWin10}
+        !insertmacro REFUSE "$(OLD_WINDOWS)" ${EXIT_OLD_WINDOWS}
+    ${EndIf}
+    ; Only the profiles of the system and service accounts are there: no user would see the program.
+    StrLen $0 "$WINDIR\"
+    StrCpy $0 $LOCALAPPDATA $0
+    ${If} $0 == "$WINDIR\"
+        !insertmacro REFUSE "$(SERVICE_ACCOUNT)" ${EXIT_SERVICE_ACCOUNT}
+    ${EndIf}
+    Call RequireRequestedFolder
+FunctionEnd
+
+; If the requested folder is impossible, the stub silently uses the default: refuse instead.
+Function RequireRequestedFolder
     System::Call "kernel32::GetCommandLineW() t .r0"
     ClearErrors
     ${WordFind} "$0" " /D=" "E+1}" $1
@@ -233,9 +256,7 @@ Function .onInit
     ${EndIf}
     ${If} $1 != $INSTDIR
         StrCpy $INSTDIR $1
-        MessageBox MB_OK|MB_ICONSTOP "$(NOT_WRITTEN)" /SD IDOK
-        SetErrorLevel ${EXIT_NOT_WRITTEN}
-        Quit
+        !insertmacro REFUSE "$(NOT_WRITTEN)" ${EXIT_NOT_WRITTEN}
     ${EndIf}
 FunctionEnd
 
@@ -284,7 +305,12 @@ Section
     WriteRegStr HKCU "${UNINSTALL_KEY}" "Publisher" "${PUBLISHER}"
     WriteRegStr HKCU "${UNINSTALL_KEY}" "InstallLocation" "$INSTDIR"
     WriteRegStr HKCU "${UNINSTALL_KEY}" "UninstallString" '"$INSTDIR\Uninstall.exe"'
-    WriteRegStr HKCU "${UNINSTALL_KEY}" "QuietUninstallString" '"$INSTDIR\Uninstall.exe" /S'
+    ; In place, so that whoever runs it can wait for its end and gets its exit code.
+    WriteRegStr HKCU "${UNINSTALL_KEY}" "QuietUninstallString" '"$INSTDIR\Uninstall.exe" /S _?=$INSTDIR'
+!ifdef HOMEPAGE
+    WriteRegStr HKCU "${UNINSTALL_KEY}" "URLInfoAbout" "${HOMEPAGE}"
+    WriteRegStr HKCU "${UNINSTALL_KEY}" "HelpLink" "${HOMEPAGE}/issues"
+!endif
     WriteRegDWORD HKCU "${UNINSTALL_KEY}" "NoModify" 1
     WriteRegDWORD HKCU "${UNINSTALL_KEY}" "NoRepair" 1
     IfErrors notWritten
@@ -401,17 +427,30 @@ Function un.RequireFreeProgram
     SetErrors
 FunctionEnd
 
-; The uninstaller that started this copy of itself may not have ended yet. Run in place there is no
-; copy, and the file stays.
+; The uninstaller that started this copy of itself may not have ended yet. Run in place it cannot
+; delete its own file; see un.onUninstSuccess.
 Function un.DeleteUninstaller
+    ${If} $EXEDIR == $INSTDIR
+        Return
+    ${EndIf}
     ${For} $R2 1 ${FILE_PATIENCE}
         Delete "$INSTDIR\Uninstall.exe"
         ${IfNot} ${FileExists} "$INSTDIR\Uninstall.exe"
-        ${OrIf} $EXEDIR == $INSTDIR
-            Return
+            ${Break}
         ${EndIf}
         Sleep 200
     ${Next}
+    ; Only if the user has put nothing in it.
+    RMDir "$INSTDIR"
+FunctionEnd
+
+; The last thing that happens. Run in place, a copy deletes the original once that has ended.
+Function un.onUninstSuccess
+    ${If} $EXEDIR == $INSTDIR
+        StrCpy $0 "$TEMP\Morvane-Uninstall.exe"
+        CopyFiles /SILENT "$INSTDIR\Uninstall.exe" $0
+        Exec '"$0" /S ${REST_OPTION} _?=$INSTDIR'
+    ${EndIf}
 FunctionEnd
 
 ; Needs the program. If something is left behind, sets $R8 to the exit code and $R9 to the message.
@@ -455,11 +494,9 @@ Function un.Remove
     Call un.RemoveTraces
     Delete "$INSTDIR\Morvane.exe"
     Delete "$INSTDIR\LICENSE.txt"
-    Call un.DeleteUninstaller
     Delete "${START_MENU_ENTRY}"
     DeleteRegKey HKCU "${UNINSTALL_KEY}"
-    ; Only if the user has put nothing in it.
-    RMDir "$INSTDIR"
+    Call un.DeleteUninstaller
 
     ${If} $R8 <> 0
         SetErrorLevel $R8
@@ -471,6 +508,12 @@ FunctionEnd
 Function un.onInit
     !insertmacro CHOOSE_LANGUAGE
     ${GetParameters} $R0
+    ClearErrors
+    ${GetOptions} $R0 "${REST_OPTION}" $R1
+    ${IfNot} ${Errors}
+        Call un.DeleteUninstaller
+        Quit
+    ${EndIf}
     ClearErrors
     ${GetOptions} $R0 "/REMOVEDATA" $R1
     ${IfNot} ${Errors}

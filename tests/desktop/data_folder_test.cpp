@@ -39,7 +39,7 @@ TEST_F(DataFolderPathTest, FolderIsCreatedByEveryQueryForItsPath) {
 }
 
 TEST_F(DataFolderPathTest, FolderFollowsTheApplicationData) {
-    const std::wstring other = RoamingFolder() + L"\\A user's data \x65E5\x672C";
+    const std::wstring other = TestPath(L"A user's data \x65E5\x672C");
     CreateDirectoryW(other.c_str(), nullptr);
     {
         const ShellFolderOverride redirected(L"AppData", other);

@@ -54,7 +54,10 @@ TEST_F(DataRemovalTest, WhereTheProgramNeverRanNothingIsLeftBehind) {
 }
 
 TEST_F(DataRemovalTest, SettingsAndShortcutGoAndNeighboursStay) {
-    const std::wstring neighbour = RoamingFolder() + L"\\Morvane2";
+    const std::wstring roaming = TestPath(L"Roaming");
+    MakeFolder(roaming);
+    const ShellFolderOverride redirected(L"AppData", roaming);
+    const std::wstring neighbour = roaming + L"\\Morvane2";
     const std::wstring otherShortcut = StartupFolder() + L"\\Other.lnk";
     MakeFolder(neighbour);
     MakeFile(neighbour + L"\\config.txt");
@@ -65,8 +68,6 @@ TEST_F(DataRemovalTest, SettingsAndShortcutGoAndNeighboursStay) {
     EXPECT_FALSE(PathExists(StartupShortcut()));
     EXPECT_TRUE(PathExists(otherShortcut));
     EXPECT_TRUE(PathExists(neighbour + L"\\config.txt"));
-    DeleteFileW((neighbour + L"\\config.txt").c_str());
-    RemoveDirectoryW(neighbour.c_str());
 }
 
 TEST_F(DataRemovalTest, NestedFoldersAndManyFilesGo) {
@@ -120,13 +121,15 @@ TEST_F(DataRemovalTest, NamesThatEndInDotsAndBlanksGo) {
 }
 
 TEST_F(DataRemovalTest, FolderGoesWhateverTheFormOfItsPath) {
-    const std::wstring roaming = RoamingFolder();
+    const std::wstring roaming = TestPath(L"Roaming");
     const std::wstring folder = roaming + L"\\Morvane";
     const std::wstring neighbour = roaming + L"\\Morvane2";
     std::wstring slashes = roaming;
     std::replace(slashes.begin(), slashes.end(), L'\\', L'/');
+    MakeFolder(roaming);
     MakeFolder(neighbour);
     MakeFile(neighbour + L"\\config.txt");
+    const ShellFolderOverride redirected(L"AppData", roaming);
     const struct {
         const char* name;
         std::wstring form;
@@ -146,8 +149,6 @@ TEST_F(DataRemovalTest, FolderGoesWhateverTheFormOfItsPath) {
         EXPECT_FALSE(PathExists(folder));
         EXPECT_TRUE(PathExists(neighbour + L"\\config.txt"));
     }
-    DeleteFileW((neighbour + L"\\config.txt").c_str());
-    RemoveDirectoryW(neighbour.c_str());
 }
 
 TEST_F(DataRemovalTest, FileInPlaceOfTheFolderGoes) {

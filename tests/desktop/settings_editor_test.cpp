@@ -132,7 +132,7 @@ TEST_F(SettingsEditorTest, NotepadShowsTheFileAndItIsReadAgain) {
 }
 
 TEST_F(SettingsEditorTest, DeletedFileIsRewrittenBeforeNotepadOpensItAtAPathWithBlanks) {
-    const std::wstring profile = RoamingFolder() + L"\\A user with blanks";
+    const std::wstring profile = TestPath(L"A user with blanks");
     CreateDirectoryW(profile.c_str(), nullptr);
     {
         const ShellFolderOverride redirected(L"AppData", profile);

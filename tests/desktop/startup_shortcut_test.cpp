@@ -140,8 +140,7 @@ TEST_F(StartupShortcutTest, LockedAndReadOnlyShortcutsStay) {
 }
 
 TEST_F(StartupShortcutTest, FolderOutsideTheAnsiCodePageWorks) {
-    const std::wstring folder =
-        RoamingFolder() + L"\\\x81EA\x52D5 \x0437\x0430\x043F\x0443\x0441\x043A";
+    const std::wstring folder = TestPath(L"\x81EA\x52D5 \x0437\x0430\x043F\x0443\x0441\x043A");
     CreateDirectoryW(folder.c_str(), nullptr);
     {
         const ShellFolderOverride redirected(L"Startup", folder);
@@ -154,7 +153,7 @@ TEST_F(StartupShortcutTest, FolderOutsideTheAnsiCodePageWorks) {
 }
 
 TEST_F(StartupShortcutTest, MissingFolderIsNotCreated) {
-    const std::wstring folder = RoamingFolder() + L"\\No startup folder";
+    const std::wstring folder = TestPath(L"No startup folder");
     const ShellFolderOverride redirected(L"Startup", folder);
     EXPECT_FALSE(InstallStartupShortcut());
     EXPECT_FALSE(IsStartupEnabled());

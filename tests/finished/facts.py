@@ -84,12 +84,14 @@ MANIFEST = {
 }
 
 # By language and code page. The order matters: the program shows the version of the first one.
-DESCRIPTIONS = {
+SENTENCES = {
     "040904b0": "Keep selected windows always on top",
     "041104b0": "選んだウィンドウを、ほかより手前に固定",
 }
 COMMON_TEXTS = {
     "CompanyName": "the Morvane authors",
+    # Shown as the program's name by Task Manager and in the list of startup apps.
+    "FileDescription": "Morvane",
     "InternalName": "Morvane",
     "LegalCopyright": "Copyright © 2026 the Morvane authors",
     "OriginalFilename": "Morvane.exe",
@@ -190,13 +192,13 @@ def fixed_version(program):
 
 def version_texts(program):
     versions = dict.fromkeys(("FileVersion", "ProductVersion"), program.version)
-    expected = [(name, {**COMMON_TEXTS, **versions, "FileDescription": description})
-                for name, description in DESCRIPTIONS.items()]
+    expected = [(name, {**COMMON_TEXTS, **versions, "Comments": sentence})
+                for name, sentence in SENTENCES.items()]
     found = [(table.LangID.decode(),
               {key.decode(): text.decode() for key, text in table.entries.items()})
              for block in program.pe.FileInfo[0] for table in getattr(block, "StringTable", ())]
     # pefile keeps only the last pair. The list of pairs is the last thing in the resource.
-    pairs = [struct.pack("<HH", int(name[:4], 16), int(name[4:], 16)) for name in DESCRIPTIONS]
+    pairs = [struct.pack("<HH", int(name[:4], 16), int(name[4:], 16)) for name in SENTENCES]
     end = "Translation\0".encode("utf-16-le") + bytes(2) + b"".join(pairs)
     [(_, data)] = resources(program, "RT_VERSION")
     return differs((found, data[-len(end) :]), (expected, end))

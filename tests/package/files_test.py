@@ -23,11 +23,16 @@ ROOT = pathlib.Path(__file__).resolve().parents[2]
 sys.path.insert(0, str(ROOT / "packaging"))
 
 import package  # noqa: E402
-from signing import is_signed, make_certificate
+import bill_of_materials  # noqa: E402
+from signing import TimeStampService, is_signed, make_certificate
 
 BUILD = pathlib.Path(sys.argv.pop(1)).resolve()
 PACKAGE = pathlib.Path(sys.argv.pop(1)).resolve()
 VERSION = package.read_version(BUILD)
+# Those that the tests' packages are made with.
+HOMEPAGE = os.environ["MORVANE_HOMEPAGE"]
+DOWNLOAD = os.environ["MORVANE_DOWNLOAD"]
+LOCALES = ("de-DE", "es-ES", "fr-FR", "ja-JP", "ko-KR", "pt-BR", "ru-RU", "zh-CN", "zh-TW")
 LANGUAGES = ("English", "Japanese", "SimpChinese", "TradChinese", "Korean", "Spanish", "French",
              "German", "PortugueseBR", "Russian")
 
@@ -36,15 +41,19 @@ def digest(path):
     return hashlib.sha256(path.read_bytes()).hexdigest()
 
 
-def make_package(build, out, **environment):
-    subprocess.run([str(ROOT / "packaging" / "package.py"), str(build), str(out)], check=True,
-                   stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
-                   env={**without_signing(), **environment})
+def make_package(out, script=ROOT / "packaging" / "package.py", **environment):
+    """The exit code, and what was said about a failure. None removes a variable."""
+    settings = {**without("MORVANE_SIGN_"), **environment}
+    done = subprocess.run(
+        [str(script), str(BUILD), str(out)], check=False, stdin=subprocess.DEVNULL,
+        stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, text=True,
+        env={name: value for name, value in settings.items() if value is not None})
+    return done.returncode, done.stderr
 
 
-def without_signing():
-    return {name: value for name, value in os.environ.items()
-            if not name.startswith("MORVANE_SIGN_")}
+def without(*prefixes):
+    """The environment without the variables that begin so."""
+    return {name: value for name, value in os.environ.items() if not name.startswith(prefixes)}
 
 
 def names_and_digests(folder):
@@ -63,6 +72,7 @@ class DownloadsTest(unittest.TestCase):
             "winget/Morvane.Morvane.installer.yaml",
             "winget/Morvane.Morvane.locale.en-US.yaml",
             "winget/Morvane.Morvane.yaml",
+            *(f"winget/Morvane.Morvane.locale.{locale}.yaml" for locale in LOCALES),
         ]))
 
     def test_checksums_match_the_files(self):
@@ -130,11 +140,22 @@ class ManifestTest(unittest.TestCase):
         self.assertEqual(self.load("Morvane.Morvane.yaml")["DefaultLocale"],
                          self.load("Morvane.Morvane.locale.en-US.yaml")["PackageLocale"])
 
-    def test_locale_manifest_has_the_required_fields(self):
+    def test_locale_manifests_have_the_required_fields(self):
+        texts = set()
+        for locale in ("en-US", *LOCALES):
+            manifest = self.load(f"Morvane.Morvane.locale.{locale}.yaml")
+            self.assertEqual(manifest["PackageLocale"], locale)
+            self.assertEqual(manifest["ManifestType"],
+                             "defaultLocale" if locale == "en-US" else "locale")
+            self.assert_has(manifest, "ShortDescription", "Description")
+            self.assertLessEqual(len(manifest["ShortDescription"]), 256)
+            texts |= {manifest["ShortDescription"], manifest["Description"]}
+        self.assertEqual(len(texts), 2 * (1 + len(LOCALES)), "each in its own language")
         manifest = self.load("Morvane.Morvane.locale.en-US.yaml")
-        self.assert_has(manifest, "PackageLocale", "Publisher", "PackageName", "License",
-                        "ShortDescription")
-        self.assertLessEqual(len(manifest["ShortDescription"]), 256)
+        self.assert_has(manifest, "Publisher", "PackageName", "License")
+        self.assertEqual([manifest[name] for name in ("PackageUrl", "PublisherSupportUrl",
+                                                      "LicenseUrl")],
+                         [HOMEPAGE, HOMEPAGE + "/issues", HOMEPAGE + "/blob/HEAD/LICENSE"])
 
     def test_installer_manifest_describes_the_installer(self):
         manifest = self.load("Morvane.Morvane.installer.yaml")
@@ -144,8 +165,14 @@ class ManifestTest(unittest.TestCase):
         installer, = manifest["Installers"]
         self.assertEqual(installer["Architecture"], "x64")
         name = f"Morvane-{VERSION}-setup.exe"
-        self.assertRegex(installer["InstallerUrl"], rf"^https://.+/{re.escape(name)}$")
+        self.assertEqual(installer["InstallerUrl"], f"{DOWNLOAD}/{name}")
         self.assertEqual(installer["InstallerSha256"], digest(PACKAGE / name).upper())
+        listed = [int(code) for code in manifest["InstallerSuccessCodes"]]
+        listed += [int(entry["InstallerReturnCode"]) for entry in manifest["ExpectedReturnCodes"]]
+        script = (ROOT / "packaging" / "installer" / "morvane.nsi").read_text(encoding="utf-8")
+        own = {int(code) for name, code in re.findall(r"(?m)^!define EXIT_(\w+) (\d)$", script)
+               if name != "DATA_KEPT"}  # of the uninstaller
+        self.assertEqual(sorted(listed), sorted({1} | own))  # 1: cancelled, says the stub
 
     def test_scoop_manifest_describes_the_archive(self):
         manifest = json.loads((PACKAGE / "scoop" / "morvane.json").read_text(encoding="utf-8"))
@@ -154,14 +181,34 @@ class ManifestTest(unittest.TestCase):
         self.assertEqual(manifest["version"], VERSION)
         archive = manifest["architecture"]["64bit"]
         name = f"Morvane-{VERSION}-portable.zip"
-        self.assertRegex(archive["url"], rf"^https://.+/{re.escape(name)}$")
+        self.assertEqual(archive["url"], f"{DOWNLOAD}/{name}")
+        self.assertEqual(manifest["homepage"], HOMEPAGE)
+        update = manifest["autoupdate"]["architecture"]["64bit"]
+        for field in ("url", "extract_dir"):
+            self.assertIn("$version", update[field])
+            self.assertEqual(update[field].replace("$version", VERSION), archive[field])
         self.assertEqual(archive["hash"], digest(PACKAGE / name))
         with zipfile.ZipFile(PACKAGE / name) as files:
             for program, _ in manifest["shortcuts"]:
                 self.assertIn(f"{archive['extract_dir']}/{program}", files.namelist())
 
 
+    def test_manifests_are_made_only_with_both_addresses(self):
+        with tempfile.TemporaryDirectory() as folder:
+            out = pathlib.Path(folder) / "dist"
+            code, said = make_package(out, MORVANE_HOMEPAGE=None, MORVANE_DOWNLOAD=None)
+            self.assertEqual(code, 0)
+            self.assertIn("no MORVANE_DOWNLOAD", said)
+            self.assertFalse([path for path in out.iterdir() if path.is_dir()])
+            code, said = make_package(out, MORVANE_HOMEPAGE=None)
+            self.assertEqual(code, 1)
+            self.assertIn("need MORVANE_HOMEPAGE", said)
+
+
 class BillOfMaterialsTest(unittest.TestCase):
+    # The others are those of Windows and of the C library.
+    NAMES = {"libstdc++.a": "libstdc++", "libgcc.a": "libgcc"}
+
     def test_it_names_the_program_and_the_libraries_linked_into_it(self):
         document = json.loads((PACKAGE / f"Morvane-{VERSION}.cdx.json").read_text(encoding="utf-8"))
         self.assertEqual(document["bomFormat"], "CycloneDX")
@@ -170,13 +217,36 @@ class BillOfMaterialsTest(unittest.TestCase):
         self.assertEqual((program["name"], program["version"]), ("Morvane", VERSION))
         self.assertEqual(program["hashes"],
                          [{"alg": "SHA-256", "content": digest(BUILD / "Morvane.exe")}])
+        link_map = (BUILD / "Morvane.map").read_text(encoding="utf-8")
+        archives = set(re.findall(r"(?m)^/.*/(lib\S+\.a)\(", link_map.partition("Discarded")[0]))
+        self.assertGreater(len(archives), 3)
+        self.assertNotIn("libwinpthread.a", archives, "which has a licence of its own")
         self.assertEqual({part["name"] for part in document["components"]},
-                         {"libstdc++", "libgcc", "mingw-w64 runtime", "winpthreads"})
+                         {self.NAMES.get(name, "mingw-w64 runtime") for name in archives})
         for part in document["components"]:
             for field in ("name", "version", "licenses", "purl"):
                 self.assertTrue(part.get(field), f"{part}: {field}")
         edges, = document["dependencies"]
         self.assertEqual(edges["dependsOn"], [part["bom-ref"] for part in document["components"]])
+
+    def test_it_follows_the_map(self):
+        link_map = (BUILD / "Morvane.map").read_text(encoding="utf-8")
+        libgcc = re.search(r"(?m)^/.*/libgcc\.a\(.*$", link_map)[0]
+        self.assertEqual(bill_of_materials.linked_packages(libgcc), ["gcc-mingw-w64-x86-64-posix"])
+        with self.assertRaises(SystemExit):
+            bill_of_materials.linked_packages(f"{libgcc}\n/usr/lib/of-nobody.a(member.o)\n")
+
+
+class ReleaseDateTest(unittest.TestCase):
+    def test_without_commits_it_has_to_be_given(self):
+        with tempfile.TemporaryDirectory() as folder:
+            copy = pathlib.Path(folder) / "packaging"
+            shutil.copytree(ROOT / "packaging", copy)
+            code, said = make_package(folder, copy / "package.py", SOURCE_DATE_EPOCH=None,
+                                      GIT_CEILING_DIRECTORIES="/")
+        self.assertEqual(code, 1)
+        self.assertIn("SOURCE_DATE_EPOCH", said)
+        self.assertNotIn("Traceback", said)
 
 
 class SigningTest(unittest.TestCase):
@@ -187,10 +257,14 @@ class SigningTest(unittest.TestCase):
         self.certificate, self.key = make_certificate(self.folder)
         self.out = self.folder / "dist"
 
+    def make_signed_package(self, **environment):
+        return make_package(self.out, MORVANE_SIGN_CERT=str(self.certificate),
+                            MORVANE_SIGN_KEY=str(self.key), **environment)
+
     def test_installer_and_program_are_signed_with_the_certificate(self):
-        make_package(BUILD, self.out, MORVANE_SIGN_CERT=str(self.certificate),
-                     MORVANE_SIGN_KEY=str(self.key),
-                     SOURCE_DATE_EPOCH=f"{int(self.certificate.stat().st_mtime)}")
+        code, said = self.make_signed_package(
+            SOURCE_DATE_EPOCH=f"{int(self.certificate.stat().st_mtime)}")
+        self.assertEqual(code, 0, said)
         installer, = self.out.glob("*-setup.exe")
         self.assertTrue(is_signed(installer, self.certificate))
         with zipfile.ZipFile(next(self.out.glob("*.zip"))) as archive:
@@ -202,6 +276,17 @@ class SigningTest(unittest.TestCase):
         installer.write_bytes(spoiled)
         self.assertFalse(is_signed(installer, self.certificate))
 
+    def test_signature_has_the_time_stamp_of_the_service(self):
+        with TimeStampService(self.folder) as service:
+            code, said = self.make_signed_package(MORVANE_SIGN_TIME_URL=service.address)
+        self.assertEqual(code, 0, said)
+        installer, = self.out.glob("*-setup.exe")
+        self.assertTrue(is_signed(installer, self.certificate, service.certificate))
+        # A file without the stamp would be taken for one with it.
+        code, said = self.make_signed_package(MORVANE_SIGN_TIME_URL=service.address)
+        self.assertEqual(code, 1)
+        self.assertIn("sign.sh failed", said)
+
     def test_nothing_is_signed_without_a_certificate(self):
         with pefile.PE(str(PACKAGE / f"Morvane-{VERSION}-setup.exe"), fast_load=True) as installer:
             signature = installer.OPTIONAL_HEADER.DATA_DIRECTORY[
@@ -209,8 +294,9 @@ class SigningTest(unittest.TestCase):
             self.assertEqual(signature.Size, 0)
 
     def test_certificate_without_a_key_is_an_error(self):
-        with self.assertRaises(subprocess.CalledProcessError):
-            make_package(BUILD, self.out, MORVANE_SIGN_CERT=str(self.certificate))
+        code, said = make_package(self.out, MORVANE_SIGN_CERT=str(self.certificate))
+        self.assertEqual(code, 1)
+        self.assertIn("belong together", said)
 
 
 class ReproducibilityTest(unittest.TestCase):
@@ -231,7 +317,7 @@ class ReproducibilityTest(unittest.TestCase):
             date = f"{int(package.release_date().timestamp())}"
             subprocess.run([str(other / "packaging" / "package.py"), str(build),
                             str(other / "dist")], cwd=other, check=True, stdin=subprocess.DEVNULL,
-                           stdout=subprocess.DEVNULL, env={**without_signing(), "SOURCE_DATE_EPOCH": date})
+                           stdout=subprocess.DEVNULL, env={**without("MORVANE_SIGN_"), "SOURCE_DATE_EPOCH": date})
             self.maxDiff = None
             self.assertEqual(names_and_digests(other / "dist"), names_and_digests(PACKAGE))
 

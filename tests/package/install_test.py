@@ -6,6 +6,7 @@ usage: install_test.py BUILD_FOLDER PACKAGE_FOLDER [UNITTEST-ARGUMENT...]
 
 import os
 import pathlib
+import re
 import subprocess
 import sys
 import tempfile
@@ -13,14 +14,15 @@ import unittest
 
 import installation
 from installation import (
-    EXIT_DATA_KEPT, EXIT_NOT_WRITTEN, EXIT_STARTUP_FAILED, EXIT_STILL_RUNNING, INSTALLED, SETTINGS,
-    STARTUP_SHORTCUT, START_MENU_ENTRY, digest)
+    EXIT_DATA_KEPT, EXIT_NOT_WRITTEN, EXIT_OLD_WINDOWS, EXIT_SERVICE_ACCOUNT, EXIT_STARTUP_FAILED,
+    EXIT_STILL_RUNNING, INSTALLED, SETTINGS, STARTUP_SHORTCUT, START_MENU_ENTRY, digest)
 
 import package
 from signing import is_signed, make_certificate
 
 BUILD = pathlib.Path(sys.argv.pop(1)).resolve()
 PACKAGE = pathlib.Path(sys.argv.pop(1)).resolve()
+ROOT = installation.ROOT
 
 OLD_VERSION = "26.9.11.1"
 NEEDS_MOUNT = "no file system can be mounted here"
@@ -31,6 +33,8 @@ FILES = ["LICENSE.txt", "Morvane.exe", "Uninstall.exe"]
 class InstallerTest(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
+        # Wine 8.0 takes itself for Windows 7, where the installer refuses to work.
+        installation.wine("reg", "add", r"HKCU\Software\Wine", "/v", "Version", "/d", "win10", "/f")
         cls.setup, = PACKAGE.glob("*-setup.exe")
         cls.report = installation.WindowReport(BUILD)
         cls.version = package.read_version(BUILD)
@@ -68,8 +72,13 @@ class InstallerTest(unittest.TestCase):
         self.assertTrue(START_MENU_ENTRY.exists())
         self.assertEqual(installation.registered().get("DisplayVersion"), version)
 
-    def assert_gone(self):
-        self.assertFalse(INSTALLED.exists())
+    def assert_gone(self, folder_too=True):
+        """Run in place, the uninstaller leaves its own file and folder to a copy."""
+        if folder_too:
+            self.assertFalse(INSTALLED.exists())
+        else:
+            self.assertLessEqual(set(installation.files_below(INSTALLED)), {"Uninstall.exe"})
+            installation.wait_until(lambda: not INSTALLED.exists(), "the folder is deleted")
         self.assertFalse(START_MENU_ENTRY.exists())
         self.assertFalse(STARTUP_SHORTCUT.exists())
         self.assertEqual(installation.registered(), {})
@@ -88,7 +97,10 @@ class InstallerTest(unittest.TestCase):
         self.assertEqual(values["DisplayIcon"], folder + "\\Morvane.exe,0")
         self.assertEqual(values["InstallLocation"], folder)
         self.assertEqual(values["UninstallString"], f'"{folder}\\Uninstall.exe"')
-        self.assertEqual(values["QuietUninstallString"], f'"{folder}\\Uninstall.exe" /S')
+        self.assertEqual(values["QuietUninstallString"],
+                         f'"{folder}\\Uninstall.exe" /S _?={folder}')
+        self.assertEqual(values["URLInfoAbout"], os.environ["MORVANE_HOMEPAGE"])
+        self.assertEqual(values["HelpLink"], os.environ["MORVANE_HOMEPAGE"] + "/issues")
         size = sum((INSTALLED / name).stat().st_size for name in FILES)
         self.assertAlmostEqual(int(values["EstimatedSize"], 16), size / 1024, delta=3)
 
@@ -165,15 +177,58 @@ class InstallerTest(unittest.TestCase):
         self.assertEqual(installation.registered(), values)
         self.assertTrue(STARTUP_SHORTCUT.exists())
 
+    def assert_refused(self, code):
+        self.assertEqual(installation.wine(self.setup, "/S", "/START=1"), code)
+        self.assert_gone()
+
+    def test_service_accounts_are_refused(self):
+        folder = r"C:\windows\system32\config\systemprofile\AppData\Local"
+        key = r"HKCU\Software\Microsoft\Windows\CurrentVersion\Explorer\User Shell Folders"
+        with installation.RegistryValue(key, "Local AppData", folder):
+            self.assert_refused(EXIT_SERVICE_ACCOUNT)
+        self.assertFalse(list((installation.DRIVE / "windows").rglob("Morvane*")))
+
+    def test_windows_before_10_is_refused(self):
+        key = rf"HKCU\Software\Wine\AppDefaults\{self.setup.name}"
+        for version in ("win7", "win81"):
+            with installation.RegistryValue(key, "Version", version):
+                self.assert_refused(EXIT_OLD_WINDOWS)
+
+    def test_registered_silent_removal_waits_until_everything_is_gone(self):
+        self.install("/STARTUP=1", "/START=1")
+        installation.wait_until(SETTINGS.exists, "the program is started")
+        program, options = re.fullmatch('"(.*)" (.*)',
+                                        installation.registered()["QuietUninstallString"]).groups()
+        self.assertEqual(installation.wine_unquoted(program, options), 0)
+        self.assert_gone(folder_too=False)
+        self.assertTrue(SETTINGS.exists())
+
+    def test_documented_silent_removal_waits_and_returns_the_exit_code(self):
+        text = (ROOT / "docs" / "deployment.md").read_text(encoding="utf-8")
+        line, = set(re.findall(r"cmd /d /c start /wait [^`\n]*", text))
+        script = installation.DRIVE / "remove.cmd"
+        script.write_text(line + "\r\n", encoding="ascii")
+        self.addCleanup(script.unlink)
+        self.install("/START=1")
+        installation.wait_until(SETTINGS.exists, "the program is started")
+        with installation.Paused():
+            self.assertEqual(installation.wine("cmd", "/c", installation.windows_path(script)),
+                             EXIT_STILL_RUNNING)
+        self.assert_installed(self.version)
+        self.assertEqual(installation.wine("cmd", "/c", installation.windows_path(script)), 0)
+        self.assert_gone(folder_too=False)
+
     def test_second_uninstall_has_nothing_to_do(self):
         self.install()
+        uninstaller = INSTALLED / "Uninstall.exe"
+        kept = uninstaller.read_bytes()
         self.assertEqual(installation.uninstall_in_place(), 0)
-        # Run in place, the uninstaller cannot delete itself.
-        self.assertEqual(installation.files_below(INSTALLED), ["Uninstall.exe"])
-        self.assertEqual(installation.registered(), {})
-        self.assertEqual(installation.uninstall_in_place(), 0)
-        self.assertEqual(installation.uninstall_in_place("/REMOVEDATA"), 0)
-        self.assertEqual(installation.files_below(INSTALLED), ["Uninstall.exe"])
+        for options in ((), ("/REMOVEDATA",)):
+            self.assert_gone(folder_too=False)
+            INSTALLED.mkdir()
+            uninstaller.write_bytes(kept)
+            self.assertEqual(installation.uninstall_in_place(*options), 0)
+        self.assert_gone(folder_too=False)
 
     def test_settings_stay_unless_their_removal_is_requested(self):
         self.pin_notepad()
@@ -332,9 +387,7 @@ class InstallerTest(unittest.TestCase):
         self.assertFalse(STARTUP_SHORTCUT.exists())
         self.walk_through(installation.start(INSTALLED / "Uninstall.exe",
                                              f"_?={installation.windows_path(INSTALLED)}"))
-        self.assertEqual(installation.files_below(INSTALLED), ["Uninstall.exe"])
-        self.assertEqual(installation.registered(), {})
-        installation.expect_nothing_running()
+        self.assert_gone(folder_too=False)
         self.assertTrue(SETTINGS.exists())
 
     def test_uninstaller_of_a_signed_installer_is_signed(self):

@@ -36,6 +36,8 @@ EXIT_STILL_RUNNING = 3
 EXIT_NOT_WRITTEN = 4
 EXIT_STARTUP_FAILED = 5
 EXIT_DATA_KEPT = 6
+EXIT_SERVICE_ACCOUNT = 7
+EXIT_OLD_WINDOWS = 8
 
 repeated_starts = []
 
@@ -211,9 +213,33 @@ def uninstall(*arguments, folder=INSTALLED):
 
 
 def uninstall_in_place(*arguments, folder=INSTALLED):
-    """Runs the uninstaller without its copy: the exit code is known, its own file stays."""
+    """Runs the uninstaller without its copy, so that the exit code is known."""
     return wine_unquoted(folder / "Uninstall.exe",
                          " ".join(["/S", *arguments, f"_?={windows_path(folder)}"]))
+
+
+class RegistryValue:
+    """Context manager that sets a text value and puts back what was there."""
+
+    def __init__(self, key, name, text):
+        self._value = [key, "/v", name]
+        self._text = text
+
+    def _set(self, text):
+        wine("reg", "add", *self._value, "/t", "REG_EXPAND_SZ", "/d", text, "/f")
+
+    def __enter__(self):
+        found = subprocess.run(["wine", "reg", "query", *self._value], stdin=subprocess.DEVNULL,
+                               stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, check=False)
+        rest = found.stdout.decode().partition("_SZ")[2]
+        self._before = rest.strip() if found.returncode == 0 else None
+        self._set(self._text)
+
+    def __exit__(self, *_):
+        if self._before is None:
+            wine("reg", "delete", *self._value, "/f")
+        else:
+            self._set(self._before)
 
 
 def clean():

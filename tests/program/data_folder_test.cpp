@@ -84,7 +84,7 @@ TEST_F(DataFolderTest, FolderMovedWhileRunningIsFollowed) {
     const HWND first = Window(L"First");
     const HWND second = Window(L"Second");
     const Program program = StartedProgram("First\n", {first});
-    const std::wstring elsewhere = RoamingFolder() + L"\\Elsewhere \x00E4\x65E5";
+    const std::wstring elsewhere = TestPath(L"Elsewhere \x00E4\x65E5");
     CreateDirectoryW(elsewhere.c_str(), nullptr);
     {
         const ShellFolderOverride moved(L"AppData", elsewhere);

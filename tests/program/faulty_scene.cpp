@@ -8,7 +8,7 @@ namespace {
 
 // Outside the data folder, whose contents the tests check.
 std::wstring ReportPath() {
-    return RoamingFolder() + L"\\faults.txt";
+    return TestPath(L"faults.txt");
 }
 
 }  // namespace

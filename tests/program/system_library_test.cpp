@@ -41,8 +41,7 @@ constexpr std::wstring_view ImportedByWine[] = {L"version.dll", L"zlib1.dll"};
 constexpr std::wstring_view ImportedLateByWine[] = {L"msimg32.dll"};
 
 // What Windows's own libraries load by name in programs like this one, beyond what Wine's load. A
-// name that Wine's libraries never ask for cannot fail here; docs/windows-checklist.md has a step
-// that plants these names on Windows.
+// name that Wine's libraries never ask for cannot fail here, but it can on Windows.
 constexpr const wchar_t* LoadedByWindows[] = {
     L"apphelp.dll",  L"bcrypt.dll",   L"cryptbase.dll",     L"cryptsp.dll",
     L"edputil.dll",  L"iertutil.dll", L"linkinfo.dll",      L"kernel.appcore.dll",
@@ -56,7 +55,7 @@ constexpr const wchar_t* LoadedByWindows[] = {
 constexpr const wchar_t* AnyLibrary = L"dwmapi.dll";
 
 std::wstring PortableFolder() {
-    return RoamingFolder() + L"\\PortableProgram";
+    return TestPath(L"PortableProgram");
 }
 
 std::wstring PortableFile(const std::wstring& name) {
@@ -191,7 +190,8 @@ TEST_F(SystemLibraryTest, LibrariesBesideTheProgramAreNotLoaded) {
         }
         ASSERT_EQ(program.ExitByCommand(), 0U);
     }
-    ResetProfile();
+    RemoveDataFolder();
+    EmptyStartupFolder();
     names.erase(L"morvane.exe");
     for (const std::wstring_view known : KnownLibraries) {
         names.erase(std::wstring(known));

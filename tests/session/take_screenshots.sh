@@ -14,13 +14,16 @@ REPORT=$ROOT/build/release/window_report.exe
 AREAS=$ROOT/build/release/screen_areas.exe
 PICTURES=$ROOT/docs/screenshots
 FONT=/usr/share/fonts/truetype/liberation/LiberationSans-Regular.ttf
+SMOOTH_FONT='WenQuanYi Micro Hei'
 PATIENCE=15   # seconds to wait before giving up
 CONTROL_CLASS=MorvaneHiddenWindow
 ABOUT=1009    # its command number
 MORVANE_PID=''
+DEMO_AREA=780x550+500+250
 
 # How far down the middle of an item is, in hundredths of the menu's height. The language's font
 # affects only the total height.
+ALWAYS_ON_TOP=6
 ADD_REMOVE=21
 MIN_SIZE=31
 
@@ -129,7 +132,7 @@ take_and_publish() {
 open_two_windows() {
     printf '%s\r\n' "To do" "" "- answer the mail of Monday" "- book the room for the review" \
         "- water the plants" >"$WINEPREFIX/drive_c/Notes.txt"
-    printf '%s\n' '{\rtf1\ansi{\fonttbl{\f0 Liberation Sans;}}\f0' \
+    printf '%s\n' '{\rtf1\ansi{\fonttbl{\f0 '"$SMOOTH_FONT"';}}\f0' \
         '\fs32\b The year in numbers\b0\par' \
         '\fs22\par The first quarter went as expected. Orders came in evenly and the new\par' \
         'warehouse took over its share in March. The second one was better than\par' \
@@ -139,22 +142,39 @@ open_two_windows() {
     session_start_program 'C:\Program Files\Windows NT\Accessories\wordpad.exe' 'C:\Report.rtf'
     report wait "$PATIENCE" ordinary:Notes ordinary:Report
     report place Report 520 270 620 440
-    report place Notes 720 360 340 220
+    report place Notes 930 350 310 230
     # Wine 8.0 draws it in front from here on, until Morvane changes that.
     report activate Report
     report wait "$PATIENCE" active:Report
     areas taskbar
 }
 
-# None of them covers the corner where the menu opens.
-open_more_windows() {
-    session_start_program winemine
-    session_start_program regedit
-    report wait "$PATIENCE" ordinary:WineMine ordinary:Registry
-    report place Report 100 80 620 440
-    report place Notes 300 170 340 220
-    report place WineMine 660 330 160 226
-    report place Registry 180 300 420 260
+# Draws letters with soft edges, as Windows does: in small sizes, the session's other fonts want none.
+smooth_fonts() {
+    local face
+    for face in "Tahoma" "MS Shell Dlg" "MS Shell Dlg 2" "Segoe UI"; do
+        wine reg add 'HKLM\Software\Microsoft\Windows NT\CurrentVersion\FontSubstitutes' \
+            /v "$face" /d "$SMOOTH_FONT" /f >/dev/null
+    done
+    # Explorer, which draws the balloons, runs already.
+    wineserver -k
+    wineserver -w
+    wineserver -p
+    wine cmd /c exit
+}
+
+# Adds a picture of the screen to the animation, shown for $1 hundredths of a second. The pointer is
+# drawn in, as pictures of the screen are without it.
+add_frame() {
+    local x y frame
+    frames=$((frames + 1))
+    frame=$SESSION_DIR/frame-$frames.png
+    take "$frame" "$DEMO_AREA"
+    read -r x y _ < <(xdotool getmouselocation --shell | awk -F = '{ print $2 }' | xargs)
+    ((x -= 500, y -= 250)) || true
+    mogrify -fill white -stroke black -draw "translate $x,$y polygon 0,0 0,16 4,13 7,19 9,18 6,12 11,12" \
+        "$frame"
+    animation+=(-delay "$1" "$frame")
 }
 
 # At 1000, 568, Notepad's status bar is grey and WordPad's page white (1).
@@ -166,6 +186,60 @@ wait_until_notes_are_drawn_in_front() {
     done
 }
 
+# Pins a window, clicks another one, and switches pinning off. With a second pinned window, outside
+# the pictures, Wine 8.0 draws the first one in front whatever is clicked, as each pass puts one
+# above the other.
+take_demo() {
+    local x y width height frames=0 animation=()
+    session_start_program winemine
+    report wait "$PATIENCE" ordinary:WineMine
+    report place WineMine 100 300 160 226
+    report activate Report
+    session_write_settings '@pinning=1' 'WineMine'
+    start_morvane en
+    point_at 600 300
+    add_frame 100
+    open_menu Report
+    add_frame 80
+    open_submenu "$ADD_REMOVE"
+    add_frame 80
+    read -r x y width height < <(areas menus 2)
+    point_at $((x + width / 2)) $((y + height / 6))
+    add_frame 80
+    xdotool click 1
+    areas menus 0
+    report wait "$PATIENCE" topmost:Notes
+    add_frame 120
+    click_at 600 284
+    report wait "$PATIENCE" active:Report topmost:Notes
+    wait_until_notes_are_drawn_in_front
+    add_frame 200
+    open_menu Report
+    read -r x y width height < <(areas menus 1)
+    point_at $((x + width / 2)) $((y + height * ALWAYS_ON_TOP / 100))
+    add_frame 80
+    xdotool click 1
+    areas menus 0
+    report wait "$PATIENCE" ordinary:Notes
+    click_at 600 284
+    report wait "$PATIENCE" active:Report
+    areas no-tips
+    add_frame 200
+    end_morvane
+    convert "${animation[@]}" -loop 0 +dither -layers optimize "$PICTURES/demo.gif"
+    echo "docs/screenshots/demo.gif: $(stat -c %s "$PICTURES/demo.gif") bytes"
+}
+
+# None of them covers the corner where the menu opens.
+open_more_windows() {
+    session_start_program regedit
+    report wait "$PATIENCE" ordinary:Registry
+    report place Report 100 80 620 440
+    report place Notes 300 170 340 220
+    report place WineMine 660 330 160 226
+    report place Registry 180 300 420 260
+}
+
 take_main() {
     session_write_settings '@pinning=1' 'Notes'
     start_morvane en
@@ -173,7 +247,7 @@ take_main() {
     wait_until_notes_are_drawn_in_front
     open_menu Report
     open_submenu "$ADD_REMOVE"
-    take_and_publish main 780x550+500+250
+    take_and_publish main "$DEMO_AREA"
     close_menu
 }
 
@@ -251,7 +325,9 @@ cmake --build "$ROOT/build/release" --target window_report screen_areas
 mkdir -p "$PICTURES"
 session_close_at_exit
 session_open
+smooth_fonts
 open_two_windows
+take_demo
 take_main
 take_abouts
 end_morvane
@@ -262,3 +338,7 @@ start_morvane en
 take_menus
 take_balloon
 end_morvane
+# Wine draws the borders and menus: the page says which one did.
+version=$(wine --version)
+version=${version#wine-}
+sed -i -E "s/under Wine [0-9.@A-Z]+/under Wine ${version%% *}/" "$PICTURES/README.md"

@@ -59,7 +59,7 @@ ChildProcess StartProcess(const std::wstring& executable, const std::wstring& ar
         start.dwFlags = STARTF_USESTDHANDLES;
         start.hStdInput = pipes.input;
         start.hStdOutput = pipes.output;
-        start.hStdError = GetStdHandle(STD_ERROR_HANDLE);
+        start.hStdError = pipes.error != nullptr ? pipes.error : GetStdHandle(STD_ERROR_HANDLE);
     }
     const DWORD flags = CREATE_UNICODE_ENVIRONMENT | DETACHED_PROCESS |
                         (begin == Begin::WhenResumed ? CREATE_SUSPENDED : 0);

@@ -13,10 +13,12 @@ namespace morvane::test {
 // A variable without a value is removed from the child's environment.
 using Environment = std::vector<std::pair<std::wstring, std::optional<std::wstring>>>;
 
-// The handles a child inherits as standard input and output; both or neither.
+// The handles a child inherits as standard input and output, both or neither, and for errors, if
+// not this process's own.
 struct ChildPipes {
     HANDLE input = nullptr;
     HANDLE output = nullptr;
+    HANDLE error = nullptr;
 };
 
 struct ChildProcess {

@@ -137,7 +137,7 @@ bool MakeJunction(const std::wstring& path, const std::wstring& target) {
 }
 
 std::wstring OwnLinks() {
-    return RoamingFolder() + L"\\Links";
+    return TestPath(L"Links");
 }
 
 // In "Replaced" the data folder is a link to "Target", in "Around" it holds such links.
@@ -169,6 +169,10 @@ bool DisposableProfile() {
     return EnvironmentVariable(L"MORVANE_TEST_DISPOSABLE") == L"1";
 }
 
+std::wstring LocalFolder() {
+    return KnownFolder(FOLDERID_LocalAppData);
+}
+
 std::wstring RoamingFolder() {
     return KnownFolder(FOLDERID_RoamingAppData);
 }
@@ -187,6 +191,16 @@ std::wstring StartupFolder() {
 
 std::wstring StartupShortcut() {
     return Inside(StartupFolder(), L"Morvane.lnk");
+}
+
+std::wstring TestFolder() {
+    return Inside(RoamingFolder(), L"MorvaneTests");
+}
+
+std::wstring TestPath(const std::wstring& name) {
+    RequireDisposable();
+    CreateDirectoryW(TestFolder().c_str(), nullptr);
+    return Inside(TestFolder(), name);
 }
 
 bool WriteSettings(std::string_view bytes) {
@@ -211,6 +225,7 @@ void EmptyStartupFolder() {
 void ResetProfile() {
     RemoveDataFolder();
     EmptyStartupFolder();
+    RemoveTree(TestFolder());
 }
 
 ShellFolderOverride::ShellFolderOverride(std::wstring name, const std::wstring& path)

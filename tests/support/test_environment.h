@@ -19,11 +19,17 @@ namespace morvane::test {
                     "profile is thrown away"
 
 // Empty if the system reports no such folder. None of these creates a folder.
+[[nodiscard]] std::wstring LocalFolder();
 [[nodiscard]] std::wstring RoamingFolder();
 [[nodiscard]] std::wstring DataFolder();    // the roaming folder's "Morvane"
 [[nodiscard]] std::wstring SettingsPath();  // its config.txt
 [[nodiscard]] std::wstring StartupFolder();
 [[nodiscard]] std::wstring StartupShortcut();  // its Morvane.lnk
+
+// The tests' own files are in one folder beside the data folder, so that they can be removed with
+// it.
+[[nodiscard]] std::wstring TestFolder();
+[[nodiscard]] std::wstring TestPath(const std::wstring& name);  // creates that folder
 
 // Creates the data folder if necessary and writes config.txt.
 [[nodiscard]] bool WriteSettings(std::string_view bytes);
@@ -34,7 +40,7 @@ namespace morvane::test {
 void RemoveDataFolder();
 void EmptyStartupFolder();
 
-// As if the program had never run: both of the above.
+// As if neither the program nor a test had ever run: both of the above, and no folder of tests.
 void ResetProfile();
 
 // Redirects one of the user's shell folders ("AppData", "Startup") in the registry, for every
