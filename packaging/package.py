@@ -47,11 +47,12 @@ def read_version(build):
 
 
 def release_date():
-    epoch = os.environ.get("SOURCE_DATE_EPOCH")
-    if not epoch:
-        git = subprocess.run(["git", "log", "-1", "--format=%ct"], cwd=ROOT, check=False,
-                             stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, text=True)
-        epoch = git.stdout.strip()
+    epoch = os.environ.get("SOURCE_DATE_EPOCH", "")
+    # Only this project's own commits count, not those of a repository around its folder.
+    if not epoch and (ROOT / ".git").exists() and shutil.which("git"):
+        epoch = subprocess.run(["git", "log", "-1", "--format=%ct"], cwd=ROOT, check=False,
+                               stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
+                               text=True).stdout.strip()
     if not epoch.isdigit():
         raise SystemExit("package: SOURCE_DATE_EPOCH must give the release date in seconds, as "
                          "there is no commit that would")

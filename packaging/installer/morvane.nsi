@@ -32,6 +32,7 @@ RequestExecutionLevel user
 !define PUBLISHER "the Morvane authors"
 !define START_MENU_ENTRY "$SMPROGRAMS\Morvane.lnk"
 !define STAGED .new ; suffix of new files until all of them are in place
+!define MARKER folder.new ; is in both folders if they are the same
 !define KEPT .old ; suffix of copies of the old files until all of them are replaced
 !define REST_OPTION /REST ; to delete only the uninstaller's own file and folder
 !define FILE_PATIENCE 25 ; attempts, 200 ms apart, at a file in use
@@ -116,6 +117,7 @@ Function ${prefix}CloseRunningCopy
         System::Call "user32::PostMessageW(p r0, i ${WM_CLOSE}, p 0, p 0) i .r3"
         ${If} $3 = 0
             ; An elevated process takes no messages from this one.
+            System::Call "kernel32::CloseHandle(p r2)"
             ${Break}
         ${EndIf}
         System::Call "kernel32::WaitForSingleObject(p r2, i ${CLOSE_PATIENCE}) i .r3"
@@ -211,8 +213,19 @@ Function .onInstFailed
     ${EndIf}
 FunctionEnd
 
-; Removes an old version in another folder, $R9, after pointing its Startup shortcut to this one.
+; Removes an old version in another folder, $R9, after pointing its Startup shortcut to this one. A
+; folder has more than one name: a short one, or one by way of a link.
 Function LeaveOldFolder
+    FileOpen $0 "$INSTDIR\${MARKER}" w
+    FileClose $0
+    StrCpy $1 0
+    ${If} ${FileExists} "$R9\${MARKER}"
+        StrCpy $1 1
+    ${EndIf}
+    Delete "$INSTDIR\${MARKER}"
+    ${If} $1 = 1
+        Return
+    ${EndIf}
     ${If} ${FileExists} "$SMSTARTUP\Morvane.lnk"
         Call EnableStartup
     ${EndIf}
@@ -428,12 +441,16 @@ Function un.RequireFreeProgram
 FunctionEnd
 
 ; The uninstaller that started this copy of itself may not have ended yet. Run in place it cannot
-; delete its own file; see un.onUninstSuccess.
+; delete its own file; see un.onUninstSuccess. Copies have other names.
 Function un.DeleteUninstaller
-    ${If} $EXEDIR == $INSTDIR
+    ${If} $EXEFILE == "Uninstall.exe"
         Return
     ${EndIf}
     ${For} $R2 1 ${FILE_PATIENCE}
+        ${If} ${FileExists} "$INSTDIR\Morvane.exe"
+            ; Installed anew meanwhile, and so is the uninstaller.
+            Return
+        ${EndIf}
         Delete "$INSTDIR\Uninstall.exe"
         ${IfNot} ${FileExists} "$INSTDIR\Uninstall.exe"
             ${Break}
@@ -446,7 +463,7 @@ FunctionEnd
 
 ; The last thing that happens. Run in place, a copy deletes the original once that has ended.
 Function un.onUninstSuccess
-    ${If} $EXEDIR == $INSTDIR
+    ${If} $EXEFILE == "Uninstall.exe"
         StrCpy $0 "$TEMP\Morvane-Uninstall.exe"
         CopyFiles /SILENT "$INSTDIR\Uninstall.exe" $0
         Exec '"$0" /S ${REST_OPTION} _?=$INSTDIR'

@@ -41,7 +41,7 @@ LangString NOT_DELETED ${LANG_TRADCHINESE} "無法刪除 $INSTDIR\Morvane.exe。
 LangString NOT_DELETED ${LANG_KOREAN} "$INSTDIR\Morvane.exe을(를) 삭제할 수 없습니다. 사용 중입니까?"
 LangString NOT_DELETED ${LANG_SPANISH} "No se puede eliminar $INSTDIR\Morvane.exe. ¿Está en uso?"
 LangString NOT_DELETED ${LANG_FRENCH} "Impossible de supprimer $INSTDIR\Morvane.exe. Est-il en cours d’utilisation ?"
-LangString NOT_DELETED ${LANG_GERMAN} "$INSTDIR\Morvane.exe kann nicht gelöscht werden. Ist es in Gebrauch?"
+LangString NOT_DELETED ${LANG_GERMAN} "$INSTDIR\Morvane.exe kann nicht gelöscht werden. Wird die Datei gerade verwendet?"
 LangString NOT_DELETED ${LANG_PORTUGUESEBR} "Não é possível excluir $INSTDIR\Morvane.exe. O arquivo está em uso?"
 LangString NOT_DELETED ${LANG_RUSSIAN} "Не удаётся удалить $INSTDIR\Morvane.exe. Возможно, файл используется."
 

@@ -205,7 +205,7 @@ class InstallerTest(unittest.TestCase):
 
     def test_documented_silent_removal_waits_and_returns_the_exit_code(self):
         text = (ROOT / "docs" / "deployment.md").read_text(encoding="utf-8")
-        line, = set(re.findall(r"cmd /d /c start /wait [^`\n]*", text))
+        line, = set(re.findall(r"cmd /d /c if exist [^`\n]*", text))
         script = installation.DRIVE / "remove.cmd"
         script.write_text(line + "\r\n", encoding="ascii")
         self.addCleanup(script.unlink)
@@ -215,8 +215,9 @@ class InstallerTest(unittest.TestCase):
             self.assertEqual(installation.wine("cmd", "/c", installation.windows_path(script)),
                              EXIT_STILL_RUNNING)
         self.assert_installed(self.version)
-        self.assertEqual(installation.wine("cmd", "/c", installation.windows_path(script)), 0)
-        self.assert_gone(folder_too=False)
+        for _ in range(2):
+            self.assertEqual(installation.wine("cmd", "/c", installation.windows_path(script)), 0)
+            self.assert_gone(folder_too=False)
 
     def test_second_uninstall_has_nothing_to_do(self):
         self.install()
@@ -283,6 +284,24 @@ class InstallerTest(unittest.TestCase):
         self.assertNotEqual(STARTUP_SHORTCUT.read_bytes(), shortcut)
         installation.uninstall(folder=folder)
         self.assert_gone()
+
+    def test_same_folder_by_another_name_is_not_the_old_one(self):
+        alias = installation.DRIVE / "alias"
+        alias.symlink_to(INSTALLED)
+        self.addCleanup(alias.unlink)
+        self.install(setup=self.old_setup)
+        self.assertEqual(installation.wine_unquoted(self.setup, "/S /D=C:\\alias"), 0)
+        self.assert_installed(self.version)
+
+    def test_install_right_after_a_removal_keeps_its_uninstaller(self):
+        self.install()
+        self.assertEqual(installation.uninstall_in_place(), 0)
+        self.install()
+        installation.wait_until(
+            lambda: not any("Morvane-Uninstall.exe" in " ".join(command)
+                            for command in installation.processes().values()),
+            "the copy that deletes the rest has ended")
+        self.assert_installed(self.version)
 
     def test_older_version_replaces_a_newer_one(self):
         self.install()

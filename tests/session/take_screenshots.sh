@@ -156,6 +156,7 @@ smooth_fonts() {
         wine reg add 'HKLM\Software\Microsoft\Windows NT\CurrentVersion\FontSubstitutes' \
             /v "$face" /d "$SMOOTH_FONT" /f >/dev/null
     done
+    wine reg add 'HKCU\Software\Microsoft\Notepad' /v lfFaceName /d "$SMOOTH_FONT" /f >/dev/null
     # Explorer, which draws the balloons, runs already.
     wineserver -k
     wineserver -w
@@ -341,4 +342,5 @@ end_morvane
 # Wine draws the borders and menus: the page says which one did.
 version=$(wine --version)
 version=${version#wine-}
-sed -i -E "s/under Wine [0-9.@A-Z]+/under Wine ${version%% *}/" "$PICTURES/README.md"
+sed -i -E "s/(^\\(Taken|program,) under Wine [0-9]+\\.[0-9]+/\\1 under Wine ${version%% *}/" \
+    "$ROOT/README.md" "$PICTURES/README.md"
