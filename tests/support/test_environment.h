@@ -25,7 +25,9 @@ namespace morvane::test {
 [[nodiscard]] std::wstring StartupFolder();
 [[nodiscard]] std::wstring StartupShortcut();  // its Morvane.lnk
 
-// Creates the data folder if necessary and writes config.txt.
+// Writes config.txt, and the data folder if necessary. Replaces the file in one step, like editors
+// that save by renaming: a pass would take a half-written file for a list without the other
+// entries.
 [[nodiscard]] bool WriteSettings(std::string_view bytes);
 [[nodiscard]] std::optional<std::string> ReadSettings();
 
