@@ -5,7 +5,6 @@
 #include <cstdint>
 #include <cstring>
 #include <stdexcept>
-#include <utility>
 #include <vector>
 
 #include "base/owners.h"
