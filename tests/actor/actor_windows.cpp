@@ -36,12 +36,6 @@ void WithRecord(HWND window, Action action) {
     }
 }
 
-LONGLONG CounterNow() {
-    LARGE_INTEGER counter{};
-    QueryPerformanceCounter(&counter);
-    return counter.QuadPart;
-}
-
 // Returns false if the window has destroyed itself.
 bool HandlePositionRequest(HWND window, WINDOWPOS& position) {
     bool refusing = false;

@@ -10,8 +10,6 @@
 namespace morvane::test {
 namespace {
 
-constexpr wchar_t AboutClass[] = L"MorvaneAboutDialog";
-
 std::optional<FirstOpening> firstOpening;
 
 ATOM WINAPI RefuseRegistration(const WNDCLASSW* /*windowClass*/) {
@@ -53,12 +51,7 @@ FirstOpening MakeFirstOpening(ControlStandIn& owner) {
 }
 
 HWND AboutDialog() {
-    for (const HWND window : VisibleWindowsOfClass(AboutClass)) {
-        if (ProcessOf(window) == GetCurrentProcessId()) {
-            return window;
-        }
-    }
-    return nullptr;
+    return HighestWindowOfClass(L"MorvaneAboutDialog", GetCurrentProcessId());
 }
 
 bool AboutHasFocus() {

@@ -4,21 +4,10 @@
 
 namespace morvane::test {
 
-Canvas::Canvas(int width, int height)
-    : width_(width), height_(height), context_(CreateCompatibleDC(nullptr)) {
-    BITMAPINFO format{};
-    format.bmiHeader.biSize = sizeof(format.bmiHeader);
-    format.bmiHeader.biWidth = width;
-    format.bmiHeader.biHeight = -height;
-    format.bmiHeader.biPlanes = 1;
-    format.bmiHeader.biBitCount = 32;
-    format.bmiHeader.biCompression = BI_RGB;
-    void* bits = nullptr;
-    bitmap_.reset(CreateDIBSection(context_.get(), &format, DIB_RGB_COLORS, &bits, nullptr, 0));
-    SelectObject(context_.get(), bitmap_.get());
+Canvas::Canvas(int width, int height) : width_(width), height_(height), bitmap_(width, height) {
     const Brush brush(CreateSolidBrush(Untouched));
     const RECT all{0, 0, width, height};
-    FillRect(context_.get(), &all, brush.get());
+    FillRect(Context(), &all, brush.get());
 }
 
 std::vector<COLORREF> Canvas::Pixels() const {

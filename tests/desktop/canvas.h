@@ -3,26 +3,20 @@
 #include <utility>
 #include <vector>
 
-#include "base/gui_owners.h"
 #include "base/win.h"
+#include "support/screen.h"
 
 namespace morvane::test {
 
-struct CanvasContextTraits {
-    using Handle = HDC;
-    static Handle Empty() noexcept { return nullptr; }
-    static void Close(Handle handle) noexcept { DeleteDC(handle); }
-};
-
-// A bitmap to paint on and its device context, initially filled with an unlikely colour.
+// A picture to paint on, initially filled with an unlikely colour.
 class Canvas {
 public:
     static constexpr COLORREF Untouched = RGB(255, 0, 254);
 
     Canvas(int width, int height);
 
-    [[nodiscard]] HDC Context() const { return context_.get(); }
-    [[nodiscard]] COLORREF At(int x, int y) const { return GetPixel(context_.get(), x, y); }
+    [[nodiscard]] HDC Context() const { return bitmap_.Context(); }
+    [[nodiscard]] COLORREF At(int x, int y) const { return GetPixel(Context(), x, y); }
 
     // Row by row, top row first.
     [[nodiscard]] std::vector<COLORREF> Pixels() const;
@@ -34,9 +28,7 @@ public:
 private:
     int width_;
     int height_;
-    Owner<GdiTraits<HBITMAP>> bitmap_;
-    // Declared last, to be deleted before the bitmap that is selected into it.
-    Owner<CanvasContextTraits> context_;
+    MemoryBitmap bitmap_;
 };
 
 }  // namespace morvane::test

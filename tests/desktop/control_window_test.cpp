@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
 #include <functional>
 #include <gtest/gtest.h>
 #include <optional>
@@ -273,43 +272,43 @@ TEST_F(ControlWindowTest, MenuTimerOpensTheMenuOnceInTheMiddleOfTheScreen) {
     EXPECT_EQ(frame.bottom, cursor.y);
 }
 
-TEST_F(ControlWindowTest, MenuIsAboveTheDialogAndBothAboveAPinnedWindowAfterEveryPass) {
+TEST_F(ControlWindowTest, EveryTickRaisesAPinnedWindowThenTheDialogThenTheMenu) {
     ASSERT_TRUE(WriteSettings("cover\n"));
     const HWND cover = Other().Create(
         {.title = L"Cover", .style = WS_POPUP, .x = 0, .y = 0, .width = 1280, .height = 800});
     RECT work{};
     SystemParametersInfoW(SPI_GETWORKAREA, 0, &work, 0);
     // Moves the real pointer: a late report of its position would undo SetCursorPos.
-    MovePointer({work.right - 200, work.bottom - 40});
-    constexpr int MostLate = 2;
-    int late = 0;
-    WalkWithMenuOverAbout(
-        {[&] {
-             RECT common{};
-             const RECT dialog = WindowRect(AboutDialog());
-             const RECT menu = WindowRect(OpenMenuWindows().front());
-             EXPECT_NE(IntersectRect(&common, &dialog, &menu), FALSE) << "they must overlap";
-             Other().ForgetRecords(cover);
-             return true;
-         },
-         [&, passes = Ticks(PassTimer), inOrder = 0]() mutable {
-             if (Ticks(PassTimer) == passes) {
-                 return false;
-             }
-             passes = Ticks(PassTimer);
-             // Three times in a row, because the first may precede any pass with the menu open. A
-             // busy desktop sometimes raises a window late; the next pass corrects that.
-             const std::vector<HWND> order = {OpenMenuWindows().front(), AboutDialog(), cover};
-             const bool raised = InDesktopOrder(order) == order;
-             inOrder = raised ? inOrder + 1 : 0;
-             late += raised ? 0 : 1;
-             return inOrder == 3 || late > MostLate;
-         }});
-    EXPECT_LE(late, MostLate);
-    if (late > 0) {
-        std::printf("measured: menu above the dialog: late after %d passes\n", late);
-    }
-    EXPECT_GE(Asked(cover).size(), 2U) << "each pass raises it";
+    const POINT pointer{work.right - 200, work.bottom - 40};
+    MovePointer(pointer);
+    constexpr std::ptrdiff_t Passes = 3;
+    std::ptrdiff_t judged = 0;
+    std::vector<HWND> order;
+    std::vector<HWND> asked;
+    const ImportWatch<decltype(&SetWindowPos)> watch(
+        "SetWindowPos", [&asked](HWND window, auto... /*rest*/) { asked.push_back(window); });
+    const auto begin = [&] {
+        order = {OpenMenuWindows().front(), AboutDialog(), cover};
+        const RECT dialog = WindowRect(order[1]);
+        EXPECT_NE(PtInRect(&dialog, pointer), FALSE) << "the menu must overlap the dialog";
+        received.clear();
+        asked.clear();
+        return true;
+    };
+    const auto judge = [&] {
+        std::vector<HWND> expected;
+        for (; judged < Ticks(PassTimer); ++judged) {
+            expected.insert(expected.end(), order.rbegin(), order.rend());
+        }
+        EXPECT_EQ(std::exchange(asked, {}), expected);
+        return judged >= Passes;
+    };
+    const auto look = [&] {
+        const auto tick = [this] { SendMessageW(Control(), WM_TIMER, PassTimer, 0); };
+        EXPECT_TRUE(test::DesktopShows(order, tick));
+        return true;
+    };
+    WalkWithMenuOverAbout({begin, judge, look});
 }
 
 TEST_F(ControlWindowTest, OnlyMessagesAboutOurOwnRowsAreHandled) {

@@ -20,11 +20,6 @@ namespace {
 
 constexpr INT_PTR NoHandle = -1;  // INVALID_HANDLE_VALUE
 
-// The verbatim form, which allows more than 260 units and trailing dots and blanks.
-std::wstring AsItStands(const std::wstring& path) {
-    return L"\\\\?\\" + path;
-}
-
 class DataRemovalTest : public testing::Test {
 protected:
     void SetUp() override {

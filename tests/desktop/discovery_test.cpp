@@ -186,6 +186,7 @@ TEST_F(DiscoveryTest, FiveHundredWindowsAreFoundAndPinnedInOrder) {
     EXPECT_EQ(Engine().pinnedWindows.size(), Count);
     EXPECT_TRUE(std::all_of(windows.begin(), windows.end(), IsTopmost));
     std::sort(windows.begin(), windows.end(), std::greater<>());
+    EXPECT_EQ(Other().RequestedOrder(windows), windows);
     EXPECT_TRUE(DesktopShows(windows));
     RebuildCandidates();
     EXPECT_GE(CandidateList().size(), Count);

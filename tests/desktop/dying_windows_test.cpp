@@ -21,7 +21,6 @@
 #include "support/window_owner.h"
 #include "support/window_state.h"
 #include "ui/active_window.h"
-#include "ui/command_ids.h"
 #include "ui/menu_build.h"
 #include "ui/menu_rows.h"
 #include "ui/tray_icon.h"
@@ -165,10 +164,10 @@ TEST_F(DyingWindowsTest, BothListsOfTheMenuHoldTheOthers) {
         const auto row = static_cast<UINT>(place - all.begin());
         ASSERT_GT(row, 0U) << "below the dying window";
         EXPECT_EQ(GetMenuItemCount(toPin.get()), static_cast<int>(all.size()));
-        EXPECT_EQ(ItemText(toPin.get(), CmdTogglePinBase + row, MF_BYCOMMAND), L"Alpha healthy");
-        EXPECT_EQ(ItemText(toMeasure.get(), CmdMinSizeBase + row, MF_BYCOMMAND),
+        EXPECT_EQ(ItemText(toPin.get(), 2500 + row, MF_BYCOMMAND), L"Alpha healthy");
+        EXPECT_EQ(ItemText(toMeasure.get(), 3000 + row, MF_BYCOMMAND),
                   L"Alpha healthy (400 x 300)");
-        const bool measured = GetMenuItemID(toMeasure.get(), 0) == CmdMinSizeActive;
+        const bool measured = GetMenuItemID(toMeasure.get(), 0) == 1006;
         EXPECT_EQ(ItemText(toMeasure.get(), 0, MF_BYPOSITION).ends_with(L" (400 x 300)"), measured);
         EXPECT_NE(GetMenuState(toMeasure.get(), 1, MF_BYPOSITION) & MF_SEPARATOR, 0U)
             << "one row for the active window, whatever its text";

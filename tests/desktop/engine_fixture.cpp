@@ -1,10 +1,7 @@
 #include "desktop/engine_fixture.h"
 
-#include <algorithm>
 #include <array>
 #include <cstdio>
-#include <functional>
-#include <utility>
 
 #include "base/process.h"
 #include "pin/enforcement.h"
@@ -54,27 +51,6 @@ std::string GrowRequest(int x, int y, int width, int height) {
     return Described({{.x = x, .y = y, .cx = width, .cy = height, .flags = 0x0054}}).front();
 }
 
-std::vector<HWND> InDesktopOrder(const std::vector<HWND>& windows) {
-    std::vector<HWND> all = TopLevelWindows();
-    const auto foreign = [&windows](HWND window) {
-        return std::find(windows.begin(), windows.end(), window) == windows.end();
-    };
-    all.erase(std::remove_if(all.begin(), all.end(), foreign), all.end());
-    return all;
-}
-
-bool DesktopShows(const std::vector<HWND>& windows) {
-    constexpr int MostPasses = 2;
-    int passes = 0;
-    for (; InDesktopOrder(windows) != windows && passes < MostPasses; ++passes) {
-        ApplyAll();
-    }
-    if (passes > 0) {
-        std::printf("measured: order on the desktop: %d further passes\n", passes);
-    }
-    return InDesktopOrder(windows) == windows;
-}
-
 void EngineTest::SetUp() {
     MORVANE_REQUIRE_DISPOSABLE_PROFILE();
     ResetProfile();
@@ -92,30 +68,16 @@ HWND EngineTest::Window(std::wstring_view title, int x) {
     return actor_.Create(spec);
 }
 
-std::vector<HWND> EngineTest::RequestedOrder(const std::vector<HWND>& windows) {
-    std::vector<std::pair<LONGLONG, HWND>> asked;
-    for (const HWND window : windows) {
-        for (const PositionRequest& request : actor_.Requests(window)) {
-            if (request.insertAfter == HWND_TOPMOST) {
-                asked.emplace_back(request.counter, window);
-            }
-        }
-    }
-    std::sort(asked.begin(), asked.end(), std::greater<>());
-    std::vector<HWND> order;
-    order.reserve(asked.size());
-    for (const auto& [counter, window] : asked) {
-        order.push_back(window);
-    }
-    return order;
-}
-
 std::vector<HWND> EngineTest::OrderOfAPass(const std::vector<HWND>& windows) {
     for (const HWND window : windows) {
         actor_.ForgetRecords(window);
     }
     ApplyAll();
-    return RequestedOrder(windows);
+    return actor_.RequestedOrder(windows);
+}
+
+bool EngineTest::DesktopShows(const std::vector<HWND>& windows) {
+    return test::DesktopShows(windows, ApplyAll);
 }
 
 void ApplySettings(std::string_view lines) {

@@ -22,14 +22,6 @@ inline constexpr const char* OrdinaryRequest = "notopmost 0,0 0x0 0053";
 [[nodiscard]] Requests Described(const std::vector<PositionRequest>& requests);
 [[nodiscard]] std::string GrowRequest(int x, int y, int width, int height);
 
-// The given windows in Z-order, topmost first.
-[[nodiscard]] std::vector<HWND> InDesktopOrder(const std::vector<HWND>& windows);
-
-// After a pass: whether the windows lie in this order on the desktop, topmost first. On a busy
-// machine a window sometimes ends up above one that was raised after it, without any request. So
-// up to two further passes may correct that; the output counts them.
-[[nodiscard]] bool DesktopShows(const std::vector<HWND>& windows);
-
 // The engine and windows of another process. The engine is bound to the settings file of a profile
 // in which the program never ran, with the default list, nothing remembered and no control window.
 class EngineTest : public testing::Test {
@@ -45,11 +37,11 @@ protected:
     // The requests to the window since it was created or its records were cleared.
     [[nodiscard]] Requests Asked(HWND window) { return Described(actor_.Requests(window)); }
 
-    // The windows in the order that their topmost requests ask for: the last one asked comes first.
-    [[nodiscard]] std::vector<HWND> RequestedOrder(const std::vector<HWND>& windows);
-
     // The order that one pass asks for.
     [[nodiscard]] std::vector<HWND> OrderOfAPass(const std::vector<HWND>& windows);
+
+    // After a pass, which may be repeated.
+    [[nodiscard]] static bool DesktopShows(const std::vector<HWND>& windows);
 
 private:
     Actor actor_;

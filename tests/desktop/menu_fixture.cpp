@@ -66,6 +66,26 @@ bool MenuTest::MeasuresRow(ULONG_PTR itemData) {
     return MeasurePinItem(control_.Get(), measure);
 }
 
+Lines MainLevel(Language language) {
+    const auto with = [language](const wchar_t* head, StringId id) {
+        return std::wstring(head).append(ExpectedText(id, language));
+    };
+    return {
+        with(L"1002 checked: ", StrAlwaysOnTop),
+        L"-",
+        with(L"> ", StrAddRemove),
+        with(L"> ", StrAddRemoveMinSize),
+        L"-",
+        with(L"1003: ", StrOpenSettings),
+        with(L"1001: ", StrApplyNow),
+        with(L"1010: ", StrStartWithWindows),
+        L"-",
+        with(L"1009: ", StrAbout),
+        L"-",
+        with(L"1004: ", StrExit),
+    };
+}
+
 bool MenusOpen(std::size_t count) {
     return OpenMenuWindows().size() == count;
 }

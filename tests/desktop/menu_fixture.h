@@ -2,12 +2,14 @@
 
 #include <cstddef>
 #include <functional>
+#include <string>
 #include <string_view>
 #include <vector>
 
 #include "base/owners.h"
 #include "desktop/control_stand_in.h"
 #include "desktop/engine_fixture.h"
+#include "i18n/language.h"
 
 namespace morvane::test {
 
@@ -48,6 +50,10 @@ private:
 [[nodiscard]] inline std::vector<WPARAM> ToMinSize() {
     return {VK_DOWN, VK_DOWN, VK_DOWN, VK_RIGHT};
 }
+
+// The top level with pinning on and no Startup shortcut, in the words of DescribedMenu.
+using Lines = std::vector<std::wstring>;
+[[nodiscard]] Lines MainLevel(Language language);
 
 // True if exactly this many menu windows are open.
 [[nodiscard]] bool MenusOpen(std::size_t count);

@@ -17,31 +17,8 @@
 namespace morvane::test {
 namespace {
 
-using Lines = std::vector<std::wstring>;
-
 std::wstring With(const wchar_t* head, const wchar_t* text) {
     return std::wstring(head).append(text);
-}
-
-// The top level with pinning on and no Startup shortcut.
-Lines MainLevel(Language language) {
-    const auto with = [language](const wchar_t* head, StringId id) {
-        return With(head, ExpectedText(id, language));
-    };
-    return {
-        with(L"1002 checked: ", StrAlwaysOnTop),
-        L"-",
-        with(L"> ", StrAddRemove),
-        with(L"> ", StrAddRemoveMinSize),
-        L"-",
-        with(L"1003: ", StrOpenSettings),
-        with(L"1001: ", StrApplyNow),
-        with(L"1010: ", StrStartWithWindows),
-        L"-",
-        with(L"1009: ", StrAbout),
-        L"-",
-        with(L"1004: ", StrExit),
-    };
 }
 
 using MenuItemsTest = MenuTest;

@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <functional>
 #include <gtest/gtest.h>
-#include <iostream>
+#include <string>
 
 #include "desktop/about_fixture.h"
 #include "desktop/menu_fixture.h"
@@ -22,7 +22,7 @@ constexpr int WarmUp = 20;
 
 // Makes many openings and measures before and after them. The full number takes minutes on a slow
 // machine: set MORVANE_TEST_FULL=1 for it.
-void ExpectSteady(const char* what, int usual, int full,
+void ExpectSteady(const std::string& what, int usual, int full,
                   const std::function<void(int count)>& openMany) {
     openMany(WarmUp);
     const int openings = EnvironmentVariable(L"MORVANE_TEST_FULL") == L"1" ? full : usual;
@@ -30,15 +30,9 @@ void ExpectSteady(const char* what, int usual, int full,
     const ULONGLONG start = GetTickCount64();
     openMany(openings);
     const ULONGLONG took = GetTickCount64() - start;
-    const Usage after = MeasureUsage();
-    std::cout << "measured: " << what << ", " << openings << " openings in " << took
-              << " ms; before: " << before << "; after: " << after << "\n";
-    // One leaked object per opening would far exceed this.
-    const auto few = static_cast<std::size_t>(openings / 10);
-    EXPECT_LT(after.heapBlocks, before.heapBlocks + few);
-    EXPECT_LT(after.pageFileBytes, before.pageFileBytes + 2'000'000U);
-    EXPECT_GT(after.drawingRoom + few, before.drawingRoom);
-    EXPECT_GT(after.menuRoom + few, before.menuRoom);
+    ExpectNothingLeft(
+        what + ", " + std::to_string(openings) + " openings in " + std::to_string(took) + " ms",
+        before, MeasureUsage());
 }
 
 class MenuLeakTest : public MenuTest {

@@ -87,13 +87,7 @@ std::vector<std::wstring> DescribedMenu(HMENU menu) {
 }
 
 std::vector<HWND> OpenMenuWindows() {
-    std::vector<HWND> windows;
-    for (const HWND window : VisibleWindowsOfClass(L"#32768")) {
-        if (GetWindowThreadProcessId(window, nullptr) == GetCurrentThreadId()) {
-            windows.push_back(window);
-        }
-    }
-    return windows;
+    return VisibleWindowsOfClass(L"#32768", GetCurrentProcessId());
 }
 
 HMENU MenuOfWindow(HWND menuWindow) {

@@ -28,7 +28,7 @@ namespace morvane::test {
 [[nodiscard]] std::wstring RowLine(UINT id, std::size_t itemData, std::wstring_view state,
                                    std::wstring_view text);
 
-// The calling thread's open menus, topmost first.
+// This process's open menus, topmost first.
 [[nodiscard]] std::vector<HWND> OpenMenuWindows();
 
 // The menu shown in a menu window.

@@ -1,5 +1,6 @@
 // The menu's two window lists, read back item by item.
 
+#include <algorithm>
 #include <cstddef>
 #include <gtest/gtest.h>
 #include <string>
@@ -15,8 +16,6 @@
 
 namespace morvane::test {
 namespace {
-
-using Lines = std::vector<std::wstring>;
 
 constexpr const wchar_t* NoWindows = L"0 grayed: (No windows)";
 constexpr const wchar_t* NoActiveWindow = L"0 grayed: (No active window)";
@@ -223,8 +222,15 @@ TEST_F(SubmenusTest, ListsEndAtTheFiveHundredthCandidate) {
     LoseActiveWindow();
     int made = 0;
     for (const int count : {499, 500, 501, 600}) {
-        static_cast<void>(Other().CreateMany(count - made, {.title = L"w", .width = 200}));
-        made = count;
+        std::vector<std::wstring> titles;
+        for (int number = 0; number < count; ++number) {
+            titles.push_back(L"w" + std::to_wstring(number));
+        }
+        std::ranges::sort(titles);
+        for (; made < count; ++made) {
+            static_cast<void>(
+                Other().Create({.title = L"w" + std::to_wstring(made), .width = 200}));
+        }
         RebuildCandidates();
         ASSERT_EQ(CandidateList().size(), static_cast<std::size_t>(count));
         const std::size_t rows = count < 500 ? 499 : 500;
@@ -233,10 +239,10 @@ TEST_F(SubmenusTest, ListsEndAtTheFiveHundredthCandidate) {
         ASSERT_EQ(listed.size(), rows) << count;
         ASSERT_EQ(sized.size(), rows + 2) << count;
         for (std::size_t row = 0; row < rows; ++row) {
-            const std::wstring& title = CandidateList()[row].title;
             const auto id = static_cast<UINT>(row);
-            EXPECT_EQ(listed[row], RowLine(2500 + id, row + 1, L"free", title)) << count;
-            EXPECT_EQ(sized[row + 2], RowLine(3000 + id, row + 1, L"free", title + L" (200 x 300)"))
+            EXPECT_EQ(listed[row], RowLine(2500 + id, row + 1, L"free", titles[row])) << count;
+            EXPECT_EQ(sized[row + 2],
+                      RowLine(3000 + id, row + 1, L"free", titles[row] + L" (200 x 300)"))
                 << count;
         }
     }

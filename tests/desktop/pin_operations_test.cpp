@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "desktop/engine_fixture.h"
@@ -58,10 +59,21 @@ TEST_F(PinOperationsTest, CommandThatChangesNothingNeitherSavesNorRunsAPass) {
 }
 
 TEST_F(PinOperationsTest, LongTitleIsCutToThePatternLength) {
-    AddWindow(std::wstring(600, L'x'));
-    AddWindowWithMinSize(nullptr, 10, 20, std::wstring(600, L'y'));
-    EXPECT_EQ(ReadSettings(),
-              WrittenSettings(std::string(512, 'x') + "\n" + std::string(512, 'y') + "\t10\t20\n"));
+    for (const auto& [length, stored] : {std::pair{511U, 511U}, {512U, 512U}, {513U, 512U}}) {
+        LoadSettings("");
+        AddWindow(std::wstring(length, L'x'));
+        AddWindowWithMinSize(nullptr, 10, 20, std::wstring(length, L'y'));
+        EXPECT_EQ(ReadSettings(), WrittenSettings(std::string(stored, 'x') + "\n" +
+                                                  std::string(stored, 'y') + "\t10\t20\n"))
+            << length;
+    }
+}
+
+TEST_F(PinOperationsTest, HundredthEntryIsAdded) {
+    const std::string full = FullSettings();
+    LoadSettings(full.substr(0, full.rfind("entry-99")));
+    AddWindow(L"entry-99");
+    EXPECT_EQ(ReadSettings(), WrittenSettings(full));
 }
 
 TEST_F(PinOperationsTest, ToggleAtTheLimitAddsNothingButStillRunsAPass) {
@@ -121,7 +133,7 @@ TEST_F(PinOperationsTest, RemovalReleasesAllAndPinsTheRestAgain) {
     EXPECT_EQ(Asked(alpha), Requests({OrdinaryRequest, TopmostRequest}));
     EXPECT_EQ(Asked(beta), Requests({OrdinaryRequest}));
     EXPECT_EQ(Asked(gamma), Requests({OrdinaryRequest, TopmostRequest}));
-    EXPECT_EQ(RequestedOrder({gamma, alpha}), std::vector<HWND>({alpha, gamma}));
+    EXPECT_EQ(Other().RequestedOrder({gamma, alpha}), std::vector<HWND>({alpha, gamma}));
 }
 
 TEST_F(PinOperationsTest, ToggleAddsAndPinsThenRemovesAndReleases) {

@@ -126,12 +126,6 @@ TEST(ShortcutFaultsTest, EveryRefusedStepFailsTheInstallationAndKeepsNoReference
     EXPECT_EQ(scene.savedAs, StartupShortcut());
 }
 
-DWORD WINAPI CutPath(HMODULE /*module*/, LPWSTR path, DWORD size) {
-    path[0] = L'\0';
-    SetLastError(ERROR_INSUFFICIENT_BUFFER);
-    return size;
-}
-
 TEST(ShortcutFaultsTest, PathThatIsTooLongFailsTheInstallation) {
     MORVANE_REQUIRE_DISPOSABLE_PROFILE();
     ResetProfile();

@@ -18,7 +18,6 @@
 #include "support/test_files.h"
 #include "support/tray_recorder.h"
 #include "support/window_owner.h"
-#include "ui/command_ids.h"
 #include "ui/tray_icon.h"
 
 namespace morvane::test {
@@ -184,7 +183,7 @@ protected:
 
     void ExpectAnswer(std::wstring_view text, DWORD kind) {
         recorder_.Forget();
-        RunCommand(owner_.get(), CmdStartWithWindows);
+        RunCommand(owner_.get(), 1010);
         const std::vector<TrayCall> calls = recorder_.Calls();
         ASSERT_EQ(calls.size(), 1U);
         EXPECT_EQ(calls[0].infoTitle, L"Morvane");

@@ -222,11 +222,6 @@ FARPROC WINAPI FindVersionFunction(HMODULE /*library*/, LPCSTR name) {
                                                            : std::bit_cast<FARPROC>(&QueryVersion);
 }
 
-DWORD WINAPI CutPath(HMODULE /*module*/, LPWSTR /*path*/, DWORD size) {
-    SetLastError(ERROR_INSUFFICIENT_BUFFER);
-    return size;
-}
-
 TEST(VersionFaultsTest, VersionThatCannotBeReadIsAQuestionMark) {
     const ImportPatch<decltype(&GetProcAddress)> patch("GetProcAddress", FindVersionFunction);
     struct Case {

@@ -1,14 +1,11 @@
 #include "desktop/usage.h"
 
 #include <array>
-#include <ostream>
-#include <utility>
-#include <vector>
+#include <gtest/gtest.h>
+#include <iostream>
 
-#include "base/gui_owners.h"
 #include "base/win.h"
-
-#include <psapi.h>
+#include "support/room.h"
 
 namespace morvane::test {
 namespace {
@@ -31,38 +28,27 @@ std::size_t CountHeapBlocks() {
     return blocks;
 }
 
-template <typename Owner, typename Make>
-std::size_t Room(Make make) {
-    std::vector<Owner> made;
-    made.reserve(100'000);
-    while (Owner one{make()}) {
-        made.push_back(std::move(one));
-    }
-    return made.size();
-}
-
-std::size_t PageFileBytes() {
-    PROCESS_MEMORY_COUNTERS counters{};
-    return GetProcessMemoryInfo(GetCurrentProcess(), &counters, sizeof(counters)) != FALSE
-               ? counters.PagefileUsage
-               : 0;
-}
-
 }  // namespace
 
 Usage MeasureUsage() {
     Usage usage;
-    usage.drawingRoom = Room<Pen>([] { return CreatePen(PS_SOLID, 1, 0); });
-    usage.menuRoom = Room<Menu>([] { return CreatePopupMenu(); });
-    usage.pageFileBytes = PageFileBytes();
+    usage.drawingRoom = FillRoom<Pen>([] { return CreatePen(PS_SOLID, 1, 0); }).size();
+    usage.menuRoom = FillMenuRoom().size();
     usage.heapBlocks = CountHeapBlocks();
     return usage;
 }
 
 std::ostream& operator<<(std::ostream& stream, const Usage& usage) {
-    return stream << usage.heapBlocks << " heap blocks, " << usage.pageFileBytes / 1024
-                  << " KiB paged, room for " << usage.drawingRoom << " drawing objects and "
-                  << usage.menuRoom << " menus";
+    return stream << usage.heapBlocks << " heap blocks, room for " << usage.drawingRoom
+                  << " drawing objects and " << usage.menuRoom << " menus";
+}
+
+void ExpectNothingLeft(const std::string& what, const Usage& before, const Usage& after) {
+    constexpr std::size_t ComeAndGo = 3;
+    std::cout << "measured: " << what << "; before: " << before << "; after: " << after << "\n";
+    EXPECT_LE(after.heapBlocks, before.heapBlocks + ComeAndGo);
+    EXPECT_GE(after.drawingRoom + ComeAndGo, before.drawingRoom);
+    EXPECT_GE(after.menuRoom + ComeAndGo, before.menuRoom);
 }
 
 }  // namespace morvane::test

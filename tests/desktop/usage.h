@@ -2,13 +2,13 @@
 
 #include <cstddef>
 #include <iosfwd>
+#include <string>
 
 namespace morvane::test {
 
 // This process's use of limited resources.
 struct Usage {
-    std::size_t heapBlocks = 0;  // in use, in all heaps
-    std::size_t pageFileBytes = 0;
+    std::size_t heapBlocks = 0;   // in use, in all heaps
     std::size_t drawingRoom = 0;  // drawing objects that could still be created
     std::size_t menuRoom = 0;     // menus that could still be created, in the whole session
 };
@@ -18,5 +18,8 @@ struct Usage {
 [[nodiscard]] Usage MeasureUsage();
 
 std::ostream& operator<<(std::ostream& stream, const Usage& usage);
+
+// Prints both. After many repetitions, fails the test if any of them has left something behind.
+void ExpectNothingLeft(const std::string& what, const Usage& before, const Usage& after);
 
 }  // namespace morvane::test

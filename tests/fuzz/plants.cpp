@@ -14,6 +14,7 @@ namespace {
 // Volatile, so that the compiler neither sees nor removes what is wrong with it.
 constexpr std::size_t Size = 24;
 volatile std::size_t end = Size;
+volatile std::size_t before = 1;
 volatile int largest = std::numeric_limits<int>::max();
 volatile wchar_t seen = L'\0';
 char* volatile allocation = nullptr;
@@ -21,6 +22,11 @@ char* volatile allocation = nullptr;
 void WriteBehindABlock() {
     const auto block = std::make_unique<char[]>(Size);
     block.get()[end] = 'x';
+}
+
+void WriteBeforeABlock() {
+    const auto block = std::make_unique<char[]>(Size);
+    *(block.get() - before) = 'x';
 }
 
 // Not freed: the check of all heaps has to find it.
@@ -54,9 +60,10 @@ struct Plant {
 };
 
 constexpr Plant Plants[] = {
-    {L"block", WriteBehindABlock},   {L"heap", WriteBehindAnAllocation},
-    {L"behind", ReadBehindTheText},  {L"before", ReadBeforeTheText},
-    {L"undefined", OverflowANumber}, {L"precondition", BreakAPrecondition},
+    {L"block", WriteBehindABlock},         {L"block-before", WriteBeforeABlock},
+    {L"heap", WriteBehindAnAllocation},    {L"behind", ReadBehindTheText},
+    {L"before", ReadBeforeTheText},        {L"undefined", OverflowANumber},
+    {L"precondition", BreakAPrecondition},
 };
 
 }  // namespace

@@ -183,19 +183,23 @@ bool HasCheckMark(HWND menu, Item item) {
 
 TEST_F(MenuListsTest, CheckMarksFollowTheFileAndTheShortcut) {
     const Program program = StartedProgram();
-    for (const bool on : {true, false}) {
-        EditSettings(SettingsText(on, "Nowhere\n"));
+    constexpr std::pair<bool, bool> Cases[] = {
+        {true, true}, {true, false}, {false, true}, {false, false}};
+    for (const auto& [pinning, startup] : Cases) {
+        SCOPED_TRACE(testing::Message() << "pinning " << pinning << ", shortcut " << startup);
+        EditSettings(SettingsText(pinning, "Nowhere\n"));
         EmptyStartupFolder();
-        if (on) {
+        if (startup) {
             ASSERT_TRUE(WriteFileBytes(StartupShortcut(), "made by another program"));
         }
         const HWND menu = OpenMenu(program);
-        ASSERT_NE(menu, nullptr) << on;
-        EXPECT_TRUE(WaitUntil([&] { return HasCheckMark(menu, Item::AlwaysOnTop) == on; })) << on;
-        EXPECT_TRUE(WaitUntil([&] { return HasCheckMark(menu, Item::StartWithWindows) == on; }))
-            << on;
-        EXPECT_FALSE(HasCheckMark(menu, Item::ApplyNow)) << on;
-        EXPECT_TRUE(DismissMenu(program)) << on;
+        ASSERT_NE(menu, nullptr);
+        EXPECT_TRUE(WaitUntil([&] {
+            return HasCheckMark(menu, Item::AlwaysOnTop) == pinning &&
+                   HasCheckMark(menu, Item::StartWithWindows) == startup;
+        }));
+        EXPECT_FALSE(HasCheckMark(menu, Item::ApplyNow));
+        EXPECT_TRUE(DismissMenu(program));
     }
 }
 

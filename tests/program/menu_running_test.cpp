@@ -143,7 +143,7 @@ protected:
     }
 };
 
-TEST_F(CoveredTest, PinnedWindowOverTheWholeScreenHidesNothing) {
+TEST_F(CoveredTest, WhatIsOpenIsSeenOverAPinnedFullScreenWindowAfterMostPasses) {
     const Sentinel sentinel(Other());
     const HWND cover = Cover();
     const Program program = StartedProgram("Sentinel\nCover 1280 800\n");
@@ -163,7 +163,7 @@ TEST_F(CoveredTest, PinnedWindowOverTheWholeScreenHidesNothing) {
     }
 }
 
-TEST_F(CoveredTest, SubmenuStaysAboveItsMenuAndItsCommandsCanBeChosen) {
+TEST_F(CoveredTest, SubmenuIsAboveItsMenuAfterMostPassesAndItsCommandsCanBeChosen) {
     const Sentinel sentinel(Other());
     const HWND cover = Cover();
     const Program program = StartedProgram("Sentinel\nCover\t1280\t800\n");

@@ -111,13 +111,7 @@ Row ActiveWindowRow() {
 }
 
 std::vector<HWND> MenuWindows(const Program& program) {
-    std::vector<HWND> menus;
-    for (const HWND window : VisibleWindowsOfClass(L"#32768")) {
-        if (ProcessOf(window) == program.ProcessId()) {
-            menus.push_back(window);
-        }
-    }
-    return menus;
+    return VisibleWindowsOfClass(L"#32768", program.ProcessId());
 }
 
 bool MenuCloses(const Program& program) {
@@ -229,12 +223,7 @@ bool FileBecomes(const std::string& content) {
 }
 
 HWND AboutDialog(const Program& program) {
-    for (const HWND window : VisibleWindowsOfClass(L"MorvaneAboutDialog")) {
-        if (ProcessOf(window) == program.ProcessId()) {
-            return window;
-        }
-    }
-    return nullptr;
+    return HighestWindowOfClass(L"MorvaneAboutDialog", program.ProcessId());
 }
 
 HWND OpenAbout(const Program& program) {

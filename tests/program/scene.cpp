@@ -7,22 +7,8 @@
 #include "program/notepad.h"
 
 namespace morvane::test {
-namespace {
-
-bool IsTopmostRequest(const PositionRequest& request) {
-    return request.insertAfter == HWND_TOPMOST && (request.flags & SWP_NOZORDER) == 0;
-}
-
-}  // namespace
-
 void EditSettings(std::string_view lines) {
-    const std::wstring draft = DataFolder() + L"\\draft.txt";
-    CreateDirectoryW(DataFolder().c_str(), nullptr);
-    // The replacement fails while the program is reading the old file.
-    if (!WriteFileBytes(draft, lines) || !WaitUntil([&draft] {
-            return MoveFileExW(draft.c_str(), SettingsPath().c_str(), MOVEFILE_REPLACE_EXISTING) !=
-                   FALSE;
-        })) {
+    if (!WriteSettings(lines)) {
         throw std::runtime_error("the settings cannot be written");
     }
 }
@@ -103,6 +89,13 @@ bool Sentinel::WaitForRequests(std::size_t before) const {
     return WaitUntil([this, before] { return TopmostRequests(*actor_, window_) >= before + 3; });
 }
 
+std::vector<PositionRequest> Sentinel::Raises() const {
+    std::vector<PositionRequest> raises = actor_->Requests(window_);
+    std::erase_if(raises,
+                  [](const PositionRequest& request) { return !IsTopmostRequest(request); });
+    return raises;
+}
+
 bool Sentinel::WaitForPass(const Program& program) const {
     const std::size_t before = TopmostRequests(*actor_, window_);
     // Posted, as a sent command would run in the middle of a pass that waits for a window, and that
@@ -121,12 +114,34 @@ bool Sentinel::WaitForTimedPass() const {
 
 std::vector<ULONGLONG> Sentinel::PassTicks() const {
     std::vector<ULONGLONG> ticks;
-    for (const PositionRequest& request : actor_->Requests(window_)) {
-        if (IsTopmostRequest(request)) {
-            ticks.push_back(request.tickCount);
-        }
+    for (const PositionRequest& raise : Raises()) {
+        ticks.push_back(raise.tickCount);
     }
     return ticks;
+}
+
+std::size_t Sentinel::PassesBetween(LONGLONG after, LONGLONG before) const {
+    const std::vector<PositionRequest> raises = Raises();
+    return static_cast<std::size_t>(std::ranges::count_if(raises, [=](const auto& raise) {
+        return raise.counter > after && raise.counter < before;
+    }));
+}
+
+std::vector<HWND> Sentinel::OrderOfNextPass(const std::vector<HWND>& windows) const {
+    const std::size_t before = Raises().size();
+    // A pass may be running; the one after it begins later than this call.
+    EXPECT_TRUE(WaitUntil([&] { return Raises().size() >= before + 2; })) << "no pass";
+    const std::vector<PositionRequest> raises = Raises();
+    return raises.size() < before + 2 ? std::vector<HWND>()
+                                      : actor_->RequestedOrder(windows, raises[before].counter,
+                                                               raises[before + 1].counter);
+}
+
+bool Sentinel::DesktopShows(const std::vector<HWND>& windows) const {
+    return test::DesktopShows(windows, [this] {
+        const std::size_t before = Raises().size();
+        EXPECT_TRUE(WaitUntil([&] { return Raises().size() > before; })) << "no further pass";
+    });
 }
 
 std::vector<ULONGLONG> Sentinel::PassGaps(std::size_t count) const {
@@ -139,19 +154,6 @@ std::vector<ULONGLONG> Sentinel::PassGaps(std::size_t count) const {
     }
     std::sort(gaps.begin(), gaps.end());
     return gaps;
-}
-
-std::vector<std::wstring> RowTitles() {
-    std::vector<std::wstring> titles;
-    for (const HWND window : TopLevelWindows()) {
-        std::wstring text = WindowTitle(window);
-        if (IsWindowVisible(window) != FALSE && GetWindow(window, GW_OWNER) == nullptr &&
-            !text.empty()) {
-            titles.push_back(std::move(text));
-        }
-    }
-    std::sort(titles.begin(), titles.end());
-    return titles;
 }
 
 int RowOfTitle(std::wstring_view title) {

@@ -36,9 +36,7 @@ inline constexpr UINT TrayMessage = WM_APP + 1;
 inline constexpr wchar_t MutexName[] = L"Local\\Morvane_SingleInstance";
 
 // Settings. A test gives their lines as a user would type them, to StartedProgram or, at any other
-// time, to EditSettings. It replaces the file in one step, like editors that save by renaming: a
-// pass would take a half-written file for a list without the other entries. What the program itself
-// writes is compared with SettingsText.
+// time, to EditSettings. What the program itself writes is compared with SettingsText.
 void EditSettings(std::string_view lines);
 [[nodiscard]] std::string SettingsText(bool pinning, std::string_view lines);
 
@@ -88,6 +86,16 @@ public:
     // the list's first entry, it is the last window of a pass.
     [[nodiscard]] std::vector<ULONGLONG> PassTicks() const;
 
+    // The passes that have reached it between two readings of the performance counter.
+    [[nodiscard]] std::size_t PassesBetween(LONGLONG after, LONGLONG before) const;
+
+    // Waits for the first pass that surely begins after this call, and returns the windows in the
+    // order that it asked for, topmost first. The sentinel must be the list's first entry.
+    [[nodiscard]] std::vector<HWND> OrderOfNextPass(const std::vector<HWND>& windows) const;
+
+    // After a pass, which may be repeated by the program's own timer.
+    [[nodiscard]] bool DesktopShows(const std::vector<HWND>& windows) const;
+
     // Waits for this many intervals between passes since its records were cleared. Returns them in
     // milliseconds, shortest first; fails the test if they do not come.
     [[nodiscard]] std::vector<ULONGLONG> PassGaps(std::size_t count) const;
@@ -96,15 +104,13 @@ public:
 
 private:
     [[nodiscard]] bool WaitForRequests(std::size_t before) const;
+    [[nodiscard]] std::vector<PositionRequest> Raises() const;  // one per pass
 
     Actor* actor_;
     HWND window_;
 };
 
 inline constexpr std::string_view SentinelLine = "Sentinel";
-
-// The titles in the program's window list, in row order.
-[[nodiscard]] std::vector<std::wstring> RowTitles();
 
 // The title's row; -1 if it has none.
 [[nodiscard]] int RowOfTitle(std::wstring_view title);

@@ -66,22 +66,20 @@ TEST_F(ZOrderTest, EarlierEntriesLieAboveLaterOnes) {
         COLORREF colour;
     };
     const Case cases[] = {
-        {"Window A\nWindow B\nWindow C\n", {a, b, c}, Red},
-        {"Window C\nWindow B\nWindow A\n", {c, b, a}, Blue},
-        {"Window B\nnobody\nWindow A\nWindow C\n", {b, a, c}, Green},
-        {"Window C\nWindow A\nWindow B\n", {c, a, b}, Blue},
+        {"Sentinel\nWindow A\nWindow B\nWindow C\n", {a, b, c}, Red},
+        {"Sentinel\nWindow C\nWindow B\nWindow A\n", {c, b, a}, Blue},
+        {"Sentinel\nWindow B\nnobody\nWindow A\nWindow C\n", {b, a, c}, Green},
+        {"Sentinel\nWindow C\nWindow A\nWindow B\n", {c, a, b}, Blue},
         // The longest pattern identifies a window, wherever it stands.
-        {"Window\nWindow A\n", {std::max(b, c), std::min(b, c), a}, c > b ? Blue : Green},
-        {"Window A\nWindow\n", {a, std::max(b, c), std::min(b, c)}, Red},
+        {"Sentinel\nWindow\nWindow A\n", {std::max(b, c), std::min(b, c), a}, c > b ? Blue : Green},
+        {"Sentinel\nWindow A\nWindow\n", {a, std::max(b, c), std::min(b, c)}, Red},
     };
+    const Sentinel sentinel(Other());
     const Program program = StartedProgram();
     for (const Case& item : cases) {
         EditSettings(item.lines);
-        EXPECT_TRUE(WaitUntil([&] {
-            return IsTopmost(item.highestFirst[2]) &&
-                   IsAbove(item.highestFirst[0], item.highestFirst[1]) &&
-                   IsAbove(item.highestFirst[1], item.highestFirst[2]);
-        })) << item.lines;
+        EXPECT_EQ(sentinel.OrderOfNextPass({a, b, c}), item.highestFirst) << item.lines;
+        EXPECT_TRUE(sentinel.DesktopShows(item.highestFirst)) << item.lines;
         EXPECT_TRUE(Shows(Shared, item.colour)) << item.lines;
     }
 }
@@ -89,18 +87,19 @@ TEST_F(ZOrderTest, EarlierEntriesLieAboveLaterOnes) {
 TEST_F(ZOrderTest, ClickOnALowerEntryIsUndoneWithoutTakingTheKeyboard) {
     const HWND first = CreateAt(L"First", 0, Red);
     const HWND second = CreateAt(L"Second", 150, Blue);
-    const Program program = StartedProgram("First\nnobody\nSecond\n");
-    ASSERT_TRUE(WaitUntil([&] { return IsTopmost(second) && IsAbove(first, second); }));
+    const std::vector<HWND> order{first, second};
+    const Sentinel sentinel(Other());
+    const Program program = StartedProgram("Sentinel\nFirst\nnobody\nSecond\n", {second});
+    ASSERT_TRUE(sentinel.DesktopShows(order));
     ASSERT_TRUE(Other().BringToForeground(first));
     Other().ForgetRecords(second);
     Click(OfSecond, MouseButton::Left);
     ASSERT_TRUE(Received(Other(), second, WM_LBUTTONUP));
     ASSERT_TRUE(WaitUntil([&] { return GetForegroundWindow() == second; }));
     // Activation alone does not raise a window on every desktop, so raise it explicitly.
-    const std::size_t before = TopmostRequests(Other(), first);
     Other().Raise(second);
-    EXPECT_TRUE(WaitUntil([&] { return TopmostRequests(Other(), first) > before; }));
-    EXPECT_TRUE(WaitUntil([&] { return IsAbove(first, second); }));
+    EXPECT_EQ(sentinel.OrderOfNextPass(order), order);
+    EXPECT_TRUE(sentinel.DesktopShows(order));
     EXPECT_TRUE(Shows(Shared, Red));
     EXPECT_EQ(GetForegroundWindow(), second);
     TapKey('M');
@@ -112,12 +111,13 @@ TEST_F(ZOrderTest, ForeignTopmostWindowStaysTopmostBelowThePinnedOne) {
     const HWND pinned = CreateAt(L"Pinned", 0, Red);
     const HWND foreign = CreateAt(L"Foreign", 50, Blue);
     Other().SetTopmost(foreign, true);
-    const Program program = StartedProgram("Pinned\n");
-    ASSERT_TRUE(WaitUntil([&] { return IsAbove(pinned, foreign); }));
-    const std::size_t before = TopmostRequests(Other(), pinned);
+    const std::vector<HWND> order{pinned, foreign};
+    const Sentinel sentinel(Other());
+    const Program program = StartedProgram("Sentinel\nPinned\n", {pinned});
+    ASSERT_TRUE(sentinel.DesktopShows(order));
     Other().Raise(foreign);
-    EXPECT_TRUE(WaitUntil([&] { return TopmostRequests(Other(), pinned) > before; }));
-    EXPECT_TRUE(WaitUntil([&] { return IsAbove(pinned, foreign); }));
+    EXPECT_EQ(sentinel.OrderOfNextPass(order), std::vector<HWND>{pinned}) << "only asked once";
+    EXPECT_TRUE(sentinel.DesktopShows(order));
     EXPECT_EQ(program.ExitByCommand(), 0U);
     EXPECT_TRUE(IsTopmost(foreign)) << "nobody's pattern, so left alone";
 }

@@ -15,7 +15,7 @@ namespace {
 constexpr std::size_t JournalLength = 30;
 constexpr std::uint64_t ForgetInterval = 10;  // steps
 constexpr int FirstWindows = 6;
-constexpr int MostWaits = 10;  // for a moment between two passes
+constexpr int MostWaits = 3;  // for a moment between two passes
 
 // So many times in a run, and once more per so many steps.
 struct Allowance {
@@ -23,6 +23,7 @@ struct Allowance {
     std::uint64_t stepsPerMore;
 };
 constexpr Allowance SecondLooks{8, 2'000};
+constexpr Allowance Waits{8, 50};
 constexpr Allowance WrongOrders{4, 5'000};
 
 // One pass would do for the program, but passes are cheap and checks are not.
@@ -68,12 +69,6 @@ struct Raise {
     HWND window;
 };
 
-LONGLONG Now() {
-    LARGE_INTEGER counter{};
-    QueryPerformanceCounter(&counter);
-    return counter.QuadPart;
-}
-
 // The requests of the program that have raised its pinned windows, oldest first.
 std::vector<Raise> Raises(Churn& churn) {
     std::vector<Raise> raises;
@@ -91,10 +86,11 @@ std::vector<Raise> Raises(Churn& churn) {
 // moment of the wait if no window was raised during it. Later ones may be part of a pass that runs
 // while one window after the other is asked.
 std::vector<Raise> RaisesOfWholePasses(Churn& churn) {
-    for (int attempt = 0; attempt < MostWaits; ++attempt) {
-        const LONGLONG before = Now();
+    for (int wait = 0; wait < MostWaits; ++wait) {
+        churn.counts.waits += wait > 0 ? 1 : 0;
+        const LONGLONG before = CounterNow();
         churn.driver->WaitForQueue();
-        const LONGLONG after = Now();
+        const LONGLONG after = CounterNow();
         std::vector<Raise> raises = Raises(churn);
         std::erase_if(raises, [after](const Raise& raise) { return raise.time > after; });
         if (raises.empty() || raises.back().time < before) {
@@ -162,6 +158,9 @@ std::string CheckModel(Churn& churn) {
     }
     if (IsExceeded(SecondLooks, churn.counts.secondLooks, churn)) {
         return "  too many second looks were needed\n";
+    }
+    if (IsExceeded(Waits, churn.counts.waits, churn)) {
+        return "  too often a pass was running when the requests were to be judged\n";
     }
     return !order.empty() && IsExceeded(WrongOrders, ++churn.counts.wrongOrders, churn)
                ? order + "  and too many orders came out wrong\n"

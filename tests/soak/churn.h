@@ -25,6 +25,7 @@ struct ChurnCounts {
     std::uint64_t hangs = 0;
     std::uint64_t refusedAdditions = 0;  // to a full list
     std::uint64_t secondLooks = 0;
+    std::uint64_t waits = 0;        // for the end of a pass, before the requests could be judged
     std::uint64_t wrongOrders = 0;  // despite right requests
 };
 

@@ -5,12 +5,11 @@
 #include <cstdint>
 #include <cstring>
 #include <stdexcept>
-#include <utility>
 #include <vector>
 
-#include "base/gui_owners.h"
 #include "base/owners.h"
 #include "base/system_library.h"
+#include "support/room.h"
 
 #include <psapi.h>
 
@@ -42,19 +41,11 @@ constexpr auto TooShort = static_cast<LONG>(0xC0000004);  // STATUS_INFO_LENGTH_
 using QuerySystemInformation = LONG(WINAPI*)(ULONG, void*, ULONG, ULONG*);
 
 std::size_t MenuRoom() {
-    std::vector<Menu> made;
-    constexpr std::size_t MoreThanFit = 100'000;
-    made.reserve(MoreThanFit);
-    while (Menu menu{CreatePopupMenu()}) {
-        made.push_back(std::move(menu));
-        if (made.size() == MoreThanFit) {
-            throw std::runtime_error("the room for menus has no limit");
-        }
-    }
-    if (made.empty()) {
+    const std::size_t room = FillMenuRoom().size();
+    if (room == 0) {
         throw std::runtime_error("the session has no room for menus");
     }
-    return made.size();
+    return room;
 }
 
 std::string Grown(const char* what, std::size_t before, std::size_t after, std::size_t allowed) {

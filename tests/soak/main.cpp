@@ -141,6 +141,7 @@ std::string ReportRows(const Soak& soak, const Consumption& last, double seconds
                     " hung processes, " + std::to_string(counts.refusedAdditions) +
                     " additions to a full list",
                 std::to_string(counts.secondLooks) + " second looks, " +
+                    std::to_string(counts.waits) + " waits for the end of a pass, " +
                     std::to_string(counts.wrongOrders) + " wrong orders despite right requests");
     const std::string when = "after " + std::to_string(soak.warmPasses) + " passes, and at the end";
     rows +=

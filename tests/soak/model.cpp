@@ -11,8 +11,6 @@
 namespace morvane::test {
 namespace {
 
-constexpr std::size_t SeenUnits = 511;
-
 constexpr const wchar_t* ProtectedTitles[] = {
     L"User Account Control",
     L"Windows Security",
@@ -110,10 +108,6 @@ std::string OrderText(const std::vector<HWND>& order) {
 
 std::string NameOf(HWND window) {
     return std::to_string(NumberFromWindow(window));
-}
-
-std::wstring SeenTitle(const std::wstring& title) {
-    return title.substr(0, SeenUnits);
 }
 
 int PinningEntry(const PinList& list, const ModelWindow& window) {

@@ -37,9 +37,6 @@ struct Model {
 // In failures: the number of its handle.
 [[nodiscard]] std::string NameOf(HWND window);
 
-// The part of a title that the program reads.
-[[nodiscard]] std::wstring SeenTitle(const std::wstring& title);
-
 // The list entry that pins the window; -1 if none does, or if it is invisible, owned, untitled or a
 // protected dialog.
 [[nodiscard]] int PinningEntry(const PinList& list, const ModelWindow& window);

@@ -78,12 +78,7 @@ void PassDriver::RunCommand(WORD command) {
 }
 
 HWND PassDriver::OpenWindowOfClass(const wchar_t* className) const {
-    for (const HWND window : VisibleWindowsOfClass(className)) {
-        if (ProcessOf(window) == program_->ProcessId()) {
-            return window;
-        }
-    }
-    return nullptr;
+    return HighestWindowOfClass(className, program_->ProcessId());
 }
 
 void PassDriver::OpenMenu() {

@@ -177,20 +177,6 @@ void FlipByCommand(Churn& churn) {
     }
 }
 
-// The rows of the program's window list: visible windows that have a title and no owner.
-std::vector<std::wstring> RowTitles() {
-    std::vector<std::wstring> titles;
-    for (const HWND window : TopLevelWindows()) {
-        const std::wstring title = SeenTitle(WindowTitle(window));
-        if (IsWindowVisible(window) != FALSE && GetWindow(window, GW_OWNER) == nullptr &&
-            !title.empty()) {
-            titles.push_back(title);
-        }
-    }
-    std::sort(titles.begin(), titles.end());
-    return titles;
-}
-
 // Like the program, adds an entry for a title that has none if there is room, and removes the entry
 // otherwise. Saves only changes.
 bool ToggleRow(Churn& churn) {

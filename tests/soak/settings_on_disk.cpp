@@ -4,6 +4,7 @@
 #include <optional>
 #include <stdexcept>
 
+#include "base/files.h"
 #include "base/win.h"
 #include "support/printed.h"
 #include "support/settings_reference.h"
@@ -13,8 +14,6 @@
 
 namespace morvane::test {
 namespace {
-
-constexpr DWORD FullSharing = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 
 // Some changes fail while the program is reading the file.
 void Retry(const char* what, const std::function<bool()>& attempt) {
@@ -26,8 +25,7 @@ void Retry(const char* what, const std::function<bool()>& attempt) {
 FileHandle Open(DWORD access, DWORD sharing) {
     FileHandle file;
     Retry("open", [&] {
-        file.reset(CreateFileW(SettingsPath().c_str(), access, sharing, nullptr, OPEN_EXISTING,
-                               FILE_ATTRIBUTE_NORMAL, nullptr));
+        file = HoldFile(SettingsPath(), access, sharing);
         return static_cast<bool>(file);
     });
     return file;
@@ -39,11 +37,7 @@ void SettingsOnDisk::Replace(std::string_view bytes) {
     if (state_ == SettingsState::Folder) {
         Retry("remove the folder", [] { return RemoveDirectoryW(SettingsPath().c_str()) != 0; });
     }
-    const std::wstring draft = DataFolder() + L"\\draft.txt";
-    Retry("write a draft", [&] { return WriteFileBytes(draft, bytes); });
-    Retry("replace", [&] {
-        return MoveFileExW(draft.c_str(), SettingsPath().c_str(), MOVEFILE_REPLACE_EXISTING) != 0;
-    });
+    Retry("replace", [&] { return WriteSettings(bytes); });
     bytes_ = bytes;
     state_ = SettingsState::Text;
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <functional>
 #include <optional>
 #include <stdexcept>
 #include <utility>
@@ -258,6 +259,25 @@ std::vector<InputEvent> Actor::Input(HWND window) {
 
 void Actor::ForgetRecords(HWND window) {
     Ask(Command("forget", {NumberFromWindow(window)}));
+}
+
+std::vector<HWND> Actor::RequestedOrder(const std::vector<HWND>& windows, LONGLONG after,
+                                        LONGLONG before) {
+    std::vector<std::pair<LONGLONG, HWND>> asked;
+    for (const HWND window : windows) {
+        for (const PositionRequest& request : Requests(window)) {
+            if (IsTopmostRequest(request) && request.counter > after && request.counter < before) {
+                asked.emplace_back(request.counter, window);
+            }
+        }
+    }
+    std::sort(asked.begin(), asked.end(), std::greater<>());
+    std::vector<HWND> order;
+    order.reserve(asked.size());
+    for (const auto& [counter, window] : asked) {
+        order.push_back(window);
+    }
+    return order;
 }
 
 bool Actor::Quit(std::chrono::milliseconds timeout) {

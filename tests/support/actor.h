@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <limits>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -60,6 +61,12 @@ public:
     [[nodiscard]] std::vector<PositionRequest> Requests(HWND window);
     [[nodiscard]] std::vector<InputEvent> Input(HWND window);
     void ForgetRecords(HWND window);
+
+    // The windows in the order that their recorded topmost requests ask for: the last one asked
+    // comes first. Only requests between two readings of the performance counter count.
+    [[nodiscard]] std::vector<HWND> RequestedOrder(
+        const std::vector<HWND>& windows, LONGLONG after = 0,
+        LONGLONG before = std::numeric_limits<LONGLONG>::max());
 
     // Asks the actor to quit; false if it is still running after the timeout.
     [[nodiscard]] bool Quit(std::chrono::milliseconds timeout = DefaultTimeout);

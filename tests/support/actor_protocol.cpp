@@ -77,6 +77,16 @@ std::optional<long long> NumberFromWord(std::string_view word) {
     return number;
 }
 
+bool IsTopmostRequest(const PositionRequest& request) {
+    return request.insertAfter == HWND_TOPMOST && (request.flags & SWP_NOZORDER) == 0;
+}
+
+LONGLONG CounterNow() {
+    LARGE_INTEGER counter{};
+    QueryPerformanceCounter(&counter);
+    return counter.QuadPart;
+}
+
 HWND WindowFromNumber(long long number) {
     return reinterpret_cast<HWND>(number);
 }

@@ -57,6 +57,11 @@ struct PositionRequest {
                               // fine enough to tell the requests of a pass apart
 };
 
+[[nodiscard]] bool IsTopmostRequest(const PositionRequest& request);
+
+// The performance counter's reading now.
+[[nodiscard]] LONGLONG CounterNow();
+
 // One button or key message that reached the window. For the mouse, x and y are client pixels; for
 // a key, x is the virtual key.
 struct InputEvent {

@@ -30,4 +30,11 @@ struct Refusal<Result(WINAPI*)(Arguments...), Failure, Error> {
     }
 };
 
+// Imitates GetModuleFileNameW with a buffer that is too short.
+inline DWORD WINAPI CutPath(HMODULE /*module*/, LPWSTR path, DWORD size) {
+    path[0] = L'\0';
+    SetLastError(ERROR_INSUFFICIENT_BUFFER);
+    return size;
+}
+
 }  // namespace morvane::test

@@ -2,16 +2,10 @@
 
 #include <algorithm>
 
-#include "base/gui_owners.h"
-
 namespace morvane::test {
 namespace {
 
-struct MemoryContextTraits : NullableTraits<HDC> {
-    static void Close(HDC context) noexcept { DeleteDC(context); }
-};
-
-// A DIB stores blue, green, red, unused; a COLORREF has red in the lowest byte.
+// A COLORREF has red in the lowest byte.
 COLORREF ColourFromDib(DWORD pixel) {
     return RGB((pixel >> 16) & 0xFFU, (pixel >> 8) & 0xFFU, pixel & 0xFFU);
 }
@@ -19,8 +13,21 @@ COLORREF ColourFromDib(DWORD pixel) {
 // What draw(context) draws into a black picture; empty if it returns FALSE.
 template <typename Draw>
 Picture Drawn(int width, int height, Draw draw) {
-    const WindowDc screen(nullptr);
-    const Owner<MemoryContextTraits> memory(CreateCompatibleDC(screen.get()));
+    const MemoryBitmap bitmap(width, height);
+    if (bitmap.Bits() == nullptr || draw(bitmap.Context()) == FALSE) {
+        return {};
+    }
+    GdiFlush();
+    Picture picture{width, height, {}};
+    const std::size_t count = static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
+    picture.pixels.resize(count);
+    std::transform(bitmap.Bits(), bitmap.Bits() + count, picture.pixels.begin(), ColourFromDib);
+    return picture;
+}
+
+}  // namespace
+
+MemoryBitmap::MemoryBitmap(int width, int height) : context_(CreateCompatibleDC(nullptr)) {
     BITMAPINFO format{};
     format.bmiHeader.biSize = sizeof(format.bmiHeader);
     format.bmiHeader.biWidth = width;
@@ -29,26 +36,9 @@ Picture Drawn(int width, int height, Draw draw) {
     format.bmiHeader.biPlanes = 1;
     format.bmiHeader.biBitCount = 32;
     format.bmiHeader.biCompression = BI_RGB;
-    void* bits = nullptr;
-    const Owner<GdiTraits<HBITMAP>> bitmap(
-        CreateDIBSection(screen.get(), &format, DIB_RGB_COLORS, &bits, nullptr, 0));
-    if (!bitmap || bits == nullptr) {
-        return {};
-    }
-    const SelectGuard selected(memory.get(), bitmap.get());
-    if (draw(memory.get()) == FALSE) {
-        return {};
-    }
-    GdiFlush();
-    Picture picture{width, height, {}};
-    const auto* first = static_cast<const DWORD*>(bits);
-    const std::size_t count = static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
-    picture.pixels.resize(count);
-    std::transform(first, first + count, picture.pixels.begin(), ColourFromDib);
-    return picture;
+    bitmap_.reset(CreateDIBSection(context_.get(), &format, DIB_RGB_COLORS, &bits_, nullptr, 0));
+    SelectObject(context_.get(), bitmap_.get());
 }
-
-}  // namespace
 
 std::optional<COLORREF> PixelAt(POINT at) {
     const WindowDc screen(nullptr);

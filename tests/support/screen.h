@@ -3,10 +3,32 @@
 #include <optional>
 #include <vector>
 
+#include "base/gui_owners.h"
 #include "base/win.h"
 
-// What the screen shows, including other programs' windows.
+// Pictures, and what the screen shows, including other programs' windows.
 namespace morvane::test {
+
+// A picture to draw on: 32 bits a pixel, the top row first, black at first.
+class MemoryBitmap {
+public:
+    MemoryBitmap(int width, int height);
+
+    [[nodiscard]] HDC Context() const { return context_.get(); }
+
+    // Row by row, each pixel blue, green, red and unused; null if the picture has no memory.
+    [[nodiscard]] const DWORD* Bits() const { return static_cast<const DWORD*>(bits_); }
+
+private:
+    struct ContextTraits : NullableTraits<HDC> {
+        static void Close(HDC context) noexcept { DeleteDC(context); }
+    };
+
+    void* bits_ = nullptr;
+    Owner<GdiTraits<HBITMAP>> bitmap_;
+    // Declared last, to be deleted before the bitmap that is selected into it.
+    Owner<ContextTraits> context_;
+};
 
 // Nothing if the point is outside the screen.
 [[nodiscard]] std::optional<COLORREF> PixelAt(POINT at);

@@ -64,11 +64,6 @@ void EmptyFolder(const std::wstring& folder) {
     }
 }
 
-// The verbatim form allows more than 260 units and trailing dots and blanks.
-std::wstring AsItStands(const std::wstring& path) {
-    return L"\\\\?\\" + path;
-}
-
 void RemoveTree(const std::wstring& path) {
     RequireDisposable();
     // The program may be reading the settings.
@@ -206,7 +201,12 @@ std::wstring TestPath(const std::wstring& name) {
 bool WriteSettings(std::string_view bytes) {
     RequireDisposable();
     CreateDirectoryW(DataFolder().c_str(), nullptr);
-    return WriteFileBytes(SettingsPath(), bytes);
+    const std::wstring draft = DataFolder() + L"\\draft.txt";
+    // The replacement fails while the program is reading the old file.
+    return WriteFileBytes(draft, bytes) && WaitUntil([&draft] {
+               return MoveFileExW(draft.c_str(), SettingsPath().c_str(),
+                                  MOVEFILE_REPLACE_EXISTING) != FALSE;
+           });
 }
 
 std::optional<std::string> ReadSettings() {

@@ -31,7 +31,9 @@ namespace morvane::test {
 [[nodiscard]] std::wstring TestFolder();
 [[nodiscard]] std::wstring TestPath(const std::wstring& name);  // creates that folder
 
-// Creates the data folder if necessary and writes config.txt.
+// Writes config.txt, and the data folder if necessary. Replaces the file in one step, like editors
+// that save by renaming: a pass would take a half-written file for a list without the other
+// entries.
 [[nodiscard]] bool WriteSettings(std::string_view bytes);
 [[nodiscard]] std::optional<std::string> ReadSettings();
 

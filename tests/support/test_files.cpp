@@ -36,6 +36,10 @@ FileHandle HoldFile(const std::wstring& path, DWORD access, DWORD sharing) {
                                   FILE_ATTRIBUTE_NORMAL, nullptr));
 }
 
+std::wstring AsItStands(const std::wstring& path) {
+    return L"\\\\?\\" + path;
+}
+
 bool PathExists(const std::wstring& path) {
     return GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES;
 }

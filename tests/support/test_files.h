@@ -20,4 +20,7 @@ namespace morvane::test {
 
 [[nodiscard]] bool PathExists(const std::wstring& path);
 
+// The verbatim form, which allows more than 260 units and trailing dots and blanks.
+[[nodiscard]] std::wstring AsItStands(const std::wstring& path);
+
 }  // namespace morvane::test

@@ -52,9 +52,4 @@ bool WaitForObject(HANDLE object, std::chrono::milliseconds timeout) {
     return WaitUntil([object] { return WaitForSingleObject(object, 0) == WAIT_OBJECT_0; }, timeout);
 }
 
-bool StaysTrue(const std::function<bool()>& condition, std::chrono::milliseconds duration,
-               Messages messages) {
-    return !WaitUntil([&condition] { return !condition(); }, duration, messages);
-}
-
 }  // namespace morvane::test

@@ -25,9 +25,4 @@ enum class Messages {
 // Waits for a process, event or other kernel object while serving sent messages.
 [[nodiscard]] bool WaitForObject(HANDLE object, std::chrono::milliseconds timeout = DefaultTimeout);
 
-// True if the condition holds every time it is polled for the whole duration.
-[[nodiscard]] bool StaysTrue(const std::function<bool()>& condition,
-                             std::chrono::milliseconds duration,
-                             Messages messages = Messages::ServeSent);
-
 }  // namespace morvane::test

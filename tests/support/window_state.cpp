@@ -1,6 +1,7 @@
 #include "support/window_state.h"
 
 #include <algorithm>
+#include <cstdio>
 
 namespace morvane::test {
 
@@ -25,13 +26,38 @@ bool IsAbove(HWND upper, HWND lower) {
     return first != windows.end() && std::find(first + 1, windows.end(), lower) != windows.end();
 }
 
-std::vector<HWND> VisibleWindowsOfClass(const std::wstring& className) {
+std::vector<HWND> InDesktopOrder(const std::vector<HWND>& windows) {
+    std::vector<HWND> all = TopLevelWindows();
+    std::erase_if(all, [&windows](HWND window) {
+        return std::find(windows.begin(), windows.end(), window) == windows.end();
+    });
+    return all;
+}
+
+bool DesktopShows(const std::vector<HWND>& windows, const std::function<void()>& furtherPass) {
+    constexpr int MostPasses = 2;
+    int passes = 0;
+    for (; InDesktopOrder(windows) != windows && passes < MostPasses; ++passes) {
+        furtherPass();
+    }
+    if (passes > 0) {
+        std::printf("measured: order on the desktop: %d further passes\n", passes);
+    }
+    return InDesktopOrder(windows) == windows;
+}
+
+std::vector<HWND> VisibleWindowsOfClass(const std::wstring& className, DWORD process) {
     std::vector<HWND> windows = TopLevelWindows();
-    const auto unwanted = [&className](HWND window) {
-        return IsWindowVisible(window) == FALSE || WindowClass(window) != className;
-    };
-    windows.erase(std::remove_if(windows.begin(), windows.end(), unwanted), windows.end());
+    std::erase_if(windows, [&className, process](HWND window) {
+        return IsWindowVisible(window) == FALSE || WindowClass(window) != className ||
+               (process != 0 && ProcessOf(window) != process);
+    });
     return windows;
+}
+
+HWND HighestWindowOfClass(const std::wstring& className, DWORD process) {
+    const std::vector<HWND> windows = VisibleWindowsOfClass(className, process);
+    return windows.empty() ? nullptr : windows.front();
 }
 
 RECT WindowRect(HWND window) {
@@ -64,6 +90,24 @@ std::wstring WindowClass(HWND window) {
     const int length = GetClassNameW(window, name.data(), static_cast<int>(name.size()));
     name.resize(static_cast<std::size_t>(std::max(length, 0)));
     return name;
+}
+
+std::wstring SeenTitle(const std::wstring& title) {
+    constexpr std::size_t SeenUnits = 511;
+    return title.substr(0, SeenUnits);
+}
+
+std::vector<std::wstring> RowTitles() {
+    std::vector<std::wstring> titles;
+    for (const HWND window : TopLevelWindows()) {
+        std::wstring title = SeenTitle(WindowTitle(window));
+        if (IsWindowVisible(window) != FALSE && GetWindow(window, GW_OWNER) == nullptr &&
+            !title.empty()) {
+            titles.push_back(std::move(title));
+        }
+    }
+    std::sort(titles.begin(), titles.end());
+    return titles;
 }
 
 DWORD ProcessOf(HWND window) {

@@ -17,12 +17,6 @@ class UnboundEngine : public testing::Test {
 protected:
     UnboundEngine() { Engine() = PinEngine{}; }
     ~UnboundEngine() override { Engine() = PinEngine{}; }
-
-    static void FillList() {
-        for (int number = 1; number <= 100; ++number) {
-            Engine().pinList.entries.push_back({L"entry" + std::to_wstring(number), 0, 0});
-        }
-    }
 };
 
 TEST(PinList, StartsWithPinningOnAndNoEntries) {
@@ -45,11 +39,6 @@ TEST_F(UnboundEngine, AddsATitleAsAPatternWithoutSize) {
     EXPECT_EQ(Printed(Engine().pinList), Printed({true, {{L"a.txt - Notepad"}, {L"b"}}}));
 }
 
-TEST_F(UnboundEngine, DoesNotAddAnEmptyTitle) {
-    AddWindow(L"");
-    EXPECT_EQ(Printed(Engine().pinList), Printed(PinList{}));
-}
-
 TEST_F(UnboundEngine, DoesNotAddATitleThatIsAlreadyAPattern) {
     Engine().pinList.entries = {{L"Notepad", 5, 6}};
     AddWindow(L"nOTEPAD");
@@ -57,38 +46,6 @@ TEST_F(UnboundEngine, DoesNotAddATitleThatIsAlreadyAPattern) {
     // A pattern that only occurs in the title does not equal it.
     AddWindow(L"a.txt - Notepad");
     EXPECT_EQ(Engine().pinList.entries.size(), 2U);
-}
-
-TEST_F(UnboundEngine, CutsALongTitle) {
-    for (const std::size_t length : {511U, 512U, 513U, 600U}) {
-        Engine().pinList.entries.clear();
-        AddWindow(std::wstring(length, L'x'));
-        ASSERT_EQ(Engine().pinList.entries.size(), 1U);
-        EXPECT_EQ(Engine().pinList.entries[0].pattern.size(), length < 512 ? length : 512U);
-    }
-}
-
-TEST_F(UnboundEngine, AddsNothingToAFullList) {
-    FillList();
-    const std::string full = Printed(Engine().pinList);
-    AddWindow(L"another");
-    EXPECT_EQ(Printed(Engine().pinList), full);
-    AddWindowWithMinSize(nullptr, 5, 6, L"another");
-    EXPECT_EQ(Printed(Engine().pinList), full);
-
-    Engine().pinList.entries.pop_back();
-    AddWindow(L"another");
-    EXPECT_EQ(Engine().pinList.entries.size(), 100U);
-    EXPECT_EQ(Engine().pinList.entries.back().pattern, L"another");
-}
-
-TEST_F(UnboundEngine, RemovesNothingBeyondTheLastEntry) {
-    FillList();
-    const std::string full = Printed(Engine().pinList);
-    for (const std::size_t index : {std::size_t{100}, std::size_t{101}, ~std::size_t{0}}) {
-        RemoveEntry(index);
-        EXPECT_EQ(Printed(Engine().pinList), full);
-    }
 }
 
 }  // namespace
