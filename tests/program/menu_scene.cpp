@@ -177,6 +177,11 @@ HWND OpenSubmenu(const Program& program, Item submenu, Way way) {
     return opened;
 }
 
+void SelectRow(const Row& row) {
+    // The submenu opens with its first row selected.
+    TapKeys(VK_DOWN, row.place);
+}
+
 bool Choose(const Program& program, Item item, Way way) {
     const std::vector<HWND> menus = MenuWindows(program);
     if (menus.size() != 1) {
@@ -199,8 +204,7 @@ bool Choose(const Program& program, const Row& row, Way way) {
     if (way == Way::Mouse) {
         Click(CentreOf(RowRect(submenu, row)), MouseButton::Left);
     } else {
-        // The submenu opens with its first row selected.
-        TapKeys(VK_DOWN, row.place);
+        SelectRow(row);
         TapKey(VK_RETURN);
     }
     return MenuCloses(program) || FailedBecause("the menu stays open after the choice");

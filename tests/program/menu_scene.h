@@ -60,6 +60,9 @@ struct Row {
 // Opens a submenu of the open menu and returns its window; null if none appears.
 [[nodiscard]] HWND OpenSubmenu(const Program& program, Item submenu, Way way);
 
+// Selects a row by the arrow keys, in its submenu opened by them.
+void SelectRow(const Row& row);
+
 // Choose from an open menu. False if something does not appear or the menu stays open.
 [[nodiscard]] bool Choose(const Program& program, Item item, Way way);
 [[nodiscard]] bool Choose(const Program& program, const Row& row, Way way);
