@@ -8,8 +8,9 @@
 #include "support/user_input.h"
 
 // The tray menu and the About dialog as the user meets them: opened by a click, operated with the
-// pointer or the arrow keys, read from the screen. Another process's menu does not reveal its
-// items, so their places are computed from the menu's height and the order of the rows.
+// pointer or the arrow keys, read from the screen. Where the system does not tell the items of
+// another process's menu, as under Wine 8.0, their places are computed from the menu's height and
+// the order of the rows, with the margin and the separators that Wine draws.
 namespace morvane::test {
 
 inline constexpr WORD AboutCommand = 1009;
