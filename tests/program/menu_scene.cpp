@@ -285,4 +285,8 @@ std::wstring ControlText(HWND dialog, int id) {
     return text;
 }
 
+std::wstring BuiltVersion() {
+    return EnvironmentVariable(L"MORVANE_TEST_VERSION").value();
+}
+
 }  // namespace morvane::test

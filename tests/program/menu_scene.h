@@ -89,6 +89,9 @@ void SelectRow(const Row& row);
 // The text of a control of the dialog, read from the control itself.
 [[nodiscard]] std::wstring ControlText(HWND dialog, int id);
 
+// The version that the program was built as.
+[[nodiscard]] std::wstring BuiltVersion();
+
 inline constexpr int AboutBodyId = 100;
 inline constexpr int AboutCloseId = 101;
 
