@@ -73,7 +73,7 @@ private:
 [[nodiscard]] std::size_t TopmostRequests(Actor& actor, HWND window);
 
 // A pinned window that shows when passes have run, so that a test can check that nothing happens
-// without a delay. Its pattern, SentinelLine, must be in the settings file.
+// without a delay. Its pattern, "Sentinel", must be in the settings file.
 class Sentinel {
 public:
     explicit Sentinel(Actor& actor);
@@ -100,8 +100,6 @@ private:
     Actor* actor_;
     HWND window_;
 };
-
-inline constexpr std::string_view SentinelLine = "Sentinel";
 
 // The titles in the program's window list, in row order.
 [[nodiscard]] std::vector<std::wstring> RowTitles();
