@@ -88,9 +88,8 @@ public:
     // the list's first entry, it is the last window of a pass.
     [[nodiscard]] std::vector<ULONGLONG> PassTicks() const;
 
-    // Waits for this many intervals between passes since its records were cleared. Returns them in
-    // milliseconds, shortest first; fails the test if they do not come.
-    [[nodiscard]] std::vector<ULONGLONG> PassGaps(std::size_t count) const;
+    // Forgets the passes so far, and judges the intervals between those that follow.
+    void ExpectPassesTwiceASecond(const char* when) const;
 
     [[nodiscard]] HWND Window() const { return window_; }
 
