@@ -5,7 +5,7 @@
 #include <iterator>
 #include <stdexcept>
 
-#include "program/notepad.h"
+#include "support/notepad.h"
 
 namespace morvane::test {
 namespace {

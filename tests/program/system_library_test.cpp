@@ -9,8 +9,8 @@
 #include <bit>
 
 #include "program/menu_scene.h"
-#include "program/notepad.h"
 #include "support/child_process.h"
+#include "support/notepad.h"
 
 namespace morvane::test {
 namespace {
