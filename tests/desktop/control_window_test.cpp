@@ -179,7 +179,7 @@ TEST_F(ControlWindowTest, TimerStartsBeforeTheIconIsAddedAndStopsBeforeTheWindow
               Requests({"stop timer 1", "stop timer 2", "place -2", "icon 2", "quit 0"}));
 }
 
-TEST_F(ControlWindowTest, ForegroundWindowIsNotedAtCreationAndOnEachPassTick) {
+TEST_F(ControlWindowTest, ForegroundWindowIsNotedAtCreationAndAtAPassTick) {
     const HWND unusable = Other().Create({.className = ControlWindowClass});
     const auto noted = [&] {
         EXPECT_TRUE(Other().BringToForeground(unusable));

@@ -18,7 +18,12 @@ namespace {
 
 using namespace std::chrono_literals;
 
-TEST(HarnessTest, RequestsAreRecordedWithTheirTimeAndOrderEvenWhileTheActorHangs) {
+class HarnessTest : public testing::Test {
+protected:
+    void SetUp() override { MORVANE_REQUIRE_DISPOSABLE_PROFILE(); }
+};
+
+TEST_F(HarnessTest, RequestsAreRecordedWithTheirTimeAndOrderEvenWhileTheActorHangs) {
     Actor actor;
     const HWND first = actor.Create({.title = L"First"});
     const HWND second = actor.Create({.title = L"Second"});
@@ -36,7 +41,7 @@ TEST(HarnessTest, RequestsAreRecordedWithTheirTimeAndOrderEvenWhileTheActorHangs
     EXPECT_LE(ofFirst[0].tickCount, GetTickCount64());
 }
 
-TEST(HarnessTest, WindowsAreAboveOnlyWhatLiesBelowThem) {
+TEST_F(HarnessTest, WindowsAreAboveOnlyWhatLiesBelowThem) {
     Actor actor;
     const HWND first = actor.Create({.title = L"First"});
     const HWND second = actor.Create({.title = L"Second"});
@@ -49,7 +54,7 @@ TEST(HarnessTest, WindowsAreAboveOnlyWhatLiesBelowThem) {
     EXPECT_FALSE(IsAbove(first, second)) << "dead";
 }
 
-TEST(HarnessTest, ButtonsAndKeysReachAForeignWindow) {
+TEST_F(HarnessTest, ButtonsAndKeysReachAForeignWindow) {
     Actor actor;
     const HWND window = actor.Create({.title = L"Clicked"});
     const auto receives = [&](UINT message) {
@@ -73,7 +78,7 @@ TEST(HarnessTest, ButtonsAndKeysReachAForeignWindow) {
     EXPECT_EQ(actor.Input(window).back().x, VK_F5);
 }
 
-TEST(HarnessTest, WindowsEndWithTheirOwnerEvenIfItHangs) {
+TEST_F(HarnessTest, WindowsEndWithTheirOwnerEvenIfItHangs) {
     HWND window = nullptr;
     {
         Actor actor;
@@ -83,14 +88,13 @@ TEST(HarnessTest, WindowsEndWithTheirOwnerEvenIfItHangs) {
     EXPECT_EQ(IsWindow(window), FALSE);
 }
 
-TEST(HarnessTest, FunctionThatIsNotImportedIsNotReplaced) {
+TEST_F(HarnessTest, FunctionThatIsNotImportedIsNotReplaced) {
     EXPECT_THROW(static_cast<void>(Refuse<decltype(&GetWindow), nullptr>("NoSuchFunction")),
                  std::runtime_error);
 }
 
 // Otherwise a test could look before the program's first pass, and find nothing done.
-TEST(HarnessTest, FirstPassThatHangsDelaysTheControlWindow) {
-    MORVANE_REQUIRE_DISPOSABLE_PROFILE();
+TEST_F(HarnessTest, FirstPassThatHangsDelaysTheControlWindow) {
     ResetProfile();
     Actor actor;
     const HWND window = actor.Create({.title = L"Hangs while pinned"});
@@ -101,8 +105,7 @@ TEST(HarnessTest, FirstPassThatHangsDelaysTheControlWindow) {
     EXPECT_TRUE(IsTopmost(window));
 }
 
-TEST(HarnessTest, KilledProgramLeavesNoIconBehind) {
-    MORVANE_REQUIRE_DISPOSABLE_PROFILE();
+TEST_F(HarnessTest, KilledProgramLeavesNoIconBehind) {
     ResetProfile();
     const Program program;
     const HWND control = program.WaitForControlWindow();

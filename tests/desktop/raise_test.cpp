@@ -11,6 +11,7 @@
 #include "desktop/menu_reader.h"
 #include "pin/enforcement.h"
 #include "support/test_environment.h"
+#include "support/user_input.h"
 #include "support/wait.h"
 #include "support/window_owner.h"
 #include "support/window_state.h"
@@ -62,7 +63,7 @@ TEST_F(RaiseMenuTest, MenuAndSubmenuKeepTheirOrderAboveAPinnedWindow) {
     const HWND plain = Window(L"Plain");
     const HWND higher =
         Other().Create({.title = L"Higher", .exStyle = WS_EX_TOPMOST, .x = 0, .y = 0});
-    SetCursorPos(300, 600);
+    MovePointer({300, 600});
     const auto look = [&] {
         const std::vector<HWND> menus = OpenMenuWindows();
         const RECT before = WindowRect(menus[0]);

@@ -2,17 +2,16 @@
 
 #include "shell/settings_editor.h"
 
-#include <algorithm>
 #include <array>
 #include <gtest/gtest.h>
 #include <string>
 #include <vector>
 
-#include "base/owners.h"
 #include "base/win_shell.h"
 #include "desktop/engine_fixture.h"
 #include "pin/engine.h"
 #include "support/import_patch.h"
+#include "support/notepad.h"
 #include "support/test_environment.h"
 #include "support/test_files.h"
 #include "support/wait.h"
@@ -21,18 +20,36 @@
 namespace morvane::test {
 namespace {
 
-constexpr const wchar_t* NotepadClass = L"Notepad";
-
-// The content of the window's only text field.
-std::wstring TextInside(HWND window) {
-    const HWND edit = FindWindowExW(window, nullptr, L"Edit", nullptr);
+std::wstring TextOf(HWND window) {
     std::wstring text(5000, L'\0');
-    const LRESULT length = edit == nullptr ? 0
-                                           : SendMessageW(edit, WM_GETTEXT, text.size(),
-                                                          reinterpret_cast<LPARAM>(text.data()));
+    const LRESULT length =
+        SendMessageW(window, WM_GETTEXT, text.size(), reinterpret_cast<LPARAM>(text.data()));
     text.resize(static_cast<std::size_t>(length));
-    text.erase(std::remove(text.begin(), text.end(), L'\r'), text.end());
     return text;
+}
+
+// Editors differ in how they end lines.
+std::wstring WithoutLineEnds(std::wstring text) {
+    std::erase_if(text, [](wchar_t unit) { return unit == L'\r' || unit == L'\n'; });
+    return text;
+}
+
+// Whether any control inside the window has the text.
+bool Shows(HWND window, const std::wstring& text) {
+    struct Search {
+        std::wstring text;
+        bool found = false;
+    };
+    Search search{WithoutLineEnds(text)};
+    EnumChildWindows(
+        window,
+        [](HWND child, LPARAM parameter) -> BOOL {
+            auto* const wanted = reinterpret_cast<Search*>(parameter);
+            wanted->found = WithoutLineEnds(TextOf(child)) == wanted->text;
+            return wanted->found ? FALSE : TRUE;
+        },
+        reinterpret_cast<LPARAM>(&search));
+    return search.found;
 }
 
 std::wstring Widened(const std::string& ascii) {
@@ -66,31 +83,17 @@ protected:
         ASSERT_TRUE(NotepadWindows().empty());
     }
     void TearDown() override {
-        EndEditors();
+        EndNotepads();
         Engine() = PinEngine{};
-    }
-
-    [[nodiscard]] static std::vector<HWND> NotepadWindows() {
-        return VisibleWindowsOfClass(NotepadClass);
     }
 
     // The only running Notepad, once it shows this text; null if it does not.
     [[nodiscard]] static HWND EditorShowing(const std::string& text) {
         const auto shows = [&text] {
             const std::vector<HWND> editors = NotepadWindows();
-            return editors.size() == 1 && TextInside(editors[0]) == Widened(text);
+            return editors.size() == 1 && Shows(editors[0], Widened(text));
         };
         return WaitUntil(shows) ? NotepadWindows().front() : nullptr;
-    }
-
-    static void EndEditors() {
-        for (const HWND window : NotepadWindows()) {
-            const KernelHandle process(
-                OpenProcess(PROCESS_TERMINATE | SYNCHRONIZE, FALSE, ProcessOf(window)));
-            TerminateProcess(process.get(), 0);
-            EXPECT_TRUE(WaitForObject(process.get()));
-        }
-        EXPECT_TRUE(WaitUntil([] { return NotepadWindows().empty(); }));
     }
 
 private:
@@ -124,7 +127,7 @@ TEST_F(SettingsEditorTest, NotepadShowsTheFileAndItIsReadAgain) {
     OpenSettings();
     const HWND editor = EditorShowing(text);
     ASSERT_NE(editor, nullptr);
-    EXPECT_TRUE(WindowTitle(editor).starts_with(L"config.txt"));
+    EXPECT_NE(WindowTitle(editor).find(L"config.txt"), std::wstring::npos);
     EXPECT_EQ(ReadSettings(), text);
     ASSERT_EQ(Engine().pinList.entries.size(), 1U);
     EXPECT_EQ(Engine().pinList.entries[0].pattern, L"alpha");
@@ -141,7 +144,7 @@ TEST_F(SettingsEditorTest, DeletedFileIsRewrittenBeforeNotepadOpensItAtAPathWith
         EXPECT_EQ(ReadSettings(), WrittenSettings("alpha\n"));
         EXPECT_NE(EditorShowing(WrittenSettings("alpha\n")), nullptr);
         EXPECT_EQ(Engine().pinList.entries.size(), 1U);
-        EndEditors();
+        EndNotepads();
         RemoveDataFolder();
     }
     EXPECT_NE(RemoveDirectoryW(profile.c_str()), FALSE);

@@ -2,15 +2,21 @@
 
 #include "ui/theme.h"
 
+#include <bit>
 #include <gtest/gtest.h>
 #include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
 
 #include "base/gui_owners.h"
+#include "desktop/about_fixture.h"
 #include "desktop/app_theme_setting.h"
 #include "desktop/canvas.h"
+#include "support/import_patch.h"
 #include "support/test_environment.h"
 #include "support/window_owner.h"
-#include "support/window_state.h"
 
 namespace morvane::test {
 namespace {
@@ -101,20 +107,78 @@ TEST_F(ThemeTest, ColoursFollowTheThemeAndReplaceTheFormerBrush) {
     }
 }
 
+// A window and what is asked for it, in words.
+using ThemeRequest = std::pair<HWND, std::wstring>;
+std::vector<ThemeRequest> themeRequests;
+
+HRESULT WINAPI RecordAttribute(HWND window, DWORD attribute, LPCVOID value, DWORD size) {
+    const BOOL isOn = size == sizeof(BOOL) ? *static_cast<const BOOL*>(value) : -1;
+    themeRequests.emplace_back(window, std::to_wstring(attribute) + L": " + std::to_wstring(isOn));
+    return S_OK;
+}
+
+bool WINAPI AllowDarkMode(HWND window, bool allow) {
+    themeRequests.emplace_back(window, allow ? L"dark" : L"not dark");
+    return true;
+}
+
+HRESULT WINAPI RecordThemeName(HWND window, LPCWSTR name, LPCWSTR list) {
+    themeRequests.emplace_back(window, std::wstring(name) + (list == nullptr ? L"" : L" listed"));
+    return S_OK;
+}
+
+bool Is(HMODULE library, const wchar_t* libraryName, std::string_view name,
+        std::string_view wanted) {
+    return library == GetModuleHandleW(libraryName) && name == wanted;
+}
+
+FARPROC WINAPI FindThemeFunction(HMODULE library, LPCSTR name) {
+    if (Is(library, L"dwmapi.dll", name, "DwmSetWindowAttribute")) {
+        return std::bit_cast<FARPROC>(&RecordAttribute);
+    }
+    if (Is(library, L"uxtheme.dll", name, "AllowDarkModeForWindow")) {
+        return std::bit_cast<FARPROC>(&AllowDarkMode);
+    }
+    return Is(library, L"uxtheme.dll", name, "SetWindowTheme")
+               ? std::bit_cast<FARPROC>(&RecordThemeName)
+               : nullptr;
+}
+
 TEST_F(ThemeTest, WindowAndItsDescendantsGetTheExplorerLook) {
     const HWND child = Child(Dialog());
     const HWND grandchild = Child(child);
     const HWND second = Child(Dialog());
-    const WindowOwner stranger = MessageOnlyWindow();
-    for (const HWND window : {Dialog(), child, grandchild, second}) {
-        ASSERT_FALSE(HasThemeName(window, L"Explorer"));
-    }
+    const ImportPatch<decltype(&GetProcAddress)> patch("GetProcAddress", FindThemeFunction);
+    themeRequests.clear();
     DialogTheme theme;
     ApplyTheme(Dialog(), theme);
-    for (const HWND window : {Dialog(), child, grandchild, second}) {
-        EXPECT_TRUE(HasThemeName(window, L"Explorer"));
+    const std::vector<ThemeRequest> expected = {{Dialog(), L"20: 0"},
+                                                {Dialog(), L"Explorer"},
+                                                {child, L"Explorer"},
+                                                {grandchild, L"Explorer"},
+                                                {second, L"Explorer"}};
+    EXPECT_EQ(themeRequests, expected);
+}
+
+using AboutThemeTest = AboutDialogTest;
+
+TEST_F(AboutThemeTest, EveryThemeGetsTheExplorerLookAndATitleBarAndOnlyTheDarkOneDarkMode) {
+    const ImportPatch<decltype(&GetProcAddress)> patch("GetProcAddress", FindThemeFunction);
+    for (const std::optional<DWORD> light : {std::optional<DWORD>(), {1}, {0}}) {
+        AppThemeSetting::Set(light);
+        themeRequests.clear();
+        std::vector<ThemeRequest> expected;
+        OpenAndLook([&expected, dark = light == DWORD{0}](HWND dialog) {
+            expected = {{dialog, dark ? L"20: 1" : L"20: 0"}};
+            if (dark) {
+                expected.emplace_back(dialog, L"dark");
+            }
+            for (const HWND window : {dialog, BodyOf(dialog), ButtonOf(dialog)}) {
+                expected.emplace_back(window, L"Explorer");
+            }
+        });
+        EXPECT_EQ(themeRequests, expected) << testing::PrintToString(light);
     }
-    EXPECT_FALSE(HasThemeName(stranger.get(), L"Explorer"));
 }
 
 TEST_F(ThemeTest, InterfaceFontIsSegoeScaledToTheScreen) {

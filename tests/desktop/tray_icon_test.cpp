@@ -11,6 +11,7 @@
 #include "desktop/engine_fixture.h"
 #include "support/import_patch.h"
 #include "support/import_watch.h"
+#include "support/test_environment.h"
 #include "support/tray.h"
 #include "support/tray_recorder.h"
 #include "support/window_owner.h"
@@ -183,6 +184,7 @@ BOOL WINAPI NoteAnswer(DWORD message, PNOTIFYICONDATAW data) {
 }
 
 TEST(TrayIconTest, ShellAcceptsTheIconAndABalloon) {
+    MORVANE_REQUIRE_DISPOSABLE_PROFILE();
     ASSERT_TRUE(WaitForTaskbar());
     const ImportPatch<decltype(&Shell_NotifyIconW)> patch("Shell_NotifyIconW", NoteAnswer);
     shell = patch.Original();

@@ -2,13 +2,8 @@
 
 #include <array>
 #include <bit>
-#include <cstddef>
 #include <gtest/gtest.h>
-#include <optional>
-#include <string>
 #include <string_view>
-#include <utility>
-#include <vector>
 
 #include "desktop/about_fixture.h"
 #include "desktop/canvas.h"
@@ -22,7 +17,6 @@
 #include "ui/dialog_frame.h"
 #include "ui/menu_build.h"
 #include "ui/product_version.h"
-#include "ui/theme.h"
 
 namespace morvane::test {
 namespace {
@@ -89,56 +83,6 @@ TEST_F(AboutFaultsTest, DialogOpensWithoutTheOptionalLibraryFunctions) {
     for (const DWORD light : {0U, 1U}) {
         AppThemeSetting::Set(light);
         OpenAndLook([](HWND dialog) { EXPECT_NE(ButtonOf(dialog), nullptr); });
-    }
-}
-
-// A window and what is asked for it, in words.
-using ThemeRequest = std::pair<HWND, std::wstring>;
-std::vector<ThemeRequest> themeRequests;
-
-HRESULT WINAPI RecordAttribute(HWND window, DWORD attribute, LPCVOID value, DWORD size) {
-    const BOOL isOn = size == sizeof(BOOL) ? *static_cast<const BOOL*>(value) : -1;
-    themeRequests.emplace_back(window, std::to_wstring(attribute) + L": " + std::to_wstring(isOn));
-    return S_OK;
-}
-
-bool WINAPI AllowDarkMode(HWND window, bool allow) {
-    themeRequests.emplace_back(window, allow ? L"dark" : L"not dark");
-    return true;
-}
-
-HRESULT WINAPI RecordThemeName(HWND window, LPCWSTR name, LPCWSTR list) {
-    themeRequests.emplace_back(window, std::wstring(name) + (list == nullptr ? L"" : L" listed"));
-    return S_OK;
-}
-
-FARPROC WINAPI FindThemeFunction(HMODULE /*library*/, LPCSTR name) {
-    if (std::string_view(name) == "DwmSetWindowAttribute") {
-        return std::bit_cast<FARPROC>(&RecordAttribute);
-    }
-    if (std::string_view(name) == "AllowDarkModeForWindow") {
-        return std::bit_cast<FARPROC>(&AllowDarkMode);
-    }
-    return std::string_view(name) == "SetWindowTheme" ? std::bit_cast<FARPROC>(&RecordThemeName)
-                                                      : nullptr;
-}
-
-TEST_F(AboutFaultsTest, EveryThemeGetsTheExplorerLookAndATitleBarAndOnlyTheDarkOneDarkMode) {
-    const ImportPatch<decltype(&GetProcAddress)> patch("GetProcAddress", FindThemeFunction);
-    for (const std::optional<DWORD> light : {std::optional<DWORD>(), {1}, {0}}) {
-        AppThemeSetting::Set(light);
-        themeRequests.clear();
-        std::vector<ThemeRequest> expected;
-        OpenAndLook([&expected, dark = light == DWORD{0}](HWND dialog) {
-            expected = {{dialog, dark ? L"20: 1" : L"20: 0"}};
-            if (dark) {
-                expected.emplace_back(dialog, L"dark");
-            }
-            for (const HWND window : {dialog, BodyOf(dialog), ButtonOf(dialog)}) {
-                expected.emplace_back(window, L"Explorer");
-            }
-        });
-        EXPECT_EQ(themeRequests, expected) << testing::PrintToString(light);
     }
 }
 

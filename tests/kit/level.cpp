@@ -12,6 +12,7 @@ namespace {
 constexpr std::chrono::seconds LimitOfAList{60};
 constexpr const wchar_t* Faulty = L"morvane_faulty.exe";
 constexpr const wchar_t* Actor = L"window_actor.exe";
+constexpr const wchar_t* PlantedLibrary = L"planted_library.dll";
 
 }  // namespace
 
@@ -21,6 +22,8 @@ test::Environment Kit::TestEnvironment(std::string_view filter) const {
         {L"MORVANE_TEST_PROGRAM", Program()},
         {L"MORVANE_TEST_FAULTY_PROGRAM", Part(Faulty)},
         {L"MORVANE_TEST_ACTOR", Part(Actor)},
+        {L"MORVANE_TEST_PLANTED_LIBRARY", Part(PlantedLibrary)},
+        {L"MORVANE_TEST_VERSION", MORVANE_VERSION},
         {L"MORVANE_TEST_KNOWN_SKIPS", std::nullopt},
         {L"MORVANE_LANG", std::nullopt},
         {L"GTEST_FILTER", Utf8ToWide(filter)},
@@ -44,7 +47,8 @@ const std::vector<Level>& Levels() {
 }
 
 std::wstring MissingFile(const Kit& kit) {
-    std::vector<std::wstring> files = {kit.Program(), kit.Part(Faulty), kit.Part(Actor)};
+    std::vector<std::wstring> files = {kit.Program(), kit.Part(Faulty), kit.Part(Actor),
+                                       kit.Part(PlantedLibrary)};
     for (const Level& level : Levels()) {
         files.push_back(kit.Part(level.file));
     }

@@ -18,8 +18,9 @@ import templates
 
 MAX_BYTES = 15_000_000
 GOOGLETEST_LICENCE = pathlib.Path("/usr/share/doc/googletest/copyright")
-PARTS = ("morvane_verify", "morvane_unit_tests", "morvane_cost_tests", "morvane_desktop_tests",
-         "morvane_program_tests", "morvane_fuzz", "morvane_faulty", "window_actor")
+PARTS = ("morvane_verify.exe", "morvane_unit_tests.exe", "morvane_cost_tests.exe",
+         "morvane_desktop_tests.exe", "morvane_program_tests.exe", "morvane_fuzz.exe",
+         "morvane_faulty.exe", "planted_library.dll", "window_actor.exe")
 
 
 def windows_text(path, version):
@@ -34,7 +35,7 @@ def content(build, version):
     files["tests/GoogleTest-LICENSE.txt"] = windows_text(GOOGLETEST_LICENCE, version)
     files["Morvane.exe"] = (build / "Morvane.exe").read_bytes()
     for part in PARTS:
-        files[f"tests/{part}.exe"] = (build / f"{part}.exe").read_bytes()
+        files[f"tests/{part}"] = (build / part).read_bytes()
     for document in (ROOT / "tests" / "fuzz" / "kept").glob("*.txt"):
         files[f"tests/kept/{document.name}"] = document.read_bytes()
     return files

@@ -16,7 +16,7 @@ TEST_F(AboutTest, ShowsNameAndVersionInTheCornerOfTheScreen) {
     const HWND dialog = OpenedAbout(program);
     ASSERT_NE(dialog, nullptr);
     EXPECT_EQ(WindowTitle(dialog), L"About Morvane");
-    EXPECT_EQ(ControlText(dialog, AboutBodyId), L"Morvane\n\nVersion: 26.9.12.2157");
+    EXPECT_EQ(ControlText(dialog, AboutBodyId), L"Morvane\n\nVersion: " + BuiltVersion());
     EXPECT_EQ(ControlText(dialog, AboutCloseId), L"Close");
     EXPECT_TRUE(IsTopmost(dialog));
     EXPECT_EQ(GetWindow(dialog, GW_OWNER), program.ControlWindow());

@@ -1,7 +1,7 @@
 // The program's data folder: missing, elsewhere, a link, removed.
 
-#include "program/notepad.h"
 #include "program/scene.h"
+#include "support/notepad.h"
 
 namespace morvane::test {
 namespace {

@@ -26,7 +26,7 @@ void ExpectEverythingIn(Language language, const std::optional<std::wstring>& va
     ASSERT_NE(dialog, nullptr);
     EXPECT_EQ(WindowTitle(dialog), ExpectedText(StrAboutTitle, language));
     EXPECT_EQ(ControlText(dialog, AboutBodyId),
-              L"Morvane\n\n" + ExpectedFormat(StrAboutVersion, L"26.9.12.2157", language));
+              L"Morvane\n\n" + ExpectedFormat(StrAboutVersion, BuiltVersion(), language));
     EXPECT_EQ(ControlText(dialog, AboutCloseId), ExpectedText(StrClose, language));
     EXPECT_EQ(program.ExitByCommand(), 0U);
 }

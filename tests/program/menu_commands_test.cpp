@@ -1,7 +1,7 @@
 // Every command of the tray menu, chosen by mouse and by keyboard.
 
 #include "program/menu_scene.h"
-#include "program/notepad.h"
+#include "support/notepad.h"
 
 namespace morvane::test {
 namespace {
@@ -95,7 +95,7 @@ TEST_P(MenuCommandsTest, OpenSettingsShowsTheFileInNotepadWhichOutlivesTheProgra
     const Program program = StartedProgram("Target\n");
     ASSERT_TRUE(Choose(program, Item::OpenSettings));
     EXPECT_TRUE(WaitUntil([] {
-        const std::vector<HWND> editors = VisibleWindowsOfClass(L"Notepad");
+        const std::vector<HWND> editors = NotepadWindows();
         return editors.size() == 1 &&
                WindowTitle(editors.front()).find(L"config.txt") != std::wstring::npos;
     }));
@@ -104,7 +104,6 @@ TEST_P(MenuCommandsTest, OpenSettingsShowsTheFileInNotepadWhichOutlivesTheProgra
     EXPECT_EQ(program.ExitByCommand(), 0U);
     EXPECT_EQ(NotepadProcesses().size(), 1U);
     EndNotepads();
-    EXPECT_TRUE(WaitUntil([] { return VisibleWindowsOfClass(L"Notepad").empty(); }));
     EXPECT_EQ(ReadSettings(), "Target\n");
 }
 

@@ -50,8 +50,13 @@ TEST_F(MenuListsTest, PlaceholdersChooseNothing) {
         Click(CentreOf(RowRect(submenu, row)), MouseButton::Left);
         EXPECT_TRUE(AnswerTheKeys(program, menu)) << "after the click";
         EXPECT_TRUE(DismissMenu(program));
-        // Wine closes a menu on Return over any item, so only a click tells grayed ones apart.
-        EXPECT_TRUE(OpenAndChoose(program, row, Way::Keyboard));
+        ASSERT_NE(OpenMenu(program), nullptr);
+        ASSERT_NE(OpenSubmenu(program, row.submenu, Way::Keyboard), nullptr);
+        SelectRow(row);
+        TapKey(VK_RETURN);
+        // Return may close the menu over a grayed item or not, but must choose nothing. An Escape
+        // for a menu that is about to close would reach the next one.
+        EXPECT_TRUE(MenuCloses(program) || DismissMenu(program));
     }
     ASSERT_TRUE(program.SendCommand(ApplyNowCommand));
     EXPECT_EQ(ReadSettings(), "Nowhere\n");

@@ -1,6 +1,7 @@
 #include "program/menu_scene.h"
 
 #include <array>
+#include <optional>
 
 #include "support/tray.h"
 
@@ -9,7 +10,7 @@ namespace {
 
 constexpr POINT MenuSpot{500, 450};
 
-// The margin around the items and the height of a separator, as this session draws menus.
+// The margin around the items and the height of a separator, where the items are not told.
 constexpr LONG MenuMargin = 3;
 
 LONG SeparatorHeight() {
@@ -39,8 +40,21 @@ struct Shape {
     int separators;
 };
 
-// Every item of a menu has the same height.
+// Nothing where the menu of another process is not told, as under Wine 8.0.
+std::optional<RECT> ToldRect(HWND menu, const PlaceInMenu& place) {
+    const auto position = static_cast<UINT>(place.itemsAbove + place.separatorsAbove);
+    const LRESULT handle = Answer(menu, MN_GETHMENU, 0, 0).value_or(0);
+    RECT rect{};
+    return GetMenuItemRect(nullptr, reinterpret_cast<HMENU>(handle), position, &rect) != FALSE
+               ? std::optional(rect)
+               : std::nullopt;
+}
+
+// Otherwise every item of a menu has the same height.
 RECT RectAt(HWND menu, const PlaceInMenu& place, const Shape& shape) {
+    if (const std::optional<RECT> told = ToldRect(menu, place)) {
+        return *told;
+    }
     const RECT frame = WindowRect(menu);
     const LONG height =
         (frame.bottom - frame.top - 2 * MenuMargin - shape.separators * SeparatorHeight()) /
@@ -171,6 +185,11 @@ HWND OpenSubmenu(const Program& program, Item submenu, Way way) {
     return opened;
 }
 
+void SelectRow(const Row& row) {
+    // The submenu opens with its first row selected.
+    TapKeys(VK_DOWN, row.place);
+}
+
 bool Choose(const Program& program, Item item, Way way) {
     const std::vector<HWND> menus = MenuWindows(program);
     if (menus.size() != 1) {
@@ -193,8 +212,7 @@ bool Choose(const Program& program, const Row& row, Way way) {
     if (way == Way::Mouse) {
         Click(CentreOf(RowRect(submenu, row)), MouseButton::Left);
     } else {
-        // The submenu opens with its first row selected.
-        TapKeys(VK_DOWN, row.place);
+        SelectRow(row);
         TapKey(VK_RETURN);
     }
     return MenuCloses(program) || FailedBecause("the menu stays open after the choice");
@@ -254,6 +272,10 @@ std::wstring ControlText(HWND dialog, int id) {
     }
     text.resize(length);
     return text;
+}
+
+std::wstring BuiltVersion() {
+    return EnvironmentVariable(L"MORVANE_TEST_VERSION").value();
 }
 
 }  // namespace morvane::test

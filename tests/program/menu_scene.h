@@ -8,8 +8,9 @@
 #include "support/user_input.h"
 
 // The tray menu and the About dialog as the user meets them: opened by a click, operated with the
-// pointer or the arrow keys, read from the screen. Another process's menu does not reveal its
-// items, so their places are computed from the menu's height and the order of the rows.
+// pointer or the arrow keys, read from the screen. Where the system does not tell the items of
+// another process's menu, as under Wine 8.0, their places are computed from the menu's height and
+// the order of the rows, with the margin and the separators that Wine draws.
 namespace morvane::test {
 
 inline constexpr WORD AboutCommand = 1009;
@@ -60,6 +61,9 @@ struct Row {
 // Opens a submenu of the open menu and returns its window; null if none appears.
 [[nodiscard]] HWND OpenSubmenu(const Program& program, Item submenu, Way way);
 
+// Selects a row by the arrow keys, in its submenu opened by them.
+void SelectRow(const Row& row);
+
 // Choose from an open menu. False if something does not appear or the menu stays open.
 [[nodiscard]] bool Choose(const Program& program, Item item, Way way);
 [[nodiscard]] bool Choose(const Program& program, const Row& row, Way way);
@@ -84,6 +88,9 @@ struct Row {
 
 // The text of a control of the dialog, read from the control itself.
 [[nodiscard]] std::wstring ControlText(HWND dialog, int id);
+
+// The version that the program was built as.
+[[nodiscard]] std::wstring BuiltVersion();
 
 inline constexpr int AboutBodyId = 100;
 inline constexpr int AboutCloseId = 101;

@@ -2,7 +2,7 @@
 
 #include "program/faulty_scene.h"
 #include "program/menu_scene.h"
-#include "program/notepad.h"
+#include "support/notepad.h"
 
 namespace morvane::test {
 namespace {

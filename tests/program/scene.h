@@ -71,7 +71,7 @@ private:
 [[nodiscard]] std::size_t TopmostRequests(Actor& actor, HWND window);
 
 // A pinned window that shows when passes have run, so that a test can check that nothing happens
-// without a delay. Its pattern, SentinelLine, must be in the settings file.
+// without a delay. Its pattern, "Sentinel", must be in the settings file.
 class Sentinel {
 public:
     explicit Sentinel(Actor& actor);
@@ -96,9 +96,8 @@ public:
     // After a pass, which may be repeated by the program's own timer.
     [[nodiscard]] bool DesktopShows(const std::vector<HWND>& windows) const;
 
-    // Waits for this many intervals between passes since its records were cleared. Returns them in
-    // milliseconds, shortest first; fails the test if they do not come.
-    [[nodiscard]] std::vector<ULONGLONG> PassGaps(std::size_t count) const;
+    // Forgets the passes so far, and judges the intervals between those that follow.
+    void ExpectPassesTwiceASecond(const char* when) const;
 
     [[nodiscard]] HWND Window() const { return window_; }
 
@@ -109,8 +108,6 @@ private:
     Actor* actor_;
     HWND window_;
 };
-
-inline constexpr std::string_view SentinelLine = "Sentinel";
 
 // The title's row; -1 if it has none.
 [[nodiscard]] int RowOfTitle(std::wstring_view title);

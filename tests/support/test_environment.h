@@ -6,17 +6,17 @@
 
 #include "base/win.h"
 
-// Tests that start the program change the current user's profile. They run only if the harness
-// promises that the profile is thrown away afterwards (MORVANE_TEST_DISPOSABLE=1).
+// Tests that start the program change the current user's profile, and others the screen. They run
+// only if the harness promises that both are thrown away afterwards (MORVANE_TEST_DISPOSABLE=1).
 namespace morvane::test {
 
 [[nodiscard]] bool DisposableProfile();
 
 // Skips the test outside a disposable profile.
-#define MORVANE_REQUIRE_DISPOSABLE_PROFILE()                                               \
-    if (!::morvane::test::DisposableProfile())                                             \
-    GTEST_SKIP() << "changes the user's profile; set MORVANE_TEST_DISPOSABLE=1 where the " \
-                    "profile is thrown away"
+#define MORVANE_REQUIRE_DISPOSABLE_PROFILE()                                                     \
+    if (!::morvane::test::DisposableProfile())                                                   \
+    GTEST_SKIP() << "changes the user's profile or screen; set MORVANE_TEST_DISPOSABLE=1 where " \
+                    "both are thrown away"
 
 // Empty if the system reports no such folder. None of these creates a folder.
 [[nodiscard]] std::wstring LocalFolder();

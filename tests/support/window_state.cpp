@@ -116,25 +116,4 @@ DWORD ProcessOf(HWND window) {
     return process;
 }
 
-bool HasThemeName(HWND window, const wchar_t* name) {
-    struct Search {
-        const wchar_t* name;
-        bool found;
-    };
-    Search search{name, false};
-    EnumPropsExW(
-        window,
-        [](HWND, LPWSTR, HANDLE data, ULONG_PTR parameter) -> BOOL {
-            auto* const wanted = reinterpret_cast<Search*>(parameter);
-            wchar_t text[256] = L"";
-            const auto atom = static_cast<ATOM>(reinterpret_cast<ULONG_PTR>(data));
-            if (GetAtomNameW(atom, text, 256) != 0 && lstrcmpW(text, wanted->name) == 0) {
-                wanted->found = true;
-            }
-            return TRUE;
-        },
-        reinterpret_cast<LPARAM>(&search));
-    return search.found;
-}
-
 }  // namespace morvane::test

@@ -50,8 +50,4 @@ namespace morvane::test {
 
 [[nodiscard]] DWORD ProcessOf(HWND window);
 
-// True if one of the window's properties is the atom of that theme name; this is how the theme
-// library stores it.
-[[nodiscard]] bool HasThemeName(HWND window, const wchar_t* name);
-
 }  // namespace morvane::test

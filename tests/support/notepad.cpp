@@ -1,6 +1,9 @@
-#include "program/notepad.h"
+#include "support/notepad.h"
+
+#include <algorithm>
 
 #include "base/owners.h"
+#include "support/window_state.h"
 
 // Needs the declarations above.
 #include <tlhelp32.h>
@@ -20,6 +23,16 @@ std::vector<DWORD> NotepadProcesses() {
         }
     }
     return processes;
+}
+
+std::vector<HWND> NotepadWindows() {
+    const std::vector<DWORD> processes = NotepadProcesses();
+    std::vector<HWND> windows = TopLevelWindows();
+    std::erase_if(windows, [&processes](HWND window) {
+        return IsWindowVisible(window) == FALSE ||
+               std::ranges::find(processes, ProcessOf(window)) == processes.end();
+    });
+    return windows;
 }
 
 void EndNotepads() {

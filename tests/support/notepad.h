@@ -9,6 +9,7 @@
 namespace morvane::test {
 
 [[nodiscard]] std::vector<DWORD> NotepadProcesses();
+[[nodiscard]] std::vector<HWND> NotepadWindows();  // visible ones
 void EndNotepads();
 
 }  // namespace morvane::test
