@@ -53,32 +53,18 @@ void LoadInside(const Program& program, const std::wstring& name) {
 
 class SystemLibraryTest : public ProgramTest {
 protected:
-    void TearDown() override {
-        if (IsSkipped()) {
-            return;
-        }
-        ProgramTest::TearDown();
-        for (const wchar_t* const library : PlantedLibraries) {
-            DeleteFileW(PortableFile(library).c_str());
-            DeleteFileW(MarkOf(library).c_str());
-        }
-        DeleteFileW(PortableFile(ProgramName).c_str());
-        EXPECT_NE(RemoveDirectoryW(PortableFolder().c_str()), FALSE);
-    }
-
     // Runs the program among planted libraries, opens everything it can show and makes it write
     // everything it can write. Returns the planted libraries that were loaded at any time.
     static std::vector<std::wstring> LoadedLibraries(const wchar_t* executable,
                                                      const Environment& changes) {
+        ResetProfile();  // with what an earlier run has planted and left
         CreateDirectoryW(PortableFolder().c_str(), nullptr);
         CopyFileW(RequiredPath(executable).c_str(), PortableFile(ProgramName).c_str(), FALSE);
         for (const wchar_t* const library : PlantedLibraries) {
-            DeleteFileW(MarkOf(library).c_str());
             EXPECT_NE(CopyFileW(RequiredPath(L"MORVANE_TEST_PLANTED_LIBRARY").c_str(),
                                 PortableFile(library).c_str(), FALSE),
                       FALSE);
         }
-        ResetProfile();
         const Program program = Program::FromFile(PortableFile(ProgramName), L"", changes);
         EXPECT_NE(program.WaitForControlWindow(), nullptr);
         EXPECT_NE(OpenMenu(program), nullptr);
