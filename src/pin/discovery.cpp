@@ -1,7 +1,6 @@
 #include "pin/discovery.h"
 
 #include <algorithm>
-#include <array>
 #include <cstdint>
 
 #include "pin/engine.h"
@@ -15,7 +14,7 @@ namespace {
 constexpr std::wstring_view StandardDialogClass = L"#32770";
 
 // English and Japanese forms.
-constexpr std::array<std::wstring_view, 6> ProtectedTitleList = {
+constexpr std::wstring_view ProtectedTitleList[] = {
     L"User Account Control", L"Windows Security", L"Windows セキュリティ",
     L"Credential",           L"資格情報",         L"Consent UI",
 };

@@ -1,7 +1,7 @@
 #include "ui/active_window.h"
 
 #include <algorithm>
-#include <array>
+#include <iterator>
 #include <optional>
 #include <string_view>
 
@@ -17,7 +17,7 @@ namespace {
 
 // On Windows a click on the icon gives the foreground to the task bar, or to the flyout that holds
 // the hidden icons, before the icon's message arrives. Nobody means these by "the active window".
-constexpr std::array<std::wstring_view, 4> TrayClasses = {
+constexpr std::wstring_view TrayClasses[] = {
     L"Shell_TrayWnd",
     L"Shell_SecondaryTrayWnd",
     L"NotifyIconOverflowWindow",
@@ -29,7 +29,7 @@ HWND activeWindow = nullptr;
 
 bool IsUsableClass(std::wstring_view className) {
     return className != ControlWindowClass &&
-           std::ranges::find(TrayClasses, className) == TrayClasses.end();
+           std::ranges::find(TrayClasses, className) == std::end(TrayClasses);
 }
 
 }  // namespace

@@ -22,6 +22,7 @@
 #include "desktop/engine_fixture.h"
 #include "desktop/menu_fixture.h"
 #include "desktop/menu_reader.h"
+#include "pin/engine.h"
 #include "support/import_watch.h"
 #include "support/languages.h"
 #include "support/test_environment.h"
@@ -177,6 +178,17 @@ TEST_F(ControlWindowTest, TimerStartsBeforeTheIconIsAddedAndStopsBeforeTheWindow
     DestroyControl();
     EXPECT_EQ(std::exchange(requests, {}),
               Requests({"stop timer 1", "stop timer 2", "place -2", "icon 2", "quit 0"}));
+}
+
+TEST_F(ControlWindowTest, WindowsOfItsClassAreNotPinnedFromItsCreationOn) {
+    DestroyControl();
+    Engine().ownClassName.clear();
+    const HWND other = Other().Create({.className = ControlWindowClass, .title = L"Target"});
+    const HWND target = Window(L"Target");
+    ASSERT_TRUE(WriteSettings("target\n"));
+    CreateControl();
+    EXPECT_TRUE(IsTopmost(target));
+    EXPECT_FALSE(IsTopmost(other));
 }
 
 TEST_F(ControlWindowTest, ForegroundWindowIsNotedAtCreationAndAtAPassTick) {

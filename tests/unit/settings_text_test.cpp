@@ -195,6 +195,8 @@ TEST(FormatSettingsText, WritesOneLinePerEntry) {
         {{L"Notes", 0, 600}, "Notes\t0\t600\n"},
         {{L"Notes", 600, 0}, "Notes\t600\t0\n"},
         {{L"Notes", 1, 1}, "Notes\t1\t1\n"},
+        {{L"Notes", 1, 0}, "Notes\t1\t0\n"},
+        {{L"Notes", 0, 1}, "Notes\t0\t1\n"},
         {{L"Notes", 8192, 8192}, "Notes\t8192\t8192\n"},
         // Sizes that never come from a file.
         {{L"Notes", -5, -6}, "Notes\n"},
