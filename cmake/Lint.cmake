@@ -13,3 +13,4 @@ add_compile_definitions(MORVANE_LINT=${digests})
 
 # Nothing is linked.
 set(CMAKE_CXX_LINK_EXECUTABLE "\"${CMAKE_COMMAND}\" -E touch <TARGET>")
+set(CMAKE_CXX_CREATE_SHARED_MODULE "${CMAKE_CXX_LINK_EXECUTABLE}")

@@ -23,7 +23,7 @@ test::Environment Kit::TestEnvironment(std::string_view filter) const {
         {L"MORVANE_TEST_FAULTY_PROGRAM", Part(Faulty)},
         {L"MORVANE_TEST_ACTOR", Part(Actor)},
         {L"MORVANE_TEST_PLANTED_LIBRARY", Part(PlantedLibrary)},
-        {L"MORVANE_TEST_VERSION", MORVANE_VERSION},
+        {L"MORVANE_TEST_VERSION", Utf8ToWide(MORVANE_VERSION)},
         {L"MORVANE_TEST_KNOWN_SKIPS", std::nullopt},
         {L"MORVANE_LANG", std::nullopt},
         {L"GTEST_FILTER", Utf8ToWide(filter)},

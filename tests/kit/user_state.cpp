@@ -4,6 +4,8 @@
 #include <exception>
 #include <iterator>
 #include <optional>
+#include <string>
+#include <string_view>
 #include <vector>
 
 #include "base/owners.h"
@@ -129,8 +131,9 @@ bool CopyTree(const std::wstring& from, const std::wstring& to) {
     const FindHandle search(FindFirstFileW((from + L"\\*").c_str(), &found));
     bool copied = static_cast<bool>(search);
     while (copied) {
-        const std::wstring name = found.cFileName;
-        copied = name == L"." || name == L".." || CopyTree(from + L"\\" + name, to + L"\\" + name);
+        const std::wstring_view name = found.cFileName;
+        const std::wstring place = std::wstring(L"\\").append(name);
+        copied = name == L"." || name == L".." || CopyTree(from + place, to + place);
         if (copied && FindNextFileW(search.get(), &found) == FALSE) {
             copied = GetLastError() == ERROR_NO_MORE_FILES;
             break;
