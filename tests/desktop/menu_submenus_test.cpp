@@ -223,6 +223,7 @@ TEST_F(SubmenusTest, ListsEndAtTheFiveHundredthCandidate) {
     int made = 0;
     for (const int count : {499, 500, 501, 600}) {
         std::vector<std::wstring> titles;
+        titles.reserve(static_cast<std::size_t>(count));
         for (int number = 0; number < count; ++number) {
             titles.push_back(L"w" + std::to_wstring(number));
         }

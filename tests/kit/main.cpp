@@ -110,17 +110,19 @@ void Run(const Kit& kit, const Level& level, const std::vector<Test>& tests, Rep
     const std::string name = level.name;
     const std::string total = std::to_string(tests.size());
     std::size_t done = 0;
+    std::size_t failed = CountOf(report, Outcome::Failed) + CountOf(report, Outcome::Error);
     Say(name + ": " + total + " tests");
     RunLevel(kit, level,
              {tests,
               [&](const Test& test) {
-                  SayForNow(name + " " + std::to_string(done + 1) + " of " + total + "  " +
-                            FullName(test));
+                  SayForNow(name + " " + std::to_string(done + 1) + " of " + total + ", " +
+                            std::to_string(failed) + " failed  " + FullName(test));
               },
               [&](const Result& result) {
                   ++done;
                   report.results.push_back(result);
                   if (IsFailure(result.outcome)) {
+                      ++failed;
                       Say(std::string(NameOf(result.outcome)) + "  " + FullName(result.test));
                   }
               }});
