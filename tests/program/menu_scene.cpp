@@ -275,7 +275,7 @@ std::wstring ControlText(HWND dialog, int id) {
 }
 
 std::wstring BuiltVersion() {
-    return EnvironmentVariable(L"MORVANE_TEST_VERSION").value();
+    return EnvironmentVariable(L"MORVANE_TEST_VERSION").value_or(L"(not set)");
 }
 
 }  // namespace morvane::test
