@@ -318,7 +318,7 @@ Section
     WriteRegStr HKCU "${UNINSTALL_KEY}" "Publisher" "${PUBLISHER}"
     WriteRegStr HKCU "${UNINSTALL_KEY}" "InstallLocation" "$INSTDIR"
     WriteRegStr HKCU "${UNINSTALL_KEY}" "UninstallString" '"$INSTDIR\Uninstall.exe"'
-    ; In place, so that whoever runs it can wait for its end and gets its exit code.
+    ; In place, so that its caller can wait for the end and gets the exit code.
     WriteRegStr HKCU "${UNINSTALL_KEY}" "QuietUninstallString" '"$INSTDIR\Uninstall.exe" /S _?=$INSTDIR'
 !ifdef HOMEPAGE
     WriteRegStr HKCU "${UNINSTALL_KEY}" "URLInfoAbout" "${HOMEPAGE}"
@@ -461,7 +461,7 @@ Function un.DeleteUninstaller
     RMDir "$INSTDIR"
 FunctionEnd
 
-; The last thing that happens. Run in place, a copy deletes the original once that has ended.
+; Run in place, a copy deletes the original once that has ended.
 Function un.onUninstSuccess
     ${If} $EXEFILE == "Uninstall.exe"
         StrCpy $0 "$TEMP\Morvane-Uninstall.exe"
