@@ -18,15 +18,16 @@ FileHandle OpenFile(const std::wstring& path, DWORD access, DWORD disposition) {
 }
 
 // Only a read that succeeds with no bytes is the end of a file; a short one is not. An error counts
-// as the end too.
-std::string ReadWhole(HANDLE file) {
+// as the end too. Nothing if the file cannot be opened.
+std::string ReadWhole(const std::wstring& path) {
+    const FileHandle file = OpenFile(path, GENERIC_READ, OPEN_EXISTING);
     constexpr std::size_t PartSize = 0x4000;
     std::array<char, PartSize> part{};
     std::string bytes;
-    bool more = true;
+    bool more = static_cast<bool>(file);
     while (more) {
         DWORD count = 0;
-        more = ReadFile(file, part.data(), PartSize, &count, nullptr) != FALSE && count > 0;
+        more = ReadFile(file.get(), part.data(), PartSize, &count, nullptr) != FALSE && count > 0;
         bytes.append(part.data(), count);
     }
     return bytes;
@@ -50,14 +51,9 @@ bool WriteWhole(HANDLE file, std::string_view bytes) {
 }  // namespace
 
 PinList ReadSettingsFile(const std::wstring& path) {
-    FileHandle file = OpenFile(path, GENERIC_READ, OPEN_EXISTING);
-    if (!file) {
-        return {};
-    }
-    const std::string text = ReadWhole(file.get());
-    // Closed before parsing: a file that another program deletes stays until its last handle goes.
-    file.reset();
-    return ParseSettingsText(text);
+    // The file is closed before it is parsed: one that another program deletes stays until its last
+    // handle goes.
+    return ParseSettingsText(ReadWhole(path));
 }
 
 bool WriteSettingsFile(const std::wstring& path, const PinList& list) {
