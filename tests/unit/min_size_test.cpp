@@ -60,7 +60,7 @@ TEST(ComputeEnforcedSize, GrowsEachDimensionByItselfAndShrinksNone) {
         {8192, 8192, Lowest, Lowest, {8192, 8192, true}},
     };
     for (const Case& c : Cases) {
-        const PinEntry entry{L"", c.minWidth, c.minHeight};
+        const PinEntry entry{{}, c.minWidth, c.minHeight};
         SCOPED_TRACE(testing::Message()
                      << Printed(entry) << " on " << c.width << " x " << c.height);
         const EnforcedSize size = ComputeEnforcedSize(c.width, c.height, entry);
