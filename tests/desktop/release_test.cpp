@@ -4,11 +4,14 @@
 #include <chrono>
 #include <functional>
 #include <gtest/gtest.h>
+#include <tuple>
+#include <vector>
 
 #include "desktop/engine_fixture.h"
 #include "pin/enforcement.h"
 #include "pin/engine.h"
 #include "pin/pin_operations.h"
+#include "support/import_watch.h"
 #include "support/test_environment.h"
 #include "support/window_state.h"
 
@@ -35,6 +38,23 @@ TEST_F(ReleaseTest, EveryRememberedWindowIsAskedOnceToBeOrdinary) {
     EXPECT_EQ(WindowSize(alpha).cx, 600) << "the size is kept";
     ReleaseAll();
     EXPECT_EQ(Asked(alpha).size(), 1U) << "nothing is remembered any more";
+}
+
+// A request waits for its window, and a message sent meanwhile may be the command that releases.
+TEST_F(ReleaseTest, ReleaseDuringAReleaseLeavesOutWhatIsReleased) {
+    std::ignore = Other().CreateMany(3, {.title = L"Alpha "});
+    ApplySettings("alpha\n");
+    std::vector<HWND> asked;
+    const ImportWatch<decltype(&SetWindowPos)> requests(
+        "SetWindowPos", [&asked](HWND window, HWND, int, int, int, int, UINT) {
+            asked.push_back(window);
+            if (asked.size() == 2) {
+                ReleaseAll();
+            }
+        });
+    ReleaseAll();
+    EXPECT_EQ(std::count(asked.begin(), asked.end(), asked.at(0)), 1);
+    EXPECT_TRUE(Engine().pinnedWindows.empty());
 }
 
 TEST_F(ReleaseTest, WindowThatWasTopmostBeforeItWasPinnedIsReleasedToo) {
