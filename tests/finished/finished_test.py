@@ -95,7 +95,7 @@ CASES = {
     "debug directory": {"a debug directory": field(facts.directory("DEBUG"), Size=28)},
     "load time libraries": {
         "a library that can be planted": replaced(b"USER32.dll", b"USER99.dll"),
-            },
+    },
     "load time libraries, wide functions": {
         "no imports": field(facts.directory("IMPORT"), VirtualAddress=0),
     },

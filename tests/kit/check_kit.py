@@ -21,6 +21,7 @@ import zipfile
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "package"))
 import installation
+import suite
 from installation import APP_DATA, DRIVE, PROFILE, SETTINGS, STARTUP_SHORTCUT
 
 WHOLE = "--whole" in sys.argv
@@ -111,8 +112,15 @@ def wait_for_process(name):
     return process_named(name)
 
 
+def slow(test):
+    """Left out, unless the kit is checked as a whole."""
+    return test if WHOLE else None
+
+
 @unittest.skipUnless(installation.is_disposable(), "the profile is not disposable")
-class KitTest(unittest.TestCase):
+class KitTest(suite.Test):
+    longest_seconds = 1200 if WHOLE else suite.Test.longest_seconds
+
     @classmethod
     def setUpClass(cls):
         (PROFILE / "dosdevices" / "z:").unlink(missing_ok=True)
@@ -263,12 +271,12 @@ class KitTest(unittest.TestCase):
         self.kit.program.write_bytes(data[:len(data) // 2])
         self.assert_found_broken()
 
-    @unittest.skipUnless(WHOLE, "slow")
+    @slow
     def test_wrong_program_is_found(self):
         shutil.copy(self.kit.folder / "tests" / "window_actor.exe", self.kit.program)
         self.assert_found_broken()
 
-    @unittest.skipUnless(WHOLE, "slow")
+    @slow
     def test_program_that_does_something_else_is_found(self):
         data = self.kit.program.read_bytes()
         text = b"# Morvane config"
@@ -338,7 +346,7 @@ class KitTest(unittest.TestCase):
         self.assert_refused("has been put back")
         self.assert_put_back()
 
-    @unittest.skipUnless(WHOLE, "slow")
+    @slow
     def test_changes_of_a_killed_run_are_put_back(self):
         run = self.kit.start("/here", f"/only:{ENDLESS}")
         wait_for_process("morvane_program_tests.exe")
@@ -347,7 +355,7 @@ class KitTest(unittest.TestCase):
         self.assert_refused("has been put back")
         self.assert_put_back()
 
-    @unittest.skipUnless(WHOLE, "slow")
+    @slow
     def test_interrupted_run_puts_back_and_reports(self):
         run = self.kit.start("/here", f"/only:{LONG}")
         wait_for_process("morvane_cost_tests.exe")
@@ -359,7 +367,7 @@ class KitTest(unittest.TestCase):
         self.assertIn("error", self.kit.cases().values())
         self.assert_put_back()
 
-    @unittest.skipUnless(WHOLE, "slow")
+    @slow
     def test_tests_after_one_that_kills_its_program_are_run(self):
         run = self.kit.start("/here", "/only:DataFolderTest.*")
         victim = wait_for_process("morvane_program_tests.exe")
@@ -372,7 +380,7 @@ class KitTest(unittest.TestCase):
         self.assertEqual(set(self.kit.cases().values()), {"error", "passed"})
         self.assert_put_back()
 
-    @unittest.skipUnless(WHOLE, "slow")
+    @slow
     def test_everything_passes(self):
         start = time.monotonic()
         code, text = self.kit.run("/here")
@@ -387,4 +395,4 @@ class KitTest(unittest.TestCase):
 if __name__ == "__main__":
     if not ARCHIVE.is_file():
         sys.exit(__doc__)
-    unittest.main(argv=sys.argv[:1], verbosity=2)
+    suite.main(sys.argv[:1])

@@ -13,7 +13,6 @@ import shutil
 import subprocess
 import sys
 import tempfile
-import unittest
 import zipfile
 
 import pefile
@@ -24,6 +23,7 @@ sys.path.insert(0, str(ROOT / "packaging"))
 
 import package  # noqa: E402
 import bill_of_materials  # noqa: E402
+import suite
 from signing import TimeStampService, is_signed, make_certificate
 
 BUILD = pathlib.Path(sys.argv.pop(1)).resolve()
@@ -61,7 +61,7 @@ def names_and_digests(folder):
             for path in sorted(folder.rglob("*")) if path.is_file()}
 
 
-class DownloadsTest(unittest.TestCase):
+class DownloadsTest(suite.Test):
     def test_every_file_is_present(self):
         self.assertEqual(sorted(names_and_digests(PACKAGE)), sorted([
             f"Morvane-{VERSION}-portable.zip",
@@ -116,7 +116,7 @@ class DownloadsTest(unittest.TestCase):
                              re.findall(r'L"(.*)",', columns))
 
 
-class ManifestTest(unittest.TestCase):
+class ManifestTest(suite.Test):
     def load(self, name):
         with (PACKAGE / "winget" / name).open(encoding="utf-8") as file:
             # Keeps versions and dates as text.
@@ -208,7 +208,7 @@ class ManifestTest(unittest.TestCase):
             self.assertIn("need MORVANE_HOMEPAGE", said)
 
 
-class BillOfMaterialsTest(unittest.TestCase):
+class BillOfMaterialsTest(suite.Test):
     # The others are those of Windows and of the C library.
     NAMES = {"libstdc++.a": "libstdc++", "libgcc.a": "libgcc"}
 
@@ -240,7 +240,7 @@ class BillOfMaterialsTest(unittest.TestCase):
             bill_of_materials.linked_packages(f"{libgcc}\n/usr/lib/of-nobody.a(member.o)\n")
 
 
-class ReleaseDateTest(unittest.TestCase):
+class ReleaseDateTest(suite.Test):
     def test_without_commits_it_has_to_be_given(self):
         with tempfile.TemporaryDirectory() as folder:
             copy = pathlib.Path(folder) / "packaging"
@@ -251,7 +251,7 @@ class ReleaseDateTest(unittest.TestCase):
         self.assertNotIn("Traceback", said)
 
 
-class SigningTest(unittest.TestCase):
+class SigningTest(suite.Test):
     def setUp(self):
         folder = tempfile.TemporaryDirectory()
         self.addCleanup(folder.cleanup)
@@ -301,7 +301,9 @@ class SigningTest(unittest.TestCase):
         self.assertIn("belong together", said)
 
 
-class ReproducibilityTest(unittest.TestCase):
+class ReproducibilityTest(suite.Test):
+    longest_seconds = 250  # it builds the program
+
     def test_building_in_another_folder_gives_the_same_bytes(self):
         with tempfile.TemporaryDirectory(prefix="another-folder-of-another-length-") as folder:
             other = pathlib.Path(folder) / "sources"
@@ -325,4 +327,4 @@ class ReproducibilityTest(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    unittest.main(verbosity=2)
+    suite.main()

@@ -18,6 +18,7 @@ from installation import (
     EXIT_STILL_RUNNING, INSTALLED, SETTINGS, STARTUP_SHORTCUT, START_MENU_ENTRY, digest)
 
 import package
+import suite
 from signing import is_signed, make_certificate
 
 BUILD = pathlib.Path(sys.argv.pop(1)).resolve()
@@ -30,7 +31,7 @@ FILES = ["LICENSE.txt", "Morvane.exe", "Uninstall.exe"]
 
 
 @unittest.skipUnless(installation.is_disposable(), "the profile is not disposable")
-class InstallerTest(unittest.TestCase):
+class InstallerTest(suite.Test):
     @classmethod
     def setUpClass(cls):
         # Wine 8.0 takes itself for Windows 7, where the installer refuses to work.
@@ -49,10 +50,11 @@ class InstallerTest(unittest.TestCase):
     @classmethod
     def tearDownClass(cls):
         cls.stage.cleanup()
+        installation.clean()
 
     def setUp(self):
+        # What the test before has left.
         installation.clean()
-        self.addCleanup(installation.clean)
 
     def install(self, *arguments, setup=None):
         self.assertEqual(installation.run_silently(setup or self.setup, *arguments), 0)
@@ -393,10 +395,15 @@ class InstallerTest(unittest.TestCase):
 
     def walk_through(self, process):
         """Accepts the default on each page until the program ends."""
+        presses = 0
+
         def press_return():
+            nonlocal presses
+            presses += 1
             subprocess.run(["xdotool", "key", "Return"], check=True)
             return process.poll() is not None
         installation.wait_until(press_return, "the last page is left")
+        print(f"measured: {presses} presses of Return", flush=True)
         self.assertEqual(process.returncode, 0)
 
     def test_default_choices_install_start_and_uninstall_the_program(self):
@@ -421,8 +428,4 @@ class InstallerTest(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    result = unittest.main(verbosity=2, exit=False).result
-    for test, reason in result.skipped:
-        print(f"skipped: {test.id()}: {reason}")
-    # In a session of its own, nothing else may be skipped.
-    sys.exit(not result.wasSuccessful() or any(why != NEEDS_MOUNT for _, why in result.skipped))
+    suite.main()
