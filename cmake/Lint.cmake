@@ -2,6 +2,9 @@
 # is not examined again until it or something it includes changes.
 
 set(CMAKE_CXX_CLANG_TIDY "clang-tidy-$ENV{LLVM}" --quiet)
+# Every source has to include what it uses.
+set(CMAKE_DISABLE_PRECOMPILE_HEADERS ON)
+
 # So that another configuration examines everything again.
 file(GLOB configurations CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/.clang-tidy" "${PROJECT_SOURCE_DIR}/*/.clang-tidy")
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${configurations})
