@@ -51,11 +51,6 @@ COMPARISONS = (
     ("idle_time", "processor time, 50 windows pinned", "bare loop", 1.2),
     ("idle_memory", "private bytes, 50 windows pinned", "bare program", 1.5),
 )
-# The same for what is counted.
-ALLOCATIONS = (
-    ("allocations_none", "allocations for each window without a match", 0),
-    ("allocations_50", "allocations for each window with a match", 1),
-)
 MIN_FIT = 0.99
 HEAD = ("", "Morvane", "compared with", "ratio: median (range)", "of the minima", "goal", "")
 
@@ -166,9 +161,6 @@ def table(measured, idle_seconds, program_bytes):
     _, slope, _, fit = growth(measured)
     yield ("growth with the number of windows", f"{in_time(slope)} per window", "a straight line",
            f"R² {fit:.4f}", "–", f"R² ≥ {MIN_FIT}", verdict(fit >= MIN_FIT))
-    for key, what, goal in ALLOCATIONS:
-        count = measured[key]["ours"][0]
-        yield (what, f"{count:g}", "–", "–", "–", f"≤ {goal}", verdict(count <= goal))
     # The tests hold it to its limit.
     yield ("Morvane.exe", f"{program_bytes:,} bytes", *["–"] * 5)
 

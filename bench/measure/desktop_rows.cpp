@@ -8,12 +8,10 @@
 
 #include "bare/loops.h"
 #include "base/gui_owners.h"
-#include "cost/allocation_count.h"
 #include "measure/bench.h"
 #include "pin/discovery.h"
 #include "pin/enforcement.h"
 #include "pin/engine.h"
-#include "pin/settings_sync.h"
 #include "support/window_state.h"
 #include "ui/active_window.h"
 #include "ui/menu_build.h"
@@ -26,19 +24,11 @@ constexpr int AllCount = 500;
 constexpr int PinnedCount = 50;
 static_assert(*PinnedTitle == bare::PinnedMark && *PlainTitle != bare::PinnedMark);
 
-// The allocations of a pass that has seen all windows before, without those for the file.
-void EmitAllocations(const std::string& row, int windows) {
-    const auto all = static_cast<double>(test::AllocationsOf(ApplyAll));
-    const auto ofFile = static_cast<double>(test::AllocationsOf(ReloadSettings));
-    Emit(row, {{(all - ofFile) / windows}, {}});
-}
-
 void MeasurePasses(const Plan& plan, std::vector<HWND> pinned) {
     Announce("a pass over 500 windows");
     BindEngine(UnmatchedEntries());
     Require(CollectMatchedWindows().empty(), "no match");
     Emit("pass_none", InTurn(plan.repetitions, TimeOf(ApplyAll), TimeOf(bare::LookAtWindows)));
-    EmitAllocations("allocations_none", AllCount);
 
     BindEngine(EntriesWithMatch());
     Require(CollectMatchedWindows().size() == pinned.size(), "50 matches");
@@ -48,7 +38,6 @@ void MeasurePasses(const Plan& plan, std::vector<HWND> pinned) {
     std::sort(pinned.begin(), pinned.end(), std::less<>());
     Emit("pass_50",
          InTurn(plan.repetitions, TimeOf(ApplyAll), TimeOf([&] { bare::LookAtAndPin(pinned); })));
-    EmitAllocations("allocations_50", PinnedCount);
     ReleaseAll();
 }
 
