@@ -9,13 +9,15 @@ fail. Needs pefile.
 
 import struct
 import sys
-import unittest
 from operator import attrgetter
 from pathlib import Path
 
 import facts
 import pefile
 from facts import GUARD_FAILURE, ICON_GROUP, PNG_START
+
+sys.path.insert(0, str(Path(__file__).resolve().parents[1] / "package"))
+import suite
 
 
 def field(find, **values):
@@ -167,7 +169,7 @@ CASES = {
 }
 
 
-class FinishedProgram(unittest.TestCase):
+class FinishedProgram(suite.Test):
     subject = None
 
     def test_every_fact_holds(self):
@@ -190,4 +192,4 @@ if __name__ == "__main__":
     program, link_map, version, max_bytes = sys.argv[1:5]
     FinishedProgram.subject = facts.Subject(
         Path(program).read_bytes(), Path(link_map).read_text("utf-8"), version, int(max_bytes))
-    unittest.main(argv=sys.argv[:1] + sys.argv[5:])
+    suite.main(sys.argv[:1] + sys.argv[5:])

@@ -119,7 +119,7 @@ def slow(test):
 
 @unittest.skipUnless(installation.is_disposable(), "the profile is not disposable")
 class KitTest(suite.Test):
-    longest_seconds = 1200 if WHOLE else suite.Test.longest_seconds
+    longest_seconds = 1200 if WHOLE else suite.LONGEST_SECONDS
 
     @classmethod
     def setUpClass(cls):

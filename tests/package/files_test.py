@@ -302,7 +302,7 @@ class SigningTest(suite.Test):
 
 
 class ReproducibilityTest(suite.Test):
-    longest_seconds = 250  # it builds the program
+    longest_seconds = 200  # it builds the program
 
     def test_building_in_another_folder_gives_the_same_bytes(self):
         with tempfile.TemporaryDirectory(prefix="another-folder-of-another-length-") as folder:

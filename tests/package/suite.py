@@ -8,17 +8,23 @@ import sys
 import unittest
 
 
-class Test(unittest.TestCase):
-    """After so long, prints the test's stack and ends the run."""
+LONGEST_SECONDS = 150
 
-    longest_seconds = 150
+
+def watch(seconds):
+    """After so long without another call, prints the stack and ends the run."""
+    faulthandler.dump_traceback_later(seconds, exit=True)
+
+
+class Test(unittest.TestCase):
+    longest_seconds = LONGEST_SECONDS
 
     def run(self, result=None):
-        faulthandler.dump_traceback_later(self.longest_seconds, exit=True)
+        watch(self.longest_seconds)
         try:
             return super().run(result)
         finally:
-            faulthandler.cancel_dump_traceback_later()
+            watch(LONGEST_SECONDS)
 
 
 def known_skips():
@@ -29,9 +35,13 @@ def known_skips():
 
 
 def main(arguments=None):
+    """GTEST_FILTER, which chooses tests everywhere, does so here too."""
+    chosen = [pattern for pattern in os.environ.pop("GTEST_FILTER", "").split(":") if pattern]
+    arguments = [*(arguments or sys.argv), *(f"-k=*.{pattern}" for pattern in chosen)]
+    watch(LONGEST_SECONDS)  # what the tests of a class share takes time, too
     result = unittest.main(argv=arguments, verbosity=2, exit=False).result
     known = known_skips()
-    accepted = result.wasSuccessful() and result.testsRun > 0
+    accepted = result.wasSuccessful() and (result.testsRun > 0 or bool(chosen))
     for test, reason in result.skipped:
         name = test.id().removeprefix("__main__.")
         print(f"skipped: {name}: {reason}")
