@@ -44,6 +44,17 @@ TEST_F(ExitTest, WindowsAreOrdinaryAndTheIconIsGoneWhenTheProcessEnds) {
     }
 }
 
+// What another program may post. Its parameter is not the exit code.
+TEST_F(ExitTest, QuitMessageReleasesTheWindowsAndEndsTheProcess) {
+    const HWND target = Window(L"Target");
+    const Program program = StartedProgram("Target\n", {target});
+    const HWND control = program.ControlWindow();
+    PostThreadMessageW(GetWindowThreadProcessId(control, nullptr), WM_QUIT, 7, 0);
+    EXPECT_EQ(program.WaitForExit(), 0U);
+    EXPECT_FALSE(IsTopmost(target));
+    RemoveTrayIconOf(control);
+}
+
 TEST_F(ExitTest, DeletedFileIsNotWrittenAtTheEnd) {
     const Program program = StartedProgram();
     ASSERT_NE(DeleteFileW(SettingsPath().c_str()), FALSE);
