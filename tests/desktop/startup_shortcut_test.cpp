@@ -204,10 +204,16 @@ TEST_F(StartupToggleTest, ShortcutIsInstalledThenRemovedAndAnnounced) {
 }
 
 TEST_F(StartupToggleTest, FailedRemovalIsAnnouncedAsDone) {
-    ASSERT_TRUE(WriteFileBytes(StartupShortcut(), "locked"));
-    const FileHandle lock = LockShortcut();
+    ASSERT_TRUE(WriteFileBytes(StartupShortcut(), "locked or read-only"));
+    {
+        const FileHandle lock = LockShortcut();
+        ExpectAnswer(ExpectedText(StrStartupDisabled), NIIF_INFO);
+    }
+    EXPECT_TRUE(IsStartupEnabled());
+    SetFileAttributesW(StartupShortcut().c_str(), FILE_ATTRIBUTE_READONLY);
     ExpectAnswer(ExpectedText(StrStartupDisabled), NIIF_INFO);
     EXPECT_TRUE(IsStartupEnabled());
+    SetFileAttributesW(StartupShortcut().c_str(), FILE_ATTRIBUTE_NORMAL);
 }
 
 TEST_F(StartupToggleTest, FailedInstallationIsAWarning) {

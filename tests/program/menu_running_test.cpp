@@ -43,16 +43,19 @@ constexpr Front Fronts[] = {
     {"About", OpenAbout, AboutDialog, CloseAbout},
 };
 
-TEST_F(MenuRunningTest, NewWindowIsPinnedAndClosingWindowsDoNoHarm) {
+TEST_F(MenuRunningTest, NewWindowIsPinnedByTheNextPassAndClosingWindowsDoNoHarm) {
     const Sentinel sentinel(Other());
     const HWND ordinary = Window(L"Ordinary");
     const Program program = StartedProgram("Sentinel\nTarget\n");
+    std::size_t missed = 0;
     for (const Front& front : Fronts) {
         SCOPED_TRACE(front.name);
         ASSERT_NE(front.open(program), nullptr);
         const HWND target = Window(L"Target");
+        const LONGLONG change = CounterNow();
         const HWND passer = Window(L"Passer-by");
         EXPECT_TRUE(BecomesTopmost(target));
+        missed += sentinel.PassesBetween(change, Other().Requests(target).at(0).counter);
         Other().Destroy(target);
         Other().Destroy(passer);
         EXPECT_TRUE(sentinel.WaitForTimedPass());
@@ -60,33 +63,17 @@ TEST_F(MenuRunningTest, NewWindowIsPinnedAndClosingWindowsDoNoHarm) {
         EXPECT_NE(front.find(program), nullptr);
         EXPECT_TRUE(front.close(program));
     }
+    EXPECT_LE(missed, 1U) << "a window that appears during a pass may be too late for it";
 }
 
-TEST_F(MenuRunningTest, PassesComeTwiceASecondWhileSomethingIsOpen) {
+TEST_F(MenuRunningTest, PassesComeTwiceASecondWhateverIsOpen) {
     const Sentinel sentinel(Other());
     const Program program = StartedProgram("Sentinel\n");
+    sentinel.ExpectPassesTwiceASecond("nothing open");
     for (const Front& front : Fronts) {
         SCOPED_TRACE(front.name);
         ASSERT_NE(front.open(program), nullptr);
         sentinel.ExpectPassesTwiceASecond(front.name);
-        EXPECT_NE(front.find(program), nullptr);
-        EXPECT_TRUE(front.close(program));
-    }
-}
-
-TEST_F(MenuRunningTest, EditOfTheFileTakesEffect) {
-    const HWND target = Window(L"Target");
-    const Program program = StartedProgram();
-    for (const Front& front : Fronts) {
-        SCOPED_TRACE(front.name);
-        Other().Place(target, 100, 100, 300, 200);
-        ASSERT_NE(front.open(program), nullptr);
-        EXPECT_FALSE(IsTopmost(target));
-        EditSettings("Target\t410\t310\n");
-        EXPECT_TRUE(BecomesTopmost(target));
-        EXPECT_TRUE(WaitUntil([&] { return WindowSize(target).cx == 410; }));
-        EditSettings("@pinning=0\nTarget\t410\t310\n");
-        EXPECT_TRUE(BecomesOrdinary(target));
         EXPECT_NE(front.find(program), nullptr);
         EXPECT_TRUE(front.close(program));
     }
@@ -168,9 +155,12 @@ TEST_F(CoveredTest, SubmenuIsAboveItsMenuAfterMostPassesAndItsCommandsCanBeChose
     ASSERT_TRUE(sentinel.WaitForTimedPass());
     const HWND submenu = OpenSubmenu(program, Item::AddRemove, Way::Mouse);
     ASSERT_NE(submenu, nullptr);
+    Other().ForgetRecords(cover);
+    Other().ForgetRecords(sentinel.Window());
     ExpectSeenAfterPasses("submenu and menu", sentinel, [&] {
         return MenuWindows(program) == std::vector<HWND>{submenu, menu} && IsAbove(menu, cover);
     });
+    ExpectRequestsOfPasses(Other(), cover, sentinel.PassTicks().size());
     Click(CentreOf(RowRect(submenu, AddRemoveRow(L"Cover"))), MouseButton::Left);
     EXPECT_TRUE(MenuCloses(program));
     EXPECT_TRUE(FileBecomes(SettingsText(true, "Sentinel\n")));
