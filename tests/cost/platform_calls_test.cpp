@@ -84,7 +84,7 @@ TEST_F(PlatformCallsTest, AWindowIsQueriedOnlyUntilTheFirstRefusal) {
     const CallCounts ours = {{"IsWindowVisible", 1}, {"GetWindow", 1}, {"GetClassNameW", 1}};
     const CallCounts all = {
         {"IsWindowVisible", 1}, {"GetWindow", 1}, {"GetClassNameW", 1}, {"GetWindowTextW", 1}};
-    ASSERT_TRUE(WriteSettings("editor\n"));
+    WriteSettings("editor\n");
     const HWND owner = Other().Create({.title = L"Calculator"});
     const struct {
         const char* name;
@@ -115,7 +115,7 @@ TEST_F(PlatformCallsTest, AMatchingWindowHasItsTitleReadAgainAndIsMadeTopmost) {
                               {"GetWindowRect", 1},   {"SetWindowPos", 1}};
     CallCounts grown = first;
     ++grown["SetWindowPos"];
-    ASSERT_TRUE(WriteSettings("editor\nlarge 640 480\n"));
+    WriteSettings("editor\nlarge 640 480\n");
     const struct {
         const char* name;
         WindowSpec spec;
@@ -132,7 +132,7 @@ TEST_F(PlatformCallsTest, AMatchingWindowHasItsTitleReadAgainAndIsMadeTopmost) {
 }
 
 TEST_F(PlatformCallsTest, APassEnumeratesOnceAndReadsTheFileOnce) {
-    ASSERT_TRUE(WriteSettings("editor\n"));
+    WriteSettings("editor\n");
     const CallCounts counts = CountCalls(ApplyAll);
     for (const auto& [name, count] : FileCalls(SmallFile)) {
         EXPECT_THAT(counts, testing::Contains(testing::Pair(name, count)));
@@ -149,7 +149,7 @@ TEST_F(PlatformCallsTest, APassWithPinningOffEnumeratesNoWindows) {
     ASSERT_EQ(Engine().pinnedWindows, PinnedWindowSet({window}));
     CallCounts releasing = FileCalls(SmallFile);
     releasing.insert({{"IsWindow", 1}, {"SetWindowPos", 1}});
-    ASSERT_TRUE(WriteSettings("@pinning=0\neditor\n"));
+    WriteSettings("@pinning=0\neditor\n");
     EXPECT_EQ(CountCalls(ApplyAll), releasing);
     EXPECT_EQ(CountCalls(ApplyAll), FileCalls(SmallFile));
 }
@@ -159,7 +159,7 @@ TEST_F(PlatformCallsTest, AFileIsReadInPartsToTheEnd) {
         SCOPED_TRACE(size);
         std::string text = "@pinning=0\n";
         text.resize(size, '#');
-        ASSERT_TRUE(WriteSettings(text));
+        WriteSettings(text);
         EXPECT_EQ(CountCalls(ApplyAll), FileCalls(size));
         EXPECT_FALSE(Engine().pinList.pinning);
     }
@@ -174,7 +174,7 @@ TEST_F(PlatformCallsTest, AFileIsReadInPartsToTheEnd) {
 TEST_F(PlatformCallsTest, AMissingFileIsWrittenTwiceAndAnExistingOneOnce) {
     const CallCounts write = {
         {"CreateFileW", 1}, {"SetEndOfFile", 1}, {"WriteFile", 1}, {"CloseHandle", 1}};
-    ASSERT_TRUE(WriteSettings(""));
+    WriteSettings("");
     ASSERT_NE(DeleteFileW(SettingsPath().c_str()), FALSE);
     for (const int times : {2, 1}) {
         CallCounts expected = Times(write, times);

@@ -215,7 +215,7 @@ TEST_F(CandidatesTest, PreparationBindsReloadsAndRebuilds) {
     Process().controlWindow = control;
     Engine().settingsPath = L"C:\\elsewhere\\config.txt";
     Engine().pinList.entries = {{.pattern = L"stale"}};
-    ASSERT_TRUE(WriteSettings("@pinning=0\nfresh\t0\t600\n"));
+    WriteSettings("@pinning=0\nfresh\t0\t600\n");
     PrepareMenuState();
     EXPECT_EQ(Engine().settingsPath, SettingsPath());
     EXPECT_EQ(Engine().ownWindow, control);

@@ -169,7 +169,7 @@ private:
 TEST_F(ControlWindowTest, TimerStartsBeforeTheIconIsAddedAndStopsBeforeTheWindowsAreReleased) {
     static_cast<void>(Window(L"Target"));
     DestroyControl();
-    ASSERT_TRUE(WriteSettings("target\n"));
+    WriteSettings("target\n");
     const RequestWatch watch;
     CreateControl();
     EXPECT_EQ(std::exchange(requests, {}),
@@ -185,7 +185,7 @@ TEST_F(ControlWindowTest, WindowsOfItsClassAreNotPinnedFromItsCreationOn) {
     Engine().ownClassName.clear();
     const HWND other = Other().Create({.className = ControlWindowClass, .title = L"Target"});
     const HWND target = Window(L"Target");
-    ASSERT_TRUE(WriteSettings("target\n"));
+    WriteSettings("target\n");
     CreateControl();
     EXPECT_TRUE(IsTopmost(target));
     EXPECT_FALSE(IsTopmost(other));
@@ -216,7 +216,7 @@ TEST_F(ControlWindowTest, TickThatRaisesAWindowRaisesTheDialogAndTheMenuOnce) {
     const HWND cover = Window(L"Cover");
     const auto askedByATick = [this](const char* settings) {
         std::vector<HWND> asked;
-        EXPECT_TRUE(WriteSettings(settings));
+        WriteSettings(settings);
         const ImportWatch<decltype(&SetWindowPos)> watch(
             "SetWindowPos", [&asked](HWND window, auto... /*rest*/) { asked.push_back(window); });
         SendMessageW(Control(), WM_TIMER, PassTimer, 0);
@@ -285,7 +285,7 @@ TEST_F(ControlWindowTest, MenuTimerOpensTheMenuOnceInTheMiddleOfTheScreen) {
 }
 
 TEST_F(ControlWindowTest, EveryTickRaisesAPinnedWindowThenTheDialogThenTheMenu) {
-    ASSERT_TRUE(WriteSettings("cover\n"));
+    WriteSettings("cover\n");
     const HWND cover = Other().Create(
         {.title = L"Cover", .style = WS_POPUP, .x = 0, .y = 0, .width = 1280, .height = 800});
     RECT work{};

@@ -58,7 +58,7 @@ TEST_F(DataRemovalTest, SettingsAndShortcutGoAndNeighboursStay) {
     MakeFile(neighbour + L"\\config.txt");
     MakeFile(otherShortcut);
     MakeFile(StartupShortcut());
-    ASSERT_TRUE(WriteSettings("alpha\n"));
+    WriteSettings("alpha\n");
     ExpectRemoval();
     EXPECT_FALSE(PathExists(StartupShortcut()));
     EXPECT_TRUE(PathExists(otherShortcut));
@@ -136,7 +136,7 @@ TEST_F(DataRemovalTest, FolderGoesWhateverTheFormOfItsPath) {
     for (const auto& item : cases) {
         SCOPED_TRACE(item.name);
         ResetProfile();
-        ASSERT_TRUE(WriteSettings("alpha\n"));
+        WriteSettings("alpha\n");
         MakeFolder(folder + L"\\inner.");
         MakeFile(folder + L"\\inner.\\file");
         const ShellFolderOverride named(L"AppData", item.form);
@@ -200,7 +200,7 @@ BOOL WINAPI FindNothingAtAnEmptyPath(LPCWSTR path) {
 }
 
 TEST_F(DataRemovalTest, FolderWhosePathCannotBeResolvedStays) {
-    ASSERT_TRUE(WriteSettings("alpha\n"));
+    WriteSettings("alpha\n");
     {
         const ImportPatch<decltype(&RemoveDirectoryW)> folders("RemoveDirectoryW",
                                                                FindNothingAtAnEmptyPath);
@@ -217,7 +217,7 @@ TEST_F(DataRemovalTest, FolderThatIsGoneCountsAsRemoved) {
 
 TEST_F(DataRemovalTest, ShortcutThatCannotBeDeletedIsNotAFailure) {
     MakeFolder(StartupShortcut());
-    ASSERT_TRUE(WriteSettings("alpha\n"));
+    WriteSettings("alpha\n");
     ExpectRemoval();
     EXPECT_TRUE(PathExists(StartupShortcut()));
 }
@@ -293,7 +293,7 @@ TEST_F(DataRemovalTest, LinksInTheFolderGoAsWhatTheyAre) {
 }
 
 TEST_F(DataRemovalTest, WithoutApplicationDataTheShortcutGoesAndTheRemovalFails) {
-    ASSERT_TRUE(WriteSettings("alpha\n"));
+    WriteSettings("alpha\n");
     MakeFile(StartupShortcut());
     const std::wstring shortcut = StartupShortcut();
     {

@@ -51,7 +51,7 @@ TEST_F(EnforcementTest, PassReportsWhetherItAskedAnyWindowToBeTopmost) {
     static_cast<void>(Window(L"Editor"));
     static_cast<void>(Window(L"Clock"));
     for (const auto& pass : passes) {
-        ASSERT_TRUE(WriteSettings(pass.lines));
+        WriteSettings(pass.lines);
         EXPECT_EQ(ApplyAll(), pass.asked) << pass.name;
     }
 }
@@ -75,14 +75,14 @@ TEST_F(EnforcementTest, EarlierEntriesLieAboveLaterOnes) {
     const HWND first = Window(L"Alpha");
     const HWND second = Window(L"Beta");
     const std::vector<HWND> all{first, second, third};
-    ASSERT_TRUE(WriteSettings("alpha\nbeta\ngamma\n"));
+    WriteSettings("alpha\nbeta\ngamma\n");
     EXPECT_EQ(OrderOfAPass(all), all);
     EXPECT_TRUE(DesktopShows(all));
     Other().Raise(third);
     ASSERT_TRUE(IsAbove(third, first));
     EXPECT_EQ(OrderOfAPass(all), all);
     EXPECT_TRUE(DesktopShows(all));
-    ASSERT_TRUE(WriteSettings("gamma\nbeta\nalpha\n"));
+    WriteSettings("gamma\nbeta\nalpha\n");
     const std::vector<HWND> reversed{third, second, first};
     EXPECT_EQ(OrderOfAPass(all), reversed);
     EXPECT_TRUE(DesktopShows(reversed));
@@ -92,7 +92,7 @@ TEST_F(EnforcementTest, LongestPatternDecidesThePlaceAndTheSize) {
     const HWND text = Window(L"a.txt - Notepad");
     const HWND browser = Window(L"Browser");
     // "note" comes first and matches too, but the window belongs to the last entry.
-    ASSERT_TRUE(WriteSettings("note\t900\t700\nbrowser\nnotepad\t500\t0\n"));
+    WriteSettings("note\t900\t700\nbrowser\nnotepad\t500\t0\n");
     EXPECT_EQ(OrderOfAPass({text, browser}), std::vector<HWND>({browser, text}));
     EXPECT_EQ(WindowSize(text).cx, 500);
     EXPECT_EQ(WindowSize(text).cy, 300);
@@ -101,7 +101,7 @@ TEST_F(EnforcementTest, LongestPatternDecidesThePlaceAndTheSize) {
 TEST_F(EnforcementTest, AmongWindowsOfOneEntryTheHighestHandleLiesOnTop) {
     std::vector<HWND> windows = Other().CreateMany(6, {.title = L"Editor "});
     std::sort(windows.begin(), windows.end(), std::greater<>());
-    ASSERT_TRUE(WriteSettings("editor\n"));
+    WriteSettings("editor\n");
     for (const std::size_t raised : {5U, 3U}) {
         Other().Raise(windows[raised]);
         ASSERT_NE(InDesktopOrder(windows), windows);
@@ -262,7 +262,7 @@ TEST_F(EnforcementTest, PassWaitsForAHungWindowAndThenFinishes) {
     const HWND hung = Window(L"Alpha hung");
     const HWND last = healthy.Create({.title = L"First of all"});
     constexpr auto HangTime = 800ms;
-    ASSERT_TRUE(WriteSettings("first\nalpha\t600\t500\n"));
+    WriteSettings("first\nalpha\t600\t500\n");
     const auto start = std::chrono::steady_clock::now();
     Other().Hang(HangTime);
     ApplyAll();
@@ -296,7 +296,7 @@ TEST_F(EnforcementTest, EveryPassRereadsTheSettingsFile) {
 
 TEST_F(EnforcementTest, WithoutASettingsPathEveryPassStartsFromTheDefaultList) {
     const HWND window = Window(L"Alpha");
-    ASSERT_TRUE(WriteSettings("alpha\n"));
+    WriteSettings("alpha\n");
     Engine().settingsPath.clear();
     Engine().pinList = {.pinning = false, .entries = {{.pattern = L"alpha"}}};
     ApplyAll();

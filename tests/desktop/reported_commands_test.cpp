@@ -29,7 +29,7 @@ protected:
         if (IsSkipped()) {
             return;
         }
-        ASSERT_TRUE(WriteSettings(""));
+        WriteSettings("");
         AddTrayIcon(owner_.get(), GetModuleHandleW(nullptr));
         recorder_.Forget();
     }

@@ -112,17 +112,17 @@ TEST_F(SettingsEditorTest, MissingFileIsWrittenWithTheCurrentList) {
 }
 
 TEST_F(SettingsEditorTest, ExistingFileIsLeftAlone) {
-    ASSERT_TRUE(WriteSettings("mine\r\n"));
+    WriteSettings("mine\r\n");
     EXPECT_TRUE(EnsureSettingsFile());
     EXPECT_EQ(ReadSettings(), "mine\r\n");
-    ASSERT_TRUE(WriteSettings(""));
+    WriteSettings("");
     EXPECT_TRUE(EnsureSettingsFile());
     EXPECT_EQ(ReadSettings(), "");
 }
 
 TEST_F(SettingsEditorTest, NotepadShowsTheFileAndItIsReadAgain) {
     const std::string text = "# mine\nalpha 640 480\n";
-    ASSERT_TRUE(WriteSettings(text));
+    WriteSettings(text);
     Engine().pinList.entries = {{.pattern = L"stale"}};
     OpenSettings();
     const HWND editor = EditorShowing(text);

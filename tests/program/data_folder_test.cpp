@@ -88,7 +88,7 @@ TEST_F(DataFolderTest, FolderMovedWhileRunningIsFollowed) {
     CreateDirectoryW(elsewhere.c_str(), nullptr);
     {
         const ShellFolderOverride moved(L"AppData", elsewhere);
-        EditSettings("Second\n");
+        WriteSettings("Second\n");
         EXPECT_TRUE(BecomesTopmost(second));
         EXPECT_EQ(program.ExitByCommand(), 0U);
         RemoveDataFolder();

@@ -22,7 +22,7 @@ Program FaultyProgram(const std::string& plan, const std::wstring& arguments) {
 
 Program StartedFaultyProgram(const std::string& plan, std::string_view settings) {
     if (!settings.empty()) {
-        EditSettings(settings);
+        WriteSettings(settings);
     }
     Program program = FaultyProgram(plan);
     EXPECT_NE(program.WaitForControlWindow(), nullptr) << "no control window: " << plan;

@@ -50,10 +50,10 @@ TEST_F(HandEditsTest, FileTextsOfEveryKindTakeEffect) {
     const Program program = StartedProgram("Sentinel\n");
     for (const EditCase& item : EditCases) {
         SCOPED_TRACE(item.name);
-        EditSettings("Sentinel\n");
+        WriteSettings("Sentinel\n");
         ASSERT_TRUE(sentinel.WaitForPass(program));
         Other().SetTopmost(other, false);
-        EditSettings(item.bytes);
+        WriteSettings(item.bytes);
         EXPECT_TRUE(sentinel.WaitForPass(program));
         EXPECT_EQ(IsTopmost(other), item.pinsOther);
     }
@@ -64,9 +64,9 @@ TEST_F(HandEditsTest, EverySpellingOfOffReleases) {
     const Program program = StartedProgram();
     for (const char* line :
          {"@pinning=0", "@pinning=off", "@PINNING=False", "@pinning= 0 ", "  @Pinning=OFF\r"}) {
-        EditSettings("Target\n");
+        WriteSettings("Target\n");
         ASSERT_TRUE(BecomesTopmost(target)) << line;
-        EditSettings(std::string("Target\n") + line + "\n");
+        WriteSettings(std::string("Target\n") + line + "\n");
         EXPECT_TRUE(BecomesOrdinary(target)) << line;
     }
 }
@@ -93,7 +93,7 @@ TEST_F(HandEditsTest, DeletedFolderMeansNoEntriesReleasesNothingAndIsMadeAgainEm
     EXPECT_TRUE(IsTopmost(target));
     EXPECT_FALSE(PathExists(SettingsPath()));
     // It is no longer remembered, so switching off does not release it either.
-    EditSettings("@pinning=0\nTarget\n");
+    WriteSettings("@pinning=0\nTarget\n");
     ASSERT_TRUE(program.SendCommand(ApplyNowCommand));
     EXPECT_TRUE(IsTopmost(target));
 }
@@ -122,7 +122,7 @@ TEST_F(HandEditsTest, LockedFileMeansNoEntriesUntilItIsFree) {
 TEST_F(HandEditsTest, CommandNormalisesTheWholeFile) {
     const Sentinel sentinel(Other());
     const Program program = StartedProgram("Nowhere\n");
-    EditSettings(
+    WriteSettings(
         "# mine\r\n\r\n  Foo   1280    720 \r\nBar 0 0\nNotes\t0\t600\nBig 99999 0\n"
         "Foo -5 10\n@PINNING=on\nSentinel");
     ASSERT_TRUE(sentinel.WaitForPass(program));

@@ -8,11 +8,6 @@
 #include "support/notepad.h"
 
 namespace morvane::test {
-void EditSettings(std::string_view lines) {
-    if (!WriteSettings(lines)) {
-        throw std::runtime_error("the settings cannot be written");
-    }
-}
 
 std::string SettingsText(bool pinning, std::string_view lines) {
     return std::string(SettingsHeader)
@@ -45,7 +40,7 @@ HWND ProgramTest::Window(std::wstring_view title, int width, int height) {
 
 Program StartedProgram(std::string_view settings, const std::vector<HWND>& pinned) {
     if (!settings.empty()) {
-        EditSettings(settings);
+        WriteSettings(settings);
     }
     Program program;
     EXPECT_NE(program.WaitForControlWindow(), nullptr) << "no control window";

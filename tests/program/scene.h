@@ -36,8 +36,7 @@ inline constexpr UINT TrayMessage = WM_APP + 1;
 inline constexpr wchar_t MutexName[] = L"Local\\Morvane_SingleInstance";
 
 // Settings. A test gives their lines as a user would type them, to StartedProgram or, at any other
-// time, to EditSettings. What the program itself writes is compared with SettingsText.
-void EditSettings(std::string_view lines);
+// time, to WriteSettings. What the program itself writes is compared with SettingsText.
 [[nodiscard]] std::string SettingsText(bool pinning, std::string_view lines);
 
 // Resets the profile before every test; skips the test if the profile is not disposable.

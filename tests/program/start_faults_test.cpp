@@ -119,7 +119,7 @@ TEST_F(StartFaultsTest, FailureOfTheMessageLoopReleasesTheWindows) {
     // Keeps the icon from the taskbar, where one that nobody removes would stay for later tests.
     const TrayRecorder recorder;
     const HWND target = Window(L"Target");
-    EditSettings("Target\n");
+    WriteSettings("Target\n");
     EXPECT_EQ(RunFaultyProgram("GetMessageW"), 0U);
     EXPECT_EQ(CountOf("GetMessageW failed"), 1U);
     EXPECT_GT(TopmostRequests(Other(), target), 0U);
@@ -152,7 +152,7 @@ TEST_F(StartFaultsTest, RemovalThatGetsStuckFailsTheSwitch) {
     for (const char* plan :
          {"SHGetFolderPathW", "RemoveDirectoryW", "DeleteFileW@2-", "FindFirstFileW"}) {
         ResetProfile();
-        EditSettings("Target\n");
+        WriteSettings("Target\n");
         ASSERT_EQ(RunProgram(L"--install-startup"), 0U);
         const std::wstring folder = DataFolder();
         EXPECT_EQ(RunFaultyProgram(plan, L"--remove-data"), 2U) << plan;

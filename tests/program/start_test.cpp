@@ -23,7 +23,7 @@ TEST_F(StartTest, FirstPassRunsBeforeTheMessageLoop) {
     const TrayRecorder recorder;
     const HWND target = Window(L"The target window");
     Other().ForgetRecords(target);
-    EditSettings("Target\n");
+    WriteSettings("Target\n");
     const Program program;
     ASSERT_TRUE(WaitUntil([&] { return program.ControlWindow() != nullptr; }));
     EXPECT_EQ(program.ExitByCommand(), 0U);

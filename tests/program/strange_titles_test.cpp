@@ -46,7 +46,7 @@ TEST_F(StrangeTitlesTest, TitlesArePinnedIfTheFileCanHoldThemAndReleased) {
     const Program program = StartedProgram();
     for (const TitleCase& item : cases) {
         SCOPED_TRACE(item.name);
-        EditSettings("");
+        WriteSettings("");
         ASSERT_TRUE(program.SendCommand(ApplyNowCommand));
         const HWND window = Window(item.title);
         ASSERT_TRUE(SendRowCommand(program, TogglePinCommand, item.title));

@@ -38,7 +38,7 @@ TEST_F(SwitchesTest, OnlyTheFirstSwitchInTheFixedOrderActs) {
     for (const SwitchCase& item : SwitchCases) {
         SCOPED_TRACE(item.name);
         ResetProfile();
-        EditSettings("kept\n");
+        WriteSettings("kept\n");
         // Installing replaces any file of that name.
         ASSERT_TRUE(WriteFileBytes(StartupShortcut(), "no shortcut at all"));
         EXPECT_EQ(RunProgram(item.arguments), 0U);

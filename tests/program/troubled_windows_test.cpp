@@ -73,7 +73,7 @@ TEST_F(TroubledWindowsTest, WindowsOfARestartedProcessArePinnedAgain) {
 TEST_F(TroubledWindowsTest, ProgramCopesWithTwoThousandWindows) {
     constexpr int Parts = 40;
     constexpr int PartSize = 50;
-    EditSettings("Target\n");
+    WriteSettings("Target\n");
     const HWND below = Window(L"Target below");
     // In batches, so that the other process answers in time on a busy machine.
     for (int part = 0; part < Parts; ++part) {

@@ -77,7 +77,7 @@ TEST_F(ZOrderTest, EarlierEntriesLieAboveLaterOnes) {
     const Sentinel sentinel(Other());
     const Program program = StartedProgram();
     for (const Case& item : cases) {
-        EditSettings(item.lines);
+        WriteSettings(item.lines);
         EXPECT_EQ(sentinel.OrderOfNextPass({a, b, c}), item.highestFirst) << item.lines;
         EXPECT_TRUE(sentinel.DesktopShows(item.highestFirst)) << item.lines;
         EXPECT_TRUE(Shows(Shared, item.colour)) << item.lines;

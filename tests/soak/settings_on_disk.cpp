@@ -37,7 +37,7 @@ void SettingsOnDisk::Replace(std::string_view bytes) {
     if (state_ == SettingsState::Folder) {
         Retry("remove the folder", [] { return RemoveDirectoryW(SettingsPath().c_str()) != 0; });
     }
-    Retry("replace", [&] { return WriteSettings(bytes); });
+    WriteSettings(bytes);
     bytes_ = bytes;
     state_ = SettingsState::Text;
 }

@@ -198,15 +198,18 @@ std::wstring TestPath(const std::wstring& name) {
     return Inside(TestFolder(), name);
 }
 
-bool WriteSettings(std::string_view bytes) {
+void WriteSettings(std::string_view bytes) {
     RequireDisposable();
     CreateDirectoryW(DataFolder().c_str(), nullptr);
     const std::wstring draft = DataFolder() + L"\\draft.txt";
+    const auto replace = [&draft] {
+        return MoveFileExW(draft.c_str(), SettingsPath().c_str(), MOVEFILE_REPLACE_EXISTING) !=
+               FALSE;
+    };
     // The replacement fails while the program is reading the old file.
-    return WriteFileBytes(draft, bytes) && WaitUntil([&draft] {
-               return MoveFileExW(draft.c_str(), SettingsPath().c_str(),
-                                  MOVEFILE_REPLACE_EXISTING) != FALSE;
-           });
+    if (!WriteFileBytes(draft, bytes) || !WaitUntil(replace)) {
+        throw std::runtime_error("the settings cannot be written");
+    }
 }
 
 std::optional<std::string> ReadSettings() {

@@ -33,8 +33,8 @@ namespace morvane::test {
 
 // Writes config.txt, and the data folder if necessary. Replaces the file in one step, like editors
 // that save by renaming: a pass would take a half-written file for a list without the other
-// entries.
-[[nodiscard]] bool WriteSettings(std::string_view bytes);
+// entries. Throws std::runtime_error if it cannot.
+void WriteSettings(std::string_view bytes);
 [[nodiscard]] std::optional<std::string> ReadSettings();
 
 // Remove the data folder, or empty the Startup folder. Links are not followed. Both throw

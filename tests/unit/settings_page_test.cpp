@@ -1,4 +1,4 @@
-// What docs/settings.md shows users in its tables is what the program does.
+// What the tables of docs/settings.md show as code is what the program does.
 
 #include "unit/settings_page.h"
 
@@ -74,7 +74,9 @@ TEST(SettingsPage, TellsWhatSwitchesPinning) {
     const std::vector<Row> rows = Table("| Line | Pinning |");
     EXPECT_EQ(rows.size(), 4U);
     for (const Row& row : rows) {
-        for (const std::string& line : Codes(row.at(0))) {
+        const std::vector<std::string> lines = Codes(row.at(0));
+        EXPECT_FALSE(lines.empty());
+        for (const std::string& line : lines) {
             for (const bool before : {false, true}) {
                 const bool changes = !row.at(1).starts_with("unchanged");
                 PinList list{before, {}};
