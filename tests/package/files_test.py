@@ -321,7 +321,8 @@ class ReproducibilityTest(suite.Test):
             date = f"{int(package.release_date().timestamp())}"
             subprocess.run([str(other / "packaging" / "package.py"), str(build),
                             str(other / "dist")], cwd=other, check=True, stdin=subprocess.DEVNULL,
-                           stdout=subprocess.DEVNULL, env={**without("MORVANE_SIGN_"), "SOURCE_DATE_EPOCH": date})
+                           stdout=subprocess.DEVNULL,
+                           env={**without("MORVANE_SIGN_"), "SOURCE_DATE_EPOCH": date})
             self.maxDiff = None
             self.assertEqual(names_and_digests(other / "dist"), names_and_digests(PACKAGE))
 
