@@ -12,9 +12,9 @@ namespace morvane::test {
 namespace {
 
 // A file that happens to be open, and an event or two of the runtime.
-constexpr std::size_t HandlesThatComeAndGo = 8;
-constexpr std::size_t KilobytesThatComeAndGo = 256;
-constexpr std::size_t MenusThatComeAndGo = 64;
+constexpr std::size_t HandlesThatComeAndGo = 3;
+constexpr std::size_t KilobytesThatComeAndGo = 64;
+constexpr std::size_t MenusThatComeAndGo = 24;
 
 // Handles are multiples of four, and lie close together.
 constexpr ULONG_PTR HandleStep = 4;
