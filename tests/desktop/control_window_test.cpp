@@ -166,6 +166,14 @@ private:
     WindowOwner window_;
 };
 
+TEST_F(ControlWindowTest, ClassHasNeitherStyleNorBackground) {
+    WNDCLASSW info{};
+    ASSERT_NE(GetClassInfoW(GetModuleHandleW(nullptr), ControlWindowClass, &info), FALSE);
+    EXPECT_EQ(info.style, 0U);
+    EXPECT_EQ(info.hCursor, LoadCursorW(nullptr, IDC_ARROW));
+    EXPECT_EQ(info.hbrBackground, nullptr);
+}
+
 TEST_F(ControlWindowTest, TimerStartsBeforeTheIconIsAddedAndStopsBeforeTheWindowsAreReleased) {
     static_cast<void>(Window(L"Target"));
     DestroyControl();

@@ -23,7 +23,7 @@ struct Allowance {
     std::uint64_t stepsPerMore;
 };
 constexpr Allowance SecondLooks{8, 2'000};
-constexpr Allowance Waits{8, 50};
+constexpr Allowance Waits{8, 200};
 constexpr Allowance WrongOrders{4, 5'000};
 
 // One pass would do for the program, but passes are cheap and checks are not.
