@@ -5,11 +5,9 @@
 namespace morvane {
 
 void PositionNearTray(HWND window, int margin) {
-    if (window == nullptr) {
-        return;
-    }
     RECT frame{};
     RECT workArea{};
+    // Fails for null as for any other handle without a window.
     if (GetWindowRect(window, &frame) == FALSE ||
         SystemParametersInfoW(SPI_GETWORKAREA, 0, &workArea, 0) == FALSE) {
         return;
