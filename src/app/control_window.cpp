@@ -27,8 +27,7 @@ constexpr UINT PassPeriod = 500;  // milliseconds
 // bindings carry no own window. The first tick binds again.
 LRESULT OnCreate(HWND window) {
     Engine().ownClassName = ControlWindowClass;
-    RefreshEngineBinding();
-    EnsureSettingsFile();
+    EnsureSettingsFile();  // binds the engine, too
     // Writing the file to a redirected folder can take a while: bind to the path as it is now.
     RefreshEngineBinding();
     ReloadSettings();

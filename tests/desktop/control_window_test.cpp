@@ -75,6 +75,7 @@ struct RequestWatch {
     ImportWatch<decltype(&SetTimer)> start{
         "SetTimer", [](HWND window, UINT_PTR id, UINT period, TIMERPROC procedure) {
             timerWindow = procedure == nullptr ? window : nullptr;
+            Note("entries read ", Engine().pinList.entries.size());
             Note("start timer ", id);
             Note("period ", period);
         }};
@@ -174,14 +175,14 @@ TEST_F(ControlWindowTest, ClassHasNeitherStyleNorBackground) {
     EXPECT_EQ(info.hbrBackground, nullptr);
 }
 
-TEST_F(ControlWindowTest, TimerStartsBeforeTheIconIsAddedAndStopsBeforeTheWindowsAreReleased) {
+TEST_F(ControlWindowTest, EverythingStartsAndStopsInItsOrder) {
     static_cast<void>(Window(L"Target"));
     DestroyControl();
     WriteSettings("target\n");
     const RequestWatch watch;
     CreateControl();
     EXPECT_EQ(std::exchange(requests, {}),
-              Requests({"start timer 1", "period 500", "icon 0", "place -1"}));
+              Requests({"entries read 1", "start timer 1", "period 500", "icon 0", "place -1"}));
     EXPECT_EQ(timerWindow, Control()) << "it gets the ticks";
     DestroyControl();
     EXPECT_EQ(std::exchange(requests, {}),
