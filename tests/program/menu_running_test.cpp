@@ -89,7 +89,7 @@ void ExpectSeenAfterPasses(const char* name, const Sentinel& sentinel,
                            const std::function<bool()>& isSeen) {
     using namespace std::chrono_literals;
     constexpr int Enough = 4;
-    constexpr int MaxLate = 4;
+    constexpr int MaxLate = 2;
     int seen = 0;
     int late = 0;
     while (seen < Enough && late <= MaxLate) {
