@@ -27,7 +27,8 @@ constexpr UINT PassPeriod = 500;  // milliseconds
 // bindings carry no own window. The first tick binds again.
 LRESULT OnCreate(HWND window) {
     Engine().ownClassName = ControlWindowClass;
-    EnsureSettingsFile();  // binds the engine, too
+    RefreshEngineBinding();
+    EnsureSettingsFile();
     // Writing the file to a redirected folder can take a while: bind to the path as it is now.
     RefreshEngineBinding();
     ReloadSettings();

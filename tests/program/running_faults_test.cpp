@@ -74,7 +74,7 @@ TEST_F(RunningFaultsTest, DiskThatFillsUpDuringASaveCutsTheFile) {
 // The plans fail all reads at the start and the first one after it; no timer adds any.
 TEST_F(RunningFaultsTest, FileThatCannotBeReadMeansNoEntriesUntilItCan) {
     const HWND target = Window(L"Target");
-    for (const std::string plan : {"ReadFile@1-3", "SHGetFolderPathW@1-4"}) {
+    for (const std::string plan : {"ReadFile@1-3", "SHGetFolderPathW@1-5"}) {
         SCOPED_TRACE(plan);
         const std::string function = plan.substr(0, plan.find('@'));
         const Program program = StartedFaultyProgram(plan + ",SetTimer", "Target\n");
@@ -100,7 +100,7 @@ TEST_F(RunningFaultsTest, CommandAfterAFailedReadSavesWhatWasReadAndLosesTheEntr
           // Both reads at the start fail, and without a timer there is no third before the command.
           FailedRead{"ReadFile@1-2,SetTimer", "ReadFile failed"},
           // The same for the folder's path.
-          FailedRead{"SHGetFolderPathW@1-3,SetTimer", "SHGetFolderPathW failed"}}) {
+          FailedRead{"SHGetFolderPathW@1-4,SetTimer", "SHGetFolderPathW failed"}}) {
         SCOPED_TRACE(item.plan);
         const Program program = StartedFaultyProgram(item.plan, "First\nSecond\t500\t400\n");
         ASSERT_GT(CountOf(item.failure), 0U);
