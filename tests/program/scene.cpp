@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstdio>
 #include <iterator>
-#include <stdexcept>
 
 #include "support/notepad.h"
 
