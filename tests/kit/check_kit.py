@@ -39,7 +39,7 @@ THEME = rf"{CURRENT_VERSION}\Themes\Personalize", "AppsUseLightTheme"
 RUN_ONCE = rf"{CURRENT_VERSION}\RunOnce", "!MorvaneVerify"
 VALUES = (THEME, RUN_ONCE, *((rf"{CURRENT_VERSION}\Explorer\{key}", name)
                              for key in ("User Shell Folders", "Shell Folders")
-                             for name in ("AppData", "Startup")))
+                             for name in ("AppData", "StartUp")))
 TESTS = pathlib.Path(__file__).resolve().parents[1]
 
 # A few of every level but the last; among them some that change what is put back.
@@ -68,10 +68,13 @@ class Kit:
                                 stdin=subprocess.DEVNULL, stdout=subprocess.PIPE)
 
     def run(self, *arguments, **options):
-        """The exit code and what was printed."""
-        run = self.start(*arguments, **options)
-        text = run.communicate()[0].decode()
-        return run.returncode, text
+        """The exit code and what was printed; every run that has begun prints something."""
+        def attempt():
+            run = self.start(*arguments, **options)
+            text = run.communicate()[0].decode()
+            return run.returncode, text
+        return installation.run_until_begun(
+            attempt, lambda done: done[1] and "ShellExecuteEx failed" not in done[1], "the kit")
 
     def report(self):
         return (self.folder / "report.txt").read_text(encoding="utf-8")
@@ -83,12 +86,21 @@ class Kit:
                 next((inside.tag for inside in case), "passed") for case in tree.iter("testcase")}
 
 
-def value(key, name):
-    """Its type and data; nothing if there is none."""
-    done = subprocess.run(["wine", "reg", "query", key, "/v", name], stdin=subprocess.DEVNULL,
-                          stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, check=False)
-    found = re.search(rf"(?m)^ +{re.escape(name)} +(REG_\w+) +(.*?)\r?$", done.stdout.decode())
-    return found.groups() if done.returncode == 0 else None
+def values():
+    """Those that the tests change, {(key, name): (type, data)}."""
+    done = installation.run_until_begun(
+        lambda: subprocess.run(["wine", "reg", "query", CURRENT_VERSION, "/s"], check=False,
+                               stdin=subprocess.DEVNULL, stdout=subprocess.PIPE),
+        lambda done: done.returncode == 0, "reg")
+    found = {}
+    key = ""
+    for line in done.stdout.decode().splitlines():
+        row = re.fullmatch(r" {4}(.+) {4}(REG_\w+) {4}(.*)", line)
+        if not row:
+            key = line.replace("HKEY_CURRENT_USER", "HKCU", 1)
+        elif (key, row[1]) in VALUES:
+            found[key, row[1]] = row[2], row[3]
+    return found
 
 
 def files():
@@ -99,7 +111,7 @@ def files():
 
 def state():
     """What a user has that the tests change."""
-    return files(), [value(*item) for item in VALUES]
+    return files(), values()
 
 
 def process_named(name):
@@ -138,10 +150,11 @@ class KitTest(suite.Test):
         # What a failed test may have left.
         for folder in (SAVED, TESTS_FOLDER):
             shutil.rmtree(folder, ignore_errors=True)
-        if value(*RUN_ONCE):
+        if RUN_ONCE in values():
             installation.wine("reg", "delete", RUN_ONCE[0], "/v", RUN_ONCE[1], "/f")
         self.before = state()
-        self.assertEqual(value(*THEME), ("REG_DWORD", "0x0"))
+        self.assertEqual(self.before[1].keys(), {*VALUES} - {RUN_ONCE})
+        self.assertEqual(self.before[1][THEME], ("REG_DWORD", "0x0"))
 
     def assert_put_back(self):
         self.assertEqual(state(), self.before)
@@ -149,7 +162,7 @@ class KitTest(suite.Test):
 
     def assert_refused(self, why, *arguments):
         code, text = self.kit.run(*arguments)
-        self.assertEqual(code, REFUSED)
+        self.assertEqual(code, REFUSED, text)
         self.assertIn(why, text)
 
     def kill(self, run, tests):
@@ -317,7 +330,7 @@ class KitTest(suite.Test):
 
     def test_killed_run_is_put_back_at_the_next_sign_in(self):
         self.run_and_kill()
-        command = value(*RUN_ONCE)[1]
+        command = values()[RUN_ONCE][1]
         self.assertEqual(command, f'"{installation.windows_path(self.kit.verify)}"')
         installation.wine(command.strip('"'))
         self.assert_put_back()

@@ -77,23 +77,29 @@ def state():
     return files_below(INSTALLED), registered(), running()
 
 
-def run_silently(program, *arguments):
-    """Runs an installer or uninstaller and returns the exit code.
+def run_until_begun(attempt, has_begun, what):
+    """Repeats an attempt of which nothing has begun, and shows that as a figure of the run.
 
-    One start in hundreds has been seen to exit with 1 and no message. A silent one never exits
-    with 1, as nobody can cancel it, but Wine 8.0 does when it cannot start a program. If nothing
-    has changed, this tries again, and shows it as a figure of the run."""
-    before = state()
+    One start in hundreds has been seen to fail: under load Wine 8.0 creates no process."""
     for repeat in range(MAX_REPEATS_PER_START + 1):
-        status = wine(program, "/S", *arguments)
-        if status != EXIT_CANCELLED or repeat == MAX_REPEATS_PER_START or state() != before:
+        result = attempt()
+        if has_begun(result) or repeat == MAX_REPEATS_PER_START:
             break
-        repeated_starts.append(program)
-        print(f"measured: start of {program.name} repeated, as it exited with {status}: "
+        repeated_starts.append(what)
+        print(f"measured: start of {what} repeated, as it returned {result}: "
               f"repeat {len(repeated_starts)} of this run", flush=True)
         if len(repeated_starts) > MAX_REPEATS_PER_RUN:
             raise AssertionError(f"too many starts had to be repeated: {repeated_starts}")
-    return status
+    return result
+
+
+def run_silently(program, *arguments):
+    """Runs an installer or uninstaller and returns the exit code. A silent one never exits with 1,
+    as nobody can cancel it, but Wine does when it cannot start a program."""
+    before = state()
+    return run_until_begun(lambda: wine(program, "/S", *arguments),
+                           lambda status: status != EXIT_CANCELLED or state() != before,
+                           program.name)
 
 
 def start(*arguments):
