@@ -204,6 +204,7 @@ int Verify(const Kit& kit, const Options& options) {
     }
     // A dark or locked screen shows no windows.
     SetThreadExecutionState(ES_CONTINUOUS | ES_SYSTEM_REQUIRED | ES_DISPLAY_REQUIRED);
+    EndEverythingWithUs();
     Report report = RunAndReport(kit, options.only);
     static_cast<void>(WriteReport(kit, report));
     if (!IsDisposable() && !RestoreUserState()) {

@@ -12,14 +12,6 @@ constexpr DWORD PollMilliseconds = 20;
 // Of an ended program; nobody sees it.
 constexpr UINT EndedCode = 1;
 
-Job JobThatEndsWithUs() {
-    Job job(CreateJobObjectW(nullptr, nullptr));
-    JOBOBJECT_EXTENDED_LIMIT_INFORMATION limits{};
-    limits.BasicLimitInformation.LimitFlags = JOB_OBJECT_LIMIT_KILL_ON_JOB_CLOSE;
-    SetInformationJobObject(job.get(), JobObjectExtendedLimitInformation, &limits, sizeof(limits));
-    return job;
-}
-
 bool IsEmpty(HANDLE job) {
     JOBOBJECT_BASIC_ACCOUNTING_INFORMATION facts{};
     return QueryInformationJobObject(job, JobObjectBasicAccountingInformation, &facts,
@@ -29,6 +21,16 @@ bool IsEmpty(HANDLE job) {
 
 }  // namespace
 
+void EndEverythingWithUs() {
+    Job job(CreateJobObjectW(nullptr, nullptr));
+    JOBOBJECT_EXTENDED_LIMIT_INFORMATION limits{};
+    limits.BasicLimitInformation.LimitFlags = JOB_OBJECT_LIMIT_KILL_ON_JOB_CLOSE;
+    SetInformationJobObject(job.get(), JobObjectExtendedLimitInformation, &limits, sizeof(limits));
+    AssignProcessToJobObject(job.get(), GetCurrentProcess());
+    // Windows closes it when this process ends; earlier that would be the end of it.
+    static_cast<void>(job.release());
+}
+
 void JobTraits::Close(Handle job) noexcept {
     TerminateJobObject(job, EndedCode);
     static_cast<void>(test::WaitUntil([job] { return IsEmpty(job); }));
@@ -37,7 +39,7 @@ void JobTraits::Close(Handle job) noexcept {
 
 RunningProgram::RunningProgram(const std::wstring& file, const std::wstring& arguments,
                                const test::Environment& changes, HANDLE stop)
-    : job_(JobThatEndsWithUs()), stop_(stop) {
+    : job_(CreateJobObjectW(nullptr, nullptr)), stop_(stop) {
     SECURITY_ATTRIBUTES inherited{sizeof(inherited), nullptr, TRUE};
     KernelHandle written;
     CreatePipe(output_.put(), written.put(), &inherited, 0);

@@ -11,6 +11,9 @@ namespace morvane::kit {
 
 using Clock = std::chrono::steady_clock;
 
+// Whatever is started from now on ends with this process, even if that is killed.
+void EndEverythingWithUs();
+
 enum class Happening { Line, Ended, TooLate, Stopped };
 
 // Closing it ends what runs in it: only what has ended leaves alone what is put back.
