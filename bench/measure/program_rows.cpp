@@ -52,7 +52,8 @@ void WaitForIcon(const Contender& contender) {
 // After the icon: its first pass and its message loop come later, and before the icon the process
 // may be too young to be waited for.
 void WaitUntilIdle(const test::ChildProcess& child) {
-    static_cast<void>(WaitForInputIdle(child.process.get(), INFINITE));
+    constexpr DWORD Patience = 10'000;
+    Require(WaitForInputIdle(child.process.get(), Patience) == 0, "the program comes to idle");
 }
 
 void Close(const Contender& contender, const test::ChildProcess& child) {

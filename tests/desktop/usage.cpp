@@ -1,5 +1,6 @@
 #include "desktop/usage.h"
 
+#include <algorithm>
 #include <array>
 #include <gtest/gtest.h>
 #include <iostream>
@@ -46,6 +47,7 @@ std::ostream& operator<<(std::ostream& stream, const Usage& usage) {
 void ExpectNothingLeft(const std::string& what, const Usage& before, const Usage& after) {
     constexpr std::size_t ComeAndGo = 3;
     std::cout << "measured: " << what << "; before: " << before << "; after: " << after << "\n";
+    EXPECT_GT(std::min({before.heapBlocks, before.drawingRoom, before.menuRoom}), 0U);
     EXPECT_LE(after.heapBlocks, before.heapBlocks + ComeAndGo);
     EXPECT_GE(after.drawingRoom + ComeAndGo, before.drawingRoom);
     EXPECT_GE(after.menuRoom + ComeAndGo, before.menuRoom);

@@ -4,7 +4,6 @@
 usage: files_test.py BUILD_FOLDER PACKAGE_FOLDER [UNITTEST-ARGUMENT...]
 """
 
-import hashlib
 import json
 import os
 import pathlib
@@ -24,6 +23,7 @@ sys.path.insert(0, str(ROOT / "packaging"))
 import package  # noqa: E402
 import bill_of_materials  # noqa: E402
 import suite
+from installation import digest
 from signing import TimeStampService, is_signed, make_certificate
 
 BUILD = pathlib.Path(sys.argv.pop(1)).resolve()
@@ -35,10 +35,6 @@ DOWNLOAD = os.environ["MORVANE_DOWNLOAD"]
 LOCALES = ("de-DE", "es-ES", "fr-FR", "ja-JP", "ko-KR", "pt-BR", "ru-RU", "zh-CN", "zh-TW")
 LANGUAGES = ("English", "Japanese", "SimpChinese", "TradChinese", "Korean", "Spanish", "French",
              "German", "PortugueseBR", "Russian")
-
-
-def digest(path):
-    return hashlib.sha256(path.read_bytes()).hexdigest()
 
 
 def make_package(out, script=ROOT / "packaging" / "package.py", **environment):

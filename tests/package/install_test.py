@@ -55,7 +55,7 @@ class InstallerTest(suite.Test):
         installation.clean()
 
     def setUp(self):
-        # What the test before has left.
+        # What the previous test left behind.
         installation.clean()
 
     def install(self, *arguments, setup=None):
@@ -198,7 +198,7 @@ class InstallerTest(suite.Test):
             with installation.RegistryValue(key, "Version", version):
                 self.assert_refused(EXIT_OLD_WINDOWS)
 
-    def test_registered_silent_removal_waits_until_everything_is_gone(self):
+    def test_registered_silent_removal_waits_until_the_program_is_gone(self):
         self.install("/STARTUP=1", "/START=1")
         installation.wait_until(SETTINGS.exists, "the program is started")
         program, options = re.fullmatch('"(.*)" (.*)',

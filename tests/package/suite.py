@@ -2,6 +2,7 @@
 known to be skipped here."""
 
 import faulthandler
+import fnmatch
 import os
 import pathlib
 import sys
@@ -34,14 +35,25 @@ def known_skips():
     return {line.partition(":")[0] for line in lines}
 
 
-def main(arguments=None):
+class Loader(unittest.TestLoader):
     """GTEST_FILTER, which chooses tests everywhere, does so here too."""
-    chosen = [pattern for pattern in os.environ.pop("GTEST_FILTER", "").split(":") if pattern]
-    arguments = [*(arguments or sys.argv), *(f"-k=*.{pattern}" for pattern in chosen)]
+
+    chosen, _, left_out = os.environ.pop("GTEST_FILTER", "").partition("-")
+
+    def getTestCaseNames(self, case):
+        def named(name, patterns):
+            return any(fnmatch.fnmatchcase(f"{case.__name__}.{name}", pattern)
+                       for pattern in patterns.split(":"))
+        return [name for name in super().getTestCaseNames(case)
+                if named(name, self.chosen or "*") and not named(name, self.left_out)]
+
+
+def main(arguments=None):
     watch(LONGEST_SECONDS)  # what the tests of a class share takes time, too
-    result = unittest.main(argv=arguments, verbosity=2, exit=False).result
+    result = unittest.main(argv=arguments, testLoader=Loader(), verbosity=2, exit=False).result
     known = known_skips()
-    accepted = result.wasSuccessful() and (result.testsRun > 0 or bool(chosen))
+    accepted = result.wasSuccessful() and (result.testsRun > 0 or
+                                          bool(Loader.chosen or Loader.left_out))
     for test, reason in result.skipped:
         name = test.id().removeprefix("__main__.")
         print(f"skipped: {name}: {reason}")

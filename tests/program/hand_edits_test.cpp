@@ -105,8 +105,7 @@ TEST_F(HandEditsTest, LockedFileMeansNoEntriesUntilItIsFree) {
     {
         // Right after a pass, so that none has the file open.
         ASSERT_TRUE(sentinel.WaitForTimedPass());
-        const FileHandle lock(CreateFileW(SettingsPath().c_str(), GENERIC_READ | GENERIC_WRITE, 0,
-                                          nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+        const FileHandle lock = HoldFile(SettingsPath(), GENERIC_READ | GENERIC_WRITE, 0);
         ASSERT_TRUE(lock);
         ASSERT_TRUE(program.SendCommand(ApplyNowCommand));
         Other().SetTopmost(target, false);

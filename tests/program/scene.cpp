@@ -20,9 +20,7 @@ void ProgramTest::SetUp() {
 }
 
 void ProgramTest::TearDown() {
-    if (!IsSkipped()) {
-        EndNotepads();
-    }
+    EndNotepads();
 }
 
 Actor& ProgramTest::Other() {

@@ -68,11 +68,6 @@ TEST_F(ZOrderTest, EarlierEntriesLieAboveLaterOnes) {
     const Case cases[] = {
         {"Sentinel\nWindow A\nWindow B\nWindow C\n", {a, b, c}, Red},
         {"Sentinel\nWindow C\nWindow B\nWindow A\n", {c, b, a}, Blue},
-        {"Sentinel\nWindow B\nnobody\nWindow A\nWindow C\n", {b, a, c}, Green},
-        {"Sentinel\nWindow C\nWindow A\nWindow B\n", {c, a, b}, Blue},
-        // The longest pattern identifies a window, wherever it stands.
-        {"Sentinel\nWindow\nWindow A\n", {std::max(b, c), std::min(b, c), a}, c > b ? Blue : Green},
-        {"Sentinel\nWindow A\nWindow\n", {a, std::max(b, c), std::min(b, c)}, Red},
     };
     const Sentinel sentinel(Other());
     const Program program = StartedProgram();
@@ -120,25 +115,6 @@ TEST_F(ZOrderTest, ForeignTopmostWindowStaysTopmostBelowThePinnedOne) {
     EXPECT_TRUE(sentinel.DesktopShows(order));
     EXPECT_EQ(program.ExitByCommand(), 0U);
     EXPECT_TRUE(IsTopmost(foreign)) << "nobody's pattern, so left alone";
-}
-
-TEST_F(ZOrderTest, WindowsThatTheListDoesNotConcernStayOrdinary) {
-    const HWND owner = Window(L"Some owner");
-    const HWND owned = Other().Create({.title = L"Owned", .owner = owner});
-    const HWND hidden = Other().Create({.title = L"Hidden", .visible = false});
-    const HWND dialog = Other().Create({.className = L"#32770", .title = L"User Account Control"});
-    const HWND notes = Window(L"User Account Control notes");
-    const HWND untitled = Window(L"");
-    const Sentinel sentinel(Other());
-    const Program program = StartedProgram("Sentinel\naccount\nHidden\nOwned\n");
-    ASSERT_TRUE(sentinel.WaitForPass(program));
-    EXPECT_FALSE(IsTopmost(owned));
-    EXPECT_FALSE(IsTopmost(hidden));
-    EXPECT_FALSE(IsTopmost(dialog));
-    EXPECT_FALSE(IsTopmost(untitled));
-    EXPECT_TRUE(IsTopmost(notes));
-    Other().Show(hidden, SW_SHOWNOACTIVATE);
-    EXPECT_TRUE(BecomesTopmost(hidden));
 }
 
 }  // namespace

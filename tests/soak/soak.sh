@@ -107,7 +107,8 @@ part "openings" openings
     echo "| What | How much | Result |"
     echo "|---|---|---|"
     for rows in fuzz churn openings; do
-        cat "$RESULTS/$rows.rows" 2>/dev/null || echo "| $rows | | FAILED, see $rows.log |"
+        cat "$RESULTS/$rows.rows" 2>/dev/null ||
+            { echo "| $rows | | FAILED, see $rows.log |"; failed+=("report of $rows"); }
     done
 } >"$RESULTS/report.md"
 echo

@@ -1,10 +1,9 @@
 #include "support/import_table.h"
 
-#include <algorithm>
 #include <cstddef>
+#include <cstring>
 
 #include "base/win.h"
-#include "settings/text.h"
 
 namespace morvane::test {
 
@@ -53,14 +52,6 @@ void ForEachLibrary(Visit visit) {
     }
 }
 
-// Library names are ASCII.
-bool SameName(std::string_view a, std::string_view b) {
-    const auto same = [](char x, char y) {
-        return FoldCase(static_cast<unsigned char>(x)) == FoldCase(static_cast<unsigned char>(y));
-    };
-    return std::equal(a.begin(), a.end(), b.begin(), b.end(), same);
-}
-
 }  // namespace
 
 void** FindImport(std::string_view name) {
@@ -75,10 +66,10 @@ void** FindImport(std::string_view name) {
     return found;
 }
 
-std::vector<ImportedFunction> ImportsFrom(std::string_view library) {
+std::vector<ImportedFunction> ImportsFrom(const char* library) {
     std::vector<ImportedFunction> found;
     ForEachLibrary([&](std::byte* base, const IMAGE_IMPORT_DESCRIPTOR& descriptor) {
-        if (SameName(At<const char>(base, descriptor.Name), library)) {
+        if (_stricmp(At<const char>(base, descriptor.Name), library) == 0) {
             ForEachFunction(base, descriptor,
                             [&](const ImportedFunction& function) { found.push_back(function); });
         }

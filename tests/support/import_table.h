@@ -16,7 +16,7 @@ struct ImportedFunction {
 
 // All functions that this executable imports by name from a library such as "user32.dll". The case
 // of the library's name does not matter.
-[[nodiscard]] std::vector<ImportedFunction> ImportsFrom(std::string_view library);
+[[nodiscard]] std::vector<ImportedFunction> ImportsFrom(const char* library);
 
 // Replaces the function in an entry and returns the old one. From now on this executable's code
 // calls the new one. Calls from inside system libraries are not affected; nor, perhaps, are later

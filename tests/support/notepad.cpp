@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "base/owners.h"
+#include "support/test_environment.h"
 #include "support/window_state.h"
 
 // Needs the declarations above.
@@ -36,6 +37,9 @@ std::vector<HWND> NotepadWindows() {
 }
 
 void EndNotepads() {
+    if (!DisposableProfile()) {
+        return;  // they are the user's
+    }
     for (const DWORD id : NotepadProcesses()) {
         const KernelHandle process(OpenProcess(PROCESS_TERMINATE | SYNCHRONIZE, FALSE, id));
         TerminateProcess(process.get(), 0);

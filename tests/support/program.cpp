@@ -17,9 +17,7 @@ constexpr std::chrono::milliseconds PoliteTimeout{3'000};
 constexpr std::chrono::milliseconds TaskbarTimeout{5'000};
 
 void PrepareSession() {
-    if (!DisposableProfile()) {
-        throw std::logic_error("refused: this profile is not disposable");
-    }
+    RequireDisposable();
     // The shell lives at least as long as this process, so one look is enough, even without one.
     static const bool taskbarReady = WaitForTaskbar(TaskbarTimeout);
     static_cast<void>(taskbarReady);

@@ -28,12 +28,6 @@ std::wstring KnownFolder(const KNOWNFOLDERID& id) {
     return SUCCEEDED(result) && path != nullptr ? std::wstring(path) : std::wstring();
 }
 
-void RequireDisposable() {
-    if (!DisposableProfile()) {
-        throw std::logic_error("refused: this profile is not disposable");
-    }
-}
-
 void EmptyFolder(const std::wstring& folder);
 
 // What is still in use stays.
@@ -159,6 +153,12 @@ std::wstring FolderOfLinks() {
 }
 
 }  // namespace
+
+void RequireDisposable() {
+    if (!DisposableProfile()) {
+        throw std::logic_error("refused: this profile is not disposable");
+    }
+}
 
 bool DisposableProfile() {
     return EnvironmentVariable(L"MORVANE_TEST_DISPOSABLE") == L"1";

@@ -12,6 +12,9 @@ namespace morvane::test {
 
 [[nodiscard]] bool DisposableProfile();
 
+// Throws std::logic_error outside a disposable profile.
+void RequireDisposable();
+
 // Skips the test outside a disposable profile.
 #define MORVANE_REQUIRE_DISPOSABLE_PROFILE()                                                     \
     if (!::morvane::test::DisposableProfile())                                                   \

@@ -3,7 +3,7 @@
 //
 // MORVANE_TEST_KNOWN_SKIPS names a file with the tests that are known to be skipped here, a line
 // each: the name, a colon and the reason. With it, any other skip is a failure. Without it, every
-// skip is one under the harness, which always names the program under test, and none by hand.
+// skip is a failure if MORVANE_TEST_PROGRAM is set, as the harness always does, and otherwise none.
 
 #include <atomic>
 #include <chrono>
