@@ -131,23 +131,20 @@ session_make_links() {
         export MORVANE_TEST_LINKS='C:\links'
 }
 
-# Starts a screen on the first free display and sets DISPLAY.
+# Starts a screen on the first free display and sets DISPLAY. One at a time, whoever starts it: two
+# servers starting at once can want the same number, and one of them gives up.
 session_start_screen() {
-    local pipe=$SESSION_DIR/display number='' attempt
+    local pipe=$SESSION_DIR/display number=''
     mkfifo "$pipe" || return
-    for attempt in 1 2 3; do
+    {
+        flock 9 || return
         Xvfb -displayfd 3 -screen 0 "${SESSION_SCREEN}x24" -nolisten tcp -noreset \
-            3<>"$pipe" </dev/null >"$SESSION_DIR/screen.log" 2>&1 &
+            3<>"$pipe" 9<&- </dev/null >"$SESSION_DIR/screen.log" 2>&1 &
         SESSION_SCREEN_PID=$!
-        if read -r -t 20 number <>"$pipe" && [[ $number ]]; then
-            export DISPLAY=:$number
-            return 0
-        fi
-        # Two servers starting at once can want the same number; one of them gives up.
-        ((attempt == 3)) || echo "measured: start of a virtual screen repeated: $attempt" >&2
-        kill "$SESSION_SCREEN_PID" 2>/dev/null
-    done
-    session_fail "no virtual screen after $attempt attempts: $(tail -n 3 "$SESSION_DIR/screen.log")"
+        read -r -t 20 number <>"$pipe" || true
+    } 9</tmp
+    export DISPLAY=:$number
+    [[ $number ]] || session_fail "no virtual screen: $(tail -n 3 "$SESSION_DIR/screen.log")"
 }
 
 session_open() {
