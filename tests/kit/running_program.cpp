@@ -27,7 +27,7 @@ void EndEverythingWithUs() {
     limits.BasicLimitInformation.LimitFlags = JOB_OBJECT_LIMIT_KILL_ON_JOB_CLOSE;
     SetInformationJobObject(job.get(), JobObjectExtendedLimitInformation, &limits, sizeof(limits));
     AssignProcessToJobObject(job.get(), GetCurrentProcess());
-    // Windows closes it when this process ends; earlier that would be the end of it.
+    // Left open: closing it ends this process. Windows closes it at the end.
     static_cast<void>(job.release());
 }
 
