@@ -83,6 +83,15 @@ TEST_F(DiscoveryTest, PassPinsOnlyTheNamesakeOfAProtectedDialog) {
     EXPECT_TRUE(IsTopmost(notes));
 }
 
+TEST_F(DiscoveryTest, HiddenWindowIsPinnedByTheFirstPassThatSeesItShown) {
+    const HWND window = Other().Create({.title = L"Alpha", .visible = false});
+    ApplySettings("alpha\n");
+    EXPECT_FALSE(IsTopmost(window));
+    Other().Show(window, SW_SHOWNOACTIVATE);
+    ApplyAll();
+    EXPECT_TRUE(IsTopmost(window));
+}
+
 TEST_F(DiscoveryTest, OwnWindowsAreRecognisedByClassAndByHandle) {
     constexpr const wchar_t* Own = L"MorvaneHiddenWindow";
     const HWND foreign = Window(L"Control");

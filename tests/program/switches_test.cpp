@@ -22,7 +22,7 @@ constexpr SwitchCase SwitchCases[] = {
     {"startup removal after data removal", L"--remove-data --remove-startup",
      Effect::RemovesShortcut},
     {"data removal", L"--remove-data", Effect::RemovesData},
-    {"data removal in quotes", L"\"x --REMOVE-data\"", Effect::RemovesData},
+    {"data removal in quotes, partly in upper case", L"\"x --REMOVE-data\"", Effect::RemovesData},
 };
 
 TEST_F(SwitchesTest, OnlyTheFirstSwitchInTheFixedOrderActs) {
